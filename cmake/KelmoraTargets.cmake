@@ -1,0 +1,38 @@
+# One target per subsystem. Public headers live in <dir>/include/<name>/ and are visible to those
+# who name the target in DEPS; everything else in <dir> is private, so an include that points
+# the wrong way does not compile.
+
+add_library(kelmora_flags INTERFACE)
+target_compile_options(kelmora_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+  -fno-math-errno)
+if(KELMORA_SANITIZE)
+  target_compile_options(kelmora_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g)
+  target_link_options(kelmora_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# kelmora_library(<name> SOURCES <file>... [DEPS <name>...])
+function(kelmora_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_library(kelmora_${name} STATIC ${ARG_SOURCES})
+  target_include_directories(kelmora_${name}
+    PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR})
+  list(TRANSFORM ARG_DEPS PREPEND kelmora_)
+  target_link_libraries(kelmora_${name} PUBLIC ${ARG_DEPS} PRIVATE kelmora_flags)
+endfunction()
+
+# kelmora_test(<name> SOURCES <file>... DEPS <name>...): one GoogleTest program, one CTest entry.
+# The sources may include the private headers of the directory that declares the test.
+function(kelmora_test name)
+  if(NOT KELMORA_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR})
+  list(TRANSFORM ARG_DEPS PREPEND kelmora_)
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} kelmora_flags GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+endfunction()
