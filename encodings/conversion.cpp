@@ -1,0 +1,63 @@
+#include <new>
+
+#include "conversionreport.h"
+#include "converters.h"
+#include "encodings/encodings.h"
+#include "tqcore/tqexcept.h"
+
+namespace kelmora {
+
+namespace {
+
+bool IsConvertible(EncodingId id) {
+  return id == EncodingId::kNone || IndexOfEncoding(id) >= 0;
+}
+
+DecodeResult Decode(std::string_view bytes, EncodingId id, ByteOrder byteOrder) {
+  if (id >= EncodingId::kUcs4) return DecodeFourByteUnits(bytes, byteOrder);
+  if (id >= EncodingId::kUtf16) return DecodeTwoByteUnits(bytes, byteOrder);
+  if (id == EncodingId::kUtf7) return DecodeUtf7(bytes);
+  if (id == EncodingId::kUtf8) return DecodeUtf8(bytes);
+  if (id == EncodingId::kNone) return DecodeBytes(bytes);
+  return DecodeCodePage(bytes, id);
+}
+
+std::string Encode(std::u16string_view text, EncodingId id, ByteOrder byteOrder, bool markForUtf16,
+                   bool markForUtf8) {
+  if (id >= EncodingId::kUcs4) return EncodeFourByteUnits(text, byteOrder, markForUtf16);
+  if (id >= EncodingId::kUtf16) return EncodeTwoByteUnits(text, byteOrder, markForUtf16);
+  if (id == EncodingId::kUtf7) return EncodeUtf7(text);
+  if (id == EncodingId::kUtf8) return EncodeUtf8(text, markForUtf8);
+  if (id == EncodingId::kNone) return EncodeBytes(text);
+  return EncodeCodePage(text, id);
+}
+
+// Runs `convert`; running out of memory is a failed conversion like any other.
+template <typename Convert>
+auto Guarded(Convert convert) -> std::optional<typename decltype(convert())::value_type> {
+  try {
+    return convert();
+  } catch (const TQExcept&) {
+    return std::nullopt;
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+std::optional<TQString> DecodeText(std::string_view bytes, EncodingId id, ByteOrder byteOrder) {
+  TheConversionReport().Clear();
+  if (!IsConvertible(id)) return std::nullopt;
+  return Guarded([&] { return Decode(bytes, id, byteOrder); });
+}
+
+std::optional<std::string> EncodeText(std::u16string_view text, EncodingId id, ByteOrder byteOrder,
+                                      bool markForUtf16, bool markForUtf8) {
+  TheConversionReport().Clear();
+  if (!IsConvertible(id)) return std::nullopt;
+  return Guarded(
+      [&] { return std::optional(Encode(text, id, byteOrder, markForUtf16, markForUtf8)); });
+}
+
+}  // namespace kelmora

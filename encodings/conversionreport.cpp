@@ -1,0 +1,29 @@
+#include "conversionreport.h"
+
+#include <algorithm>
+
+#include "encodings/encodings.h"
+
+namespace kelmora {
+
+void ConversionReport::Record(char16_t unit) {
+  ++count;
+  char16_t* const end = units + listed;
+  if (listed < kMostListed && std::find(units, end, unit) == end) units[listed++] = unit;
+}
+
+ConversionReport& TheConversionReport() {
+  static ConversionReport report;
+  return report;
+}
+
+std::size_t UnmappableCount() {
+  return TheConversionReport().count;
+}
+
+std::u16string_view UnmappableChars() {
+  const ConversionReport& report = TheConversionReport();
+  return {report.units, report.listed};
+}
+
+}  // namespace kelmora
