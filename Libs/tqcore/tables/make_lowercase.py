@@ -28,8 +28,8 @@ def ranges():
 
 
 def main():
-    print("// Made by tables/make_lowercase.py from Unicode %s: KELMORA_LOWERCASE(first, last, step,"
-          % unicodedata.unidata_version)
+    print("// Made by tables/make_lowercase.py from Unicode %s: "
+          "KELMORA_LOWERCASE(first, last, step," % unicodedata.unidata_version)
     print("// difference), ascending.")
     for first, last, step, difference in ranges():
         print("KELMORA_LOWERCASE(0x%04X, 0x%04X, %d, %d)" % (first, last, step, difference))

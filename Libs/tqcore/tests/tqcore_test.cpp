@@ -109,6 +109,7 @@ TEST(TQExcept, ErrorText) {
 }
 
 struct Shape {
+  explicit Shape(int count) : corners(count) {}
   int corners;
 };
 int registrations = 0;

@@ -1,0 +1,206 @@
+#include "tqinternetsession.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace kelmora {
+
+namespace {
+
+constexpr const char* kLibraries[] = {"libcurl.so.4", "libcurl-gnutls.so.4"};
+constexpr long kStallBytesPerSecond = 1;
+
+template <class Function>
+bool Resolve(void* library, const char* name, Function& function) {
+  function = reinterpret_cast<Function>(dlsym(library, name));
+  return function != nullptr;
+}
+
+}  // namespace
+
+bool CurlApi::Load() {
+  void* library = nullptr;
+  for (const char* name : kLibraries) {
+    library = dlopen(name, RTLD_NOW | RTLD_LOCAL);  // stays loaded: it registers exit handlers
+    if (library != nullptr) break;
+  }
+  return library != nullptr && Resolve(library, "curl_global_init", globalInit) &&
+         Resolve(library, "curl_easy_init", easyInit) &&
+         Resolve(library, "curl_easy_reset", easyReset) &&
+         Resolve(library, "curl_easy_cleanup", easyCleanup) &&
+         Resolve(library, "curl_easy_perform", easyPerform) &&
+         Resolve(library, "curl_easy_setopt", easySetOption) &&
+         Resolve(library, "curl_easy_getinfo", easyGetInfo) &&
+         Resolve(library, "curl_slist_append", listAppend) &&
+         Resolve(library, "curl_slist_free_all", listFree);
+}
+
+class TQInternetSession::HeaderList {
+ public:
+  HeaderList(const CurlApi& api, const std::vector<std::string>& lines) : api_(api) {
+    for (const std::string& line : lines) Add(line.c_str());
+    Add("Expect:");  // no waiting for leave to send a body
+  }
+  ~HeaderList() { api_.listFree(list_); }
+  HeaderList(const HeaderList&) = delete;
+  HeaderList& operator=(const HeaderList&) = delete;
+
+  const void* Get() const { return list_; }
+
+ private:
+  void Add(const char* line) {
+    const CurlApi::List longer = api_.listAppend(list_, line);
+    if (longer == nullptr) {
+      api_.listFree(list_);
+      throw std::bad_alloc();
+    }
+    list_ = longer;
+  }
+
+  const CurlApi& api_;
+  CurlApi::List list_ = nullptr;
+};
+
+struct TQInternetSession::Download {
+  TQInternetSession& session;
+  const UrlRequest& request;
+  std::string body;
+
+  long Status() const {
+    long status = 0;
+    session.api_.easyGetInfo(session.handle_, curl::kInfoResponseCode, &status);
+    return status;
+  }
+};
+
+TQInternetSession::TQInternetSession() {
+  if (!api_.Load() || api_.globalInit(curl::kGlobalAll) != curl::kOk) return;
+  handle_ = api_.easyInit();
+}
+
+TQInternetSession::~TQInternetSession() {
+  if (handle_ != nullptr) api_.easyCleanup(handle_);
+}
+
+UrlResponse TQInternetSession::Perform(const UrlRequest& request) {
+  UrlResponse response;
+  if (handle_ == nullptr) return response;
+  api_.easyReset(handle_);
+  Download download{*this, request, {}};
+  std::string_view unsent = request.data;
+  const HeaderList headers(api_, request.headers);
+
+  SetCommon(request);
+  if (request.IsHttp()) {
+    SetHttp(request, headers);
+  } else if (request.isSend) {
+    SetFtpUpload(&unsent);
+  }
+  SetPointer(CurlOption::kWriteFunction, reinterpret_cast<const void*>(&OnWrite));
+  SetPointer(CurlOption::kWriteData, &download);
+
+  response.isComplete = api_.easyPerform(handle_) == curl::kOk;
+  response.status = download.Status();
+  response.hasBody = response.isComplete && request.HasBodyToRead(response.status);
+  if (response.hasBody) response.body = std::move(download.body);
+  return response;
+}
+
+void TQInternetSession::SetCommon(const UrlRequest& request) {
+  const UrlLimits& limits = request.limits;
+  SetText(CurlOption::kUrl, request.url);
+  SetNumber(CurlOption::kConnectTimeout, limits.connectSeconds);
+  SetNumber(CurlOption::kLowSpeedLimit, kStallBytesPerSecond);
+  SetNumber(CurlOption::kLowSpeedTime, limits.stallSeconds);
+  SetNumber(CurlOption::kServerResponseTimeout, limits.stallSeconds);
+  SetNumber(CurlOption::kTimeout, limits.totalSeconds);
+  SetSize(CurlOption::kMaxFileSizeLarge, limits.largestBody);
+  SetNumber(CurlOption::kProtocols, curl::kProtocolHttp | curl::kProtocolHttps |
+                                        curl::kProtocolFtp | curl::kProtocolGopher);
+  SetNumber(CurlOption::kRedirectProtocols, curl::kProtocolHttp | curl::kProtocolHttps);
+  if (!limits.certificateAuthorities.empty()) {
+    SetText(CurlOption::kCaInfo, limits.certificateAuthorities);
+  }
+  if (!request.user.empty() || !request.password.empty()) {
+    SetText(CurlOption::kUserName, request.user);
+    SetText(CurlOption::kPassword, request.password);
+    SetNumber(CurlOption::kHttpAuth, curl::kAnyAuthentication);
+  }
+  if (!request.proxyUser.empty()) {
+    SetText(CurlOption::kProxyUserName, request.proxyUser);
+    SetText(CurlOption::kProxyPassword, request.proxyPassword);
+    SetNumber(CurlOption::kProxyAuth, curl::kAnyAuthentication);
+  }
+}
+
+void TQInternetSession::SetHttp(const UrlRequest& request, const HeaderList& headers) {
+  SetNumber(CurlOption::kHttpVersion, curl::kHttpVersion11);
+  SetPointer(CurlOption::kHttpHeader, headers.Get());
+  if (!request.isSend) {
+    SetNumber(CurlOption::kFollowLocation, 1);
+    SetNumber(CurlOption::kMaxRedirects, UrlLimits::kMostRedirects);
+    return;
+  }
+  // As a posted block, whatever the verb, the data can be sent again after a login step.
+  SetSize(CurlOption::kPostFieldSizeLarge, static_cast<std::int64_t>(request.data.size()));
+  SetPointer(CurlOption::kPostFields, request.data.empty() ? "" : request.data.data());
+  SetText(CurlOption::kCustomRequest, request.verb);
+}
+
+void TQInternetSession::SetFtpUpload(std::string_view* unsent) {
+  SetNumber(CurlOption::kUpload, 1);
+  SetSize(CurlOption::kInFileSizeLarge, static_cast<std::int64_t>(unsent->size()));
+  SetPointer(CurlOption::kReadFunction, reinterpret_cast<const void*>(&OnRead));
+  SetPointer(CurlOption::kReadData, unsent);
+}
+
+// Called from C: nothing may be raised. Returning less than was given ends the transfer.
+std::size_t TQInternetSession::OnWrite(char* bytes, std::size_t size, std::size_t count,
+                                       void* download) {
+  auto& self = *static_cast<Download*>(download);
+  const std::string_view block(bytes, size * count);
+  const auto largest = static_cast<std::size_t>(self.request.limits.largestBody);
+  if (block.size() > largest - self.body.size()) return 0;
+  if (self.body.empty() && !self.request.HasBodyToRead(self.Status())) return 0;
+  try {
+    self.body += block;
+    if (self.request.onBlock) {
+      std::int64_t expected = -1;
+      self.session.api_.easyGetInfo(self.session.handle_, curl::kInfoContentLength, &expected);
+      self.request.onBlock(block, static_cast<std::int64_t>(self.body.size()), expected);
+    }
+  } catch (...) {
+    return 0;
+  }
+  return block.size();
+}
+
+std::size_t TQInternetSession::OnRead(char* buffer, std::size_t size, std::size_t count,
+                                      void* unsent) {
+  auto& data = *static_cast<std::string_view*>(unsent);
+  const std::size_t copied = data.copy(buffer, size * count);
+  data.remove_prefix(copied);
+  return copied;
+}
+
+void TQInternetSession::SetNumber(CurlOption option, long value) {
+  api_.easySetOption(handle_, static_cast<int>(option), value);
+}
+
+void TQInternetSession::SetSize(CurlOption option, std::int64_t value) {
+  api_.easySetOption(handle_, static_cast<int>(option), value);
+}
+
+void TQInternetSession::SetText(CurlOption option, const std::string& value) {
+  SetPointer(option, value.c_str());
+}
+
+void TQInternetSession::SetPointer(CurlOption option, const void* value) {
+  api_.easySetOption(handle_, static_cast<int>(option), value);
+}
+
+}  // namespace kelmora
