@@ -1,0 +1,277 @@
+#include "parsoanalysis.h"
+
+#include <algorithm>
+
+namespace kelmora {
+namespace {
+
+std::size_t EntryOf(char16_t unit) { return std::min<std::size_t>(unit, 255); }
+
+ParsoUnits UnitsOf(const ParsoClassTable& table) {
+  ParsoUnits units;
+  for (std::size_t i = 1; i < table.size(); ++i) units[i] = table[i] != 0;
+  return units;
+}
+
+bool IsOptional(ParsoQuantifier quantifier) {
+  return quantifier == ParsoQuantifier::Optional || quantifier == ParsoQuantifier::Any;
+}
+
+bool Repeats(ParsoQuantifier quantifier) {
+  return quantifier == ParsoQuantifier::Some || quantifier == ParsoQuantifier::Any;
+}
+
+// In a choice at least one attempt has to succeed, so that an operand is never left out.
+ParsoQuantifier AsAlternative(ParsoQuantifier quantifier) {
+  return Repeats(quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
+}
+
+ParsoNodeCount Add(ParsoNodeCount a, ParsoNodeCount b) {
+  const auto sum = [](int x, int y) {
+    return static_cast<std::uint8_t>(std::min<int>(x + y, ParsoNodeCount::kMany));
+  };
+  return {sum(a.least, b.least), sum(a.most, b.most)};
+}
+
+ParsoNodeCount Quantify(ParsoNodeCount count, ParsoQuantifier quantifier) {
+  if (IsOptional(quantifier)) count.least = 0;
+  if (Repeats(quantifier) && count.most > 0) count.most = ParsoNodeCount::kMany;
+  return count;
+}
+
+}  // namespace
+
+ParsoBeginning ParsoBeginning::Anything() {
+  ParsoBeginning anything;
+  anything.first.set();
+  anything.second.set();
+  anything.canBeEmpty = anything.canBeOne = true;
+  return anything;
+}
+
+ParsoBeginning ParsoBeginning::Then(const ParsoBeginning& other) const {
+  ParsoBeginning both = *this;
+  if (canBeEmpty) {
+    both.first |= other.first;
+    both.second |= other.second;
+  }
+  if (canBeOne) both.second |= other.first;
+  both.canBeEmpty = canBeEmpty && other.canBeEmpty;
+  both.canBeOne = (canBeOne && other.canBeEmpty) || (canBeEmpty && other.canBeOne);
+  return both;
+}
+
+ParsoBeginning ParsoBeginning::Or(const ParsoBeginning& other) const {
+  return {first | other.first, second | other.second, canBeEmpty || other.canBeEmpty,
+          canBeOne || other.canBeOne};
+}
+
+ParsoBeginning ParsoBeginning::Quantified(ParsoQuantifier quantifier) const {
+  ParsoBeginning result = *this;
+  if (Repeats(quantifier) && canBeOne) result.second |= first;
+  if (IsOptional(quantifier)) result.canBeEmpty = true;
+  return result;
+}
+
+ParsoBeginning ParsoBeginning::Closed() const {
+  if (canBeEmpty) return Anything();
+  ParsoBeginning result = *this;
+  if (canBeOne) result.second.set();
+  return result;
+}
+
+bool ParsoAnalysis::MatchesEmpty(const ParsoRule& rule) {
+  Facts& facts = FactsOf(rule);
+  if (facts.matchesEmpty) return *facts.matchesEmpty;
+  if (facts.visiting) return false;  // what is empty only by way of itself is not
+  facts.visiting = true;
+  const bool result = WorkOutMatchesEmpty(rule);
+  facts.visiting = false;
+  facts.matchesEmpty = result;
+  return result;
+}
+
+bool ParsoAnalysis::WorkOutMatchesEmpty(const ParsoRule& rule) {
+  if (rule.kind == ParsoKind::Class) return false;
+  if (rule.kind == ParsoKind::Literal) return rule.name.empty();
+  switch (rule.op) {
+    case ParsoOp::None:
+    case ParsoOp::Sequence:
+      return std::ranges::all_of(rule.children, [&](const ParsoChild& child) {
+        return IsOptional(child.quantifier) || MatchesEmpty(*child.rule);
+      });
+    case ParsoOp::Choice:
+      return std::ranges::any_of(
+          rule.children, [&](const ParsoChild& child) { return MatchesEmpty(*child.rule); });
+    case ParsoOp::Except:
+      return MatchesEmpty(*rule.children[0].rule);
+    case ParsoOp::StopAt:
+      return false;
+  }
+  return false;
+}
+
+ParsoBeginning ParsoAnalysis::BeginningOf(const ParsoRule& rule) {
+  Facts& facts = FactsOf(rule);
+  if (facts.beginning) return *facts.beginning;
+  if (facts.visiting) return ParsoBeginning::Anything();
+  facts.visiting = true;
+  const ParsoBeginning result = WorkOutBeginning(rule);
+  facts.visiting = false;
+  facts.beginning = result;
+  return result;
+}
+
+ParsoBeginning ParsoAnalysis::WorkOutBeginning(const ParsoRule& rule) {
+  ParsoBeginning result;
+  if (rule.kind == ParsoKind::Class) {
+    result.first = UnitsOf(*rule.table);
+    result.canBeOne = true;
+    return result;
+  }
+  if (rule.kind == ParsoKind::Literal) {
+    result.canBeEmpty = rule.name.empty();
+    result.canBeOne = rule.name.size() == 1;
+    if (!rule.name.empty()) result.first.set(EntryOf(rule.name[0]));
+    if (rule.name.size() > 1) result.second.set(EntryOf(rule.name[1]));
+    return result;
+  }
+  switch (rule.op) {
+    case ParsoOp::None:
+    case ParsoOp::Sequence:
+      result.canBeEmpty = true;
+      for (const ParsoChild& child : rule.children) {
+        if (!result.canBeEmpty && !result.canBeOne) break;
+        result = result.Then(BeginningOf(*child.rule).Quantified(child.quantifier));
+      }
+      break;
+    case ParsoOp::Choice:
+      for (const ParsoChild& child : rule.children) {
+        result = result.Or(
+            BeginningOf(*child.rule).Quantified(AsAlternative(child.quantifier)));
+      }
+      break;
+    case ParsoOp::Except:
+      result = BeginningOf(*rule.children[0].rule).Quantified(rule.children[0].quantifier);
+      break;
+    case ParsoOp::StopAt:
+      result = BeginningOf(*rule.children[0].rule).Quantified(ParsoQuantifier::Some);
+      break;
+  }
+  return result;
+}
+
+ParsoNodeCount ParsoAnalysis::NodesOf(const ParsoRule& rule) {
+  if (rule.kind != ParsoKind::Group && rule.kind != ParsoKind::Rule) return {0, 0};
+  if (rule.flagNoNode) return {0, 0};
+  if (rule.IsToken() || rule.flagKeepNode) return {1, 1};
+  const ParsoNodeCount below = NodesBelow(rule);
+  // A group is replaced by its children and stays without any; a rule is the other way round.
+  if (rule.kind == ParsoKind::Group) {
+    const auto atLeastOne = [](std::uint8_t n) { return std::max<std::uint8_t>(n, 1); };
+    return {atLeastOne(below.least), atLeastOne(below.most)};
+  }
+  const auto atMostOne = [](std::uint8_t n) { return std::min<std::uint8_t>(n, 1); };
+  return {atMostOne(below.least), atMostOne(below.most)};
+}
+
+ParsoNodeCount ParsoAnalysis::NodesOf(const ParsoChild& child) {
+  return Quantify(NodesOf(*child.rule), child.quantifier);
+}
+
+ParsoNodeCount ParsoAnalysis::NodesBelow(const ParsoRule& rule) {
+  Facts& facts = FactsOf(rule);
+  if (facts.nodesBelow) return *facts.nodesBelow;
+  if (facts.visiting) return {0, ParsoNodeCount::kMany};
+  facts.visiting = true;
+  const ParsoNodeCount result = WorkOutNodesBelow(rule);
+  facts.visiting = false;
+  facts.nodesBelow = result;
+  return result;
+}
+
+ParsoNodeCount ParsoAnalysis::WorkOutNodesBelow(const ParsoRule& rule) {
+  ParsoNodeCount result;
+  switch (rule.op) {
+    case ParsoOp::None:
+    case ParsoOp::Sequence:
+      for (const ParsoChild& child : rule.children) result = Add(result, NodesOf(child));
+      break;
+    case ParsoOp::Choice:
+      result.least = ParsoNodeCount::kMany;
+      for (const ParsoChild& child : rule.children) {
+        const ParsoNodeCount nodes =
+            Quantify(NodesOf(*child.rule), AsAlternative(child.quantifier));
+        result = {std::min(result.least, nodes.least), std::max(result.most, nodes.most)};
+      }
+      break;
+    case ParsoOp::Except:
+      result = NodesOf(*rule.children[0].rule);
+      break;
+    case ParsoOp::StopAt:
+      result = Quantify(NodesOf(*rule.children[0].rule), ParsoQuantifier::Some);
+      break;
+  }
+  return result;
+}
+
+std::uint32_t ParsoAnalysis::Weight(const ParsoRule& rule) {
+  if (rule.children.empty()) return 1;
+  Facts& facts = FactsOf(rule);
+  if (facts.weight) return *facts.weight;
+  if (facts.visiting) return kHuge;
+  facts.visiting = true;
+  std::uint32_t weight = 1;
+  for (const ParsoChild& child : rule.children) {
+    weight = std::min(weight + Weight(*child.rule), kHuge);
+  }
+  facts.visiting = false;
+  facts.weight = weight;
+  return weight;
+}
+
+bool ParsoAnalysis::CanLeave(const ParsoRule& rule, const ParsoRule& wanted) {
+  if (&rule == &wanted) return true;
+  if (rule.kind != ParsoKind::Group && rule.kind != ParsoKind::Rule) return false;
+  if (rule.flagNoNode || rule.flagKeepNode || rule.IsToken()) return false;
+  Facts& facts = FactsOf(rule);
+  if (facts.visiting) return false;
+  facts.visiting = true;
+  const bool result = std::ranges::any_of(
+      rule.children, [&](const ParsoChild& child) { return CanLeave(*child.rule, wanted); });
+  facts.visiting = false;
+  return result;
+}
+
+std::vector<bool> FindMemoisedRules(const ParsoGrammar& grammar) {
+  std::vector<bool> memoised(grammar.rules.size());
+  std::vector<bool> named(grammar.rules.size());
+  for (const auto& rule : grammar.rules) {
+    if (rule == nullptr) continue;
+    for (const ParsoRule* name : rule->constraint) {
+      if (name != nullptr) named[static_cast<std::size_t>(name->index)] = true;
+    }
+  }
+  for (const auto& start : grammar.rules) {
+    if (start == nullptr || start->kind != ParsoKind::Rule) continue;
+    std::vector<bool> reached(grammar.rules.size());
+    std::vector<const ParsoRule*> pending = {start.get()};
+    bool isConstrained = false;
+    while (!pending.empty() && !isConstrained) {
+      const ParsoRule& rule = *pending.back();
+      pending.pop_back();
+      isConstrained = !rule.constraint.empty() || named[static_cast<std::size_t>(rule.index)];
+      for (const ParsoChild& child : rule.children) {
+        const auto index = static_cast<std::size_t>(child.rule->index);
+        if (reached[index]) continue;
+        reached[index] = true;
+        pending.push_back(child.rule);
+      }
+    }
+    const auto index = static_cast<std::size_t>(start->index);
+    memoised[index] = reached[index] && !isConstrained;
+  }
+  return memoised;
+}
+
+}  // namespace kelmora

@@ -1,0 +1,245 @@
+// The code of choices and of constraints.
+//
+// A choice looks at the next two units and goes to the first alternative that can begin so; an
+// alternative that is passed over could only have failed, and left nothing behind. Two neighbouring
+// alternatives that begin with the same items share the code of these items, which builds the same
+// nodes for both; the node that is open meanwhile gets its rule only when it is closed.
+#include <algorithm>
+
+#include "parsocompiler.h"
+
+namespace kelmora {
+namespace {
+
+constexpr int kSharedLevels = 2;  // sequences inside an alternative that may share their beginning
+
+bool Repeats(ParsoQuantifier quantifier) {
+  return quantifier == ParsoQuantifier::Any || quantifier == ParsoQuantifier::Some;
+}
+
+bool IsSequence(const ParsoRule& rule) {
+  const bool hasOperands = rule.kind == ParsoKind::Rule || rule.kind == ParsoKind::Group;
+  return hasOperands && rule.op == ParsoOp::Sequence;
+}
+
+// What a sequence begins with, however deep: a class, a literal or something that is no sequence.
+const ParsoRule& FirstItem(const ParsoRule& sequence) {
+  const ParsoRule* rule = &sequence;
+  while (IsSequence(*rule) && rule->children[0].rule != &sequence) rule = rule->children[0].rule;
+  return *rule;
+}
+
+bool IsOpen(const ParsoCode& part) {
+  return part.size() == 1 && part[0].opcode == ParsoOpcode::Open;
+}
+
+bool IsClose(const ParsoCode& part) {
+  if (part.size() != 1) return false;
+  const ParsoOpcode opcode = part[0].opcode;
+  return opcode == ParsoOpcode::CloseNode || opcode == ParsoOpcode::ClosePruned ||
+         opcode == ParsoOpcode::CloseGroup;
+}
+
+std::size_t LeadingOpens(const std::vector<ParsoCode>& parts) {
+  return static_cast<std::size_t>(std::ranges::find_if_not(parts, IsOpen) - parts.begin());
+}
+
+std::int32_t JumpOver(const ParsoCode& code) { return static_cast<std::int32_t>(code.size()) + 1; }
+
+}  // namespace
+
+ParsoBeginning ParsoCompiler::BeginningOf(const ParsoChild& alternative) {
+  const ParsoQuantifier quantifier =
+      Repeats(alternative.quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
+  return analysis_.BeginningOf(*alternative.rule).Quantified(quantifier).Closed();
+}
+
+ParsoCode ParsoCompiler::ChoiceCode(const std::vector<ParsoChild>& children, bool attached,
+                                    const ParsoRule* leafOfEmpty) {
+  std::vector<Alternative> alternatives;
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    const ParsoBeginning beginning = BeginningOf(children[i]);
+    if (i + 1 < children.size()) {
+      const ParsoBeginning next = BeginningOf(children[i + 1]);
+      if (beginning.Overlaps(next)) {
+        if (auto shared = SharedBeginning(children[i], children[i + 1], attached)) {
+          alternatives.push_back({std::move(*shared), beginning.Or(next)});
+          ++i;
+          continue;
+        }
+      }
+    }
+    alternatives.push_back({AlternativeCode(children[i], attached, leafOfEmpty), beginning});
+  }
+  if (alternatives.size() == 1) return std::move(alternatives[0].code);
+  return DispatchCode(alternatives);
+}
+
+// With `leafOfEmpty`, an alternative that leaves no nodes becomes a leaf of that rule.
+ParsoCode ParsoCompiler::AlternativeCode(const ParsoChild& child, bool attached,
+                                         const ParsoRule* leafOfEmpty) {
+  const bool isLeaf = leafOfEmpty != nullptr && analysis_.NodesOf(*child.rule).most == 0;
+  const ParsoQuantifier quantifier =
+      Repeats(child.quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
+  ParsoCode code;
+  if (isLeaf) code.push_back({ParsoOpcode::Mark});
+  if (analysis_.MatchesEmpty(*child.rule)) code.push_back({ParsoOpcode::FailAtEnd});
+  AppendCode(code, ItemCode({child.rule, quantifier}, attached && !isLeaf));
+  if (isLeaf) {
+    code.push_back({ParsoOpcode::CloseLeaf});
+    code.back().rule = leafOfEmpty;
+  }
+  return code;
+}
+
+ParsoCode ParsoCompiler::DispatchCode(const std::vector<Alternative>& alternatives) {
+  if (alternatives.size() > ParsoDispatch::kMostAlternatives) {
+    unsupported_ = true;
+    return {};
+  }
+  std::size_t end = 1;  // the instruction behind the choice, counted from the Dispatch
+  for (const Alternative& alternative : alternatives) end += alternative.code.size() + 1;
+  ParsoDispatch dispatch;
+  ParsoCode code(1);
+  for (std::size_t i = 0; i < alternatives.size(); ++i) {
+    const ParsoBeginning& beginning = alternatives[i].beginning;
+    const auto bit = static_cast<ParsoDispatch::Mask>(1u << i);
+    for (std::size_t unit = 0; unit < dispatch.first.size(); ++unit) {
+      if (beginning.first[unit]) dispatch.first[unit] |= bit;
+      if (beginning.second[unit]) dispatch.second[unit] |= bit;
+    }
+    dispatch.jumps[i] = static_cast<std::int32_t>(code.size());
+    AppendCode(code, alternatives[i].code);
+    const bool leavesOthers = std::any_of(
+        alternatives.begin() + static_cast<std::ptrdiff_t>(i) + 1, alternatives.end(),
+        [&](const Alternative& later) { return later.beginning.Overlaps(beginning); });
+    const auto here = static_cast<std::int32_t>(code.size());
+    code.push_back({leavesOthers ? ParsoOpcode::EndAlternative : ParsoOpcode::Jump,
+                    static_cast<std::int32_t>(end) - here});
+    code.back().owner = -here;
+  }
+  code[0] = {ParsoOpcode::Dispatch};
+  code[0].dispatch = KeepOnce(program_.dispatches_, dispatch);
+  return code;
+}
+
+std::optional<ParsoCode> ParsoCompiler::SharedBeginning(const ParsoChild& a, const ParsoChild& b,
+                                                        bool attached) {
+  constexpr std::size_t kLeastShared = 2;
+  for (const ParsoChild* child : {&a, &b}) {
+    if (Repeats(child->quantifier) || !IsSequence(*child->rule) || IsActive(*child->rule) ||
+        ShapeOf(*child->rule, attached) == Shape::Leaf || analysis_.MatchesEmpty(*child->rule)) {
+      return std::nullopt;
+    }
+  }
+  if (&FirstItem(*a.rule) != &FirstItem(*b.rule)) return std::nullopt;
+  Parts partsA = PartsOf(*a.rule, attached, kSharedLevels);
+  Parts partsB = PartsOf(*b.rule, attached, kSharedLevels);
+  const std::size_t opensA = LeadingOpens(partsA);
+  const std::size_t opensB = LeadingOpens(partsB);
+  const std::size_t opens = std::max(opensA, opensB);
+  partsA.erase(partsA.begin(), partsA.begin() + static_cast<std::ptrdiff_t>(opensA));
+  partsB.erase(partsB.begin(), partsB.begin() + static_cast<std::ptrdiff_t>(opensB));
+  std::size_t shared = 0;
+  while (shared < std::min(partsA.size(), partsB.size()) &&
+         SameCode(partsA[shared], partsB[shared])) {
+    ++shared;
+  }
+  if (shared < kLeastShared || shared == partsA.size()) return std::nullopt;
+
+  // The one with fewer open nodes at the start closes the others behind its own.
+  const auto split = static_cast<std::ptrdiff_t>(shared);
+  const ParsoCode splice(1, {ParsoOpcode::CloseSpliced});
+  Parts restA(partsA.begin() + split, partsA.end());
+  Parts restB(partsB.begin() + split, partsB.end());
+  restA.insert(restA.end(), opens - opensA, splice);
+  restB.insert(restB.end(), opens - opensB, splice);
+
+  ParsoCode code(opens, {ParsoOpcode::Open});
+  std::size_t openNodes = opens;
+  for (std::size_t i = 0; i < shared; ++i) {
+    AppendCode(code, partsA[i]);
+    openNodes += IsOpen(partsA[i]) ? 1 : 0;
+    openNodes -= IsClose(partsA[i]) ? 1 : 0;
+  }
+  const ParsoCode codeB = JoinParts(restB);
+  // A literal that only closes follow decides alone; else a choice point has to wait for the end.
+  const bool literalDecides =
+      restA[0].size() == 1 && restA[0][0].opcode == ParsoOpcode::Literal &&
+      std::all_of(restA.begin() + 1, restA.end() - static_cast<std::ptrdiff_t>(opens - opensA),
+                  IsClose);
+  ParsoCode codeA = JoinParts(restA);
+  if (literalDecides) {
+    codeA[0].opcode = ParsoOpcode::LiteralOrJump;
+    codeA.push_back({ParsoOpcode::Jump, JumpOver(codeB)});
+    codeA[0].jump = static_cast<std::int32_t>(codeA.size());
+  } else {
+    codeA.push_back({ParsoOpcode::Commit, JumpOver(codeB)});
+    codeA.back().count = static_cast<std::uint16_t>(openNodes);
+    code.push_back({ParsoOpcode::ChoicePoint, JumpOver(codeA)});
+    code.back().count = static_cast<std::uint16_t>(openNodes);
+  }
+  AppendCode(code, codeA);
+  AppendCode(code, codeB);
+  return code;
+}
+
+std::optional<std::size_t> ParsoCompiler::EndNameItem(const ParsoRule& rule) {
+  const bool bothThere = rule.constraint.size() == 2 && rule.constraint[0] != nullptr &&
+                         rule.constraint[1] != nullptr;
+  if (!bothThere || !StartsWithFirstName(rule)) return std::nullopt;
+  const ParsoRule& endName = *rule.constraint[1];
+  for (std::size_t i = 0; i < rule.children.size(); ++i) {
+    const ParsoChild& child = rule.children[i];
+    const auto holds = [&](const ParsoChild& operand) {
+      return operand.rule == &endName && operand.quantifier == ParsoQuantifier::One;
+    };
+    const auto isSilent = [&](const ParsoChild& operand) {
+      return holds(operand) || analysis_.NodesOf(operand).most == 0;
+    };
+    if (child.quantifier == ParsoQuantifier::One && IsSequence(*child.rule) &&
+        !child.rule->flagKeepNode && !child.rule->flagNoNode && !child.rule->IsToken() &&
+        std::ranges::count_if(child.rule->children, holds) == 1 &&
+        std::ranges::all_of(child.rule->children, isSilent)) {
+      return i;
+    }
+    // Anything in front of it that could hold the end name would be found first.
+    const auto canLeave = [&](const ParsoChild& operand) {
+      return analysis_.CanLeave(*operand.rule, endName);
+    };
+    if (canLeave(child) || std::ranges::any_of(child.rule->children, canLeave)) break;
+  }
+  return std::nullopt;
+}
+
+// Whether the first node below a match is, or begins with, the first name of the constraint.
+bool ParsoCompiler::StartsWithFirstName(const ParsoRule& rule) {
+  const auto firstWithNodes = [&](const ParsoRule& sequence) -> const ParsoRule* {
+    for (const ParsoChild& child : sequence.children) {
+      if (analysis_.NodesOf(child).most == 0) continue;
+      return child.quantifier == ParsoQuantifier::One ? child.rule : nullptr;
+    }
+    return nullptr;
+  };
+  const ParsoRule* outer = firstWithNodes(rule);
+  if (outer == nullptr || !IsSequence(*outer) || outer->IsToken()) return false;
+  return firstWithNodes(*outer) == rule.constraint[0];
+}
+
+// Both names have to be a Name of the same units, so that the text of the first tells how far the
+// second must go.
+ParsoCode ParsoCompiler::SameNameCode(const ParsoRule& first, const ParsoRule& second) {
+  const ParsoCode a = JoinParts(PartsOf(first, true, 0));
+  const ParsoCode b = JoinParts(PartsOf(second, true, 0));
+  const bool areNames = a.size() == 1 && b.size() == 1 && a[0].opcode == ParsoOpcode::NameLeaf &&
+                        b[0].opcode == ParsoOpcode::NameLeaf && a[0].name == b[0].name;
+  if (!areNames) {
+    unsupported_ = true;
+    return {};
+  }
+  ParsoCode code = a;
+  code[0].opcode = ParsoOpcode::SameName;
+  return code;
+}
+
+}  // namespace kelmora

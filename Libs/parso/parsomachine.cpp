@@ -1,0 +1,397 @@
+// The registers are a local variable of Run and every step is inlined into it, so that they stay in
+// machine registers. All that is remembered lies on one stack of entries in the heap. A failure
+// goes back to the topmost choice point, which has the text position and the list of nodes as they
+// were; nodes made since then stay unused in the pool.
+#include "parsomachine.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "parso/parsoparser.h"
+#include "tqcore/tqexcept.h"
+
+// Without this the compiler calls the larger steps, and the registers go through memory.
+#if defined(__GNUC__)
+#define PARSO_STEP [[gnu::always_inline]] inline
+#else
+#define PARSO_STEP inline
+#endif
+
+namespace kelmora {
+namespace {
+
+constexpr std::size_t kFirstEntries = 256;
+
+std::size_t EntryOf(char16_t unit) { return std::min<std::size_t>(unit, 255); }
+
+PARSO_STEP bool SameUnits(const char16_t* a, const char16_t* b, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
+}
+
+PARSO_STEP bool CanBegin(const ParsoBeginningTable& beginning, const char16_t* text) {
+  // At the end of the text both tables are asked about the same 0.
+  return beginning.first[EntryOf(text[0])] != 0 &&
+         (text[0] == 0 || beginning.second[EntryOf(text[1])] != 0);
+}
+
+}  // namespace
+
+PARSO_STEP ParsoMachine::Entry& ParsoMachine::Push(Registers& r) {
+  if (++r.top == limit_) Grow(r);
+  return *r.top;
+}
+
+PARSO_STEP void ParsoMachine::PushChoice(Registers& r, const ParsoInstruction* alternative) {
+  const auto below = static_cast<std::uint32_t>(r.choice - entries_.get());
+  Entry& entry = Push(r);
+  entry = {alternative, r.text, r.first, r.last, below, 0};
+  r.choice = &entry;
+}
+
+PARSO_STEP void ParsoMachine::PopChoice(Registers& r) {
+  r.top = r.choice - 1;
+  r.choice = entries_.get() + r.choice->previousChoice;
+}
+
+// False when there is no choice point left.
+PARSO_STEP bool ParsoMachine::GoBack(Registers& r) {
+  Entry& entry = *r.choice;
+  if (&entry == entries_.get()) return false;
+  r.text = entry.text;
+  r.first = entry.first;
+  r.last = entry.last;
+  if (r.last != nullptr) r.last->next = nullptr;
+  r.code = entry.code;
+  r.top = r.choice;
+  if (entry.alternatives == 0) {
+    PopChoice(r);
+    return true;
+  }
+  const int next = __builtin_ctz(entry.alternatives);
+  r.code += entry.code->dispatch->jumps[static_cast<std::size_t>(next)];
+  entry.alternatives &= entry.alternatives - 1;
+  if (entry.alternatives == 0) PopChoice(r);
+  return true;
+}
+
+PARSO_STEP bool ParsoMachine::MatchLiteral(Registers& r) const {
+  if (!SameUnits(r.text, r.code->literal, r.code->count)) return false;
+  r.text += r.code->count;
+  return true;
+}
+
+// Whether there is anything in front of the stop, and up to there.
+PARSO_STEP bool ParsoMachine::MatchStop(Registers& r) const {
+  const ParsoStop& stop = *r.code->stop;
+  const char16_t* start = r.text;
+  const auto isStop = [&](std::u16string_view literal) {
+    return !literal.empty() && SameUnits(r.text, literal.data(), literal.size());
+  };
+  while (true) {
+    r.text = SkipRun(stop.run, r.text, end_);
+    if (!stop.whole.Takes(*r.text)) break;
+    if (isStop(stop.literals[0]) || isStop(stop.literals[1])) break;
+    ++r.text;
+  }
+  return r.text != start;
+}
+
+PARSO_STEP bool ParsoMachine::MatchSameName(Registers& r) const {
+  const ParsoNode* name = r.first->rule == r.code->rule ? r.first : r.first->firstChild;
+  const auto length = static_cast<std::size_t>(name->length);
+  if (!SameUnits(r.text, name->text, length)) return false;
+  if (r.code->name->rest.Takes(r.text[length])) return false;
+  r.text += length;
+  return true;
+}
+
+PARSO_STEP bool ParsoMachine::CheckExcept(Registers& r) const {
+  const char16_t* start = r.top->text;
+  --r.top;
+  return r.text - start != r.code->count ||
+         !CompareIgnoringCase(start, r.code->literal, r.code->count);
+}
+
+// Puts the choice point of a loop, whose alternative is `behind`, to the present place, or takes it
+// away when the loop ends.
+PARSO_STEP void ParsoMachine::MoveLoop(Registers& r, const ParsoInstruction* behind, bool goesOn) {
+  const bool isThere = r.choice == r.top && r.top->code == behind;
+  if (!goesOn) {
+    if (isThere) PopChoice(r);
+  } else if (!isThere) {
+    PushChoice(r, behind);
+  } else {
+    r.top->text = r.text;
+    r.top->first = r.first;
+    r.top->last = r.last;
+  }
+}
+
+PARSO_STEP bool ParsoMachine::Dispatch(Registers& r) {
+  const ParsoDispatch& dispatch = *r.code->dispatch;
+  unsigned possible = dispatch.first[EntryOf(r.text[0])];
+  if (r.text[0] != 0) possible &= dispatch.second[EntryOf(r.text[1])];
+  if (possible == 0) return false;
+  const unsigned others = possible & (possible - 1);
+  const int next = __builtin_ctz(possible);
+  if (others != 0) {
+    PushChoice(r, r.code);
+    r.choice->alternatives = others;
+  }
+  r.code += dispatch.jumps[static_cast<std::size_t>(next)];
+  return true;
+}
+
+PARSO_STEP void ParsoMachine::LoopDispatch(Registers& r) {
+  const ParsoDispatch& dispatch = *r.code->dispatch;
+  const ParsoInstruction* behind = r.code + r.code->jump;
+  unsigned possible = dispatch.first[EntryOf(r.text[0])];
+  if (r.text[0] != 0) possible &= dispatch.second[EntryOf(r.text[1])];
+  MoveLoop(r, behind, possible != 0);
+  if (possible == 0) {
+    r.code = behind;
+    return;
+  }
+  const unsigned others = possible & (possible - 1);
+  if (others != 0) {
+    PushChoice(r, r.code);
+    r.choice->alternatives = others;
+  }
+  r.code += dispatch.jumps[static_cast<std::size_t>(__builtin_ctz(possible))];
+}
+
+PARSO_STEP void ParsoMachine::EndAlternative(Registers& r) {
+  if (r.choice == r.top && r.top->code == r.code + r.code->owner) PopChoice(r);
+  r.code += r.code->jump;
+}
+
+PARSO_STEP void ParsoMachine::Repeat(Registers& r) {
+  const ParsoInstruction* behind = r.code + 1;
+  const bool goesOn = CanBegin(*r.code->beginning, r.text);
+  MoveLoop(r, behind, goesOn);
+  r.code = goesOn ? r.code + r.code->jump : behind;
+}
+
+PARSO_STEP ParsoNode* ParsoMachine::NewNode(const Registers& r, const char16_t* start) {
+  ParsoNode* node = tree_.pool.Take();
+  node->rule = r.code->rule;
+  node->text = start;
+  node->length = static_cast<std::int32_t>(r.text - start);
+  node->matched = true;
+  return node;
+}
+
+PARSO_STEP void ParsoMachine::Attach(Registers& r, ParsoNode* first, ParsoNode* last) {
+  if (r.last == nullptr) {
+    r.first = first;
+  } else {
+    r.last->next = first;
+  }
+  r.last = last;
+}
+
+PARSO_STEP void ParsoMachine::CloseNode(Registers& r) {
+  ParsoNode* node = NewNode(r, r.top->text);
+  node->firstChild = r.first;
+  r.first = r.top->first;
+  r.last = r.top->last;
+  --r.top;
+  Attach(r, node, node);
+}
+
+// ClosePruned, CloseGroup and CloseSpliced.
+PARSO_STEP void ParsoMachine::CloseFrame(Registers& r) {
+  const ParsoOpcode opcode = r.code->opcode;
+  ParsoNode* first = r.first;
+  ParsoNode* last = r.last;
+  const bool makesNode = (opcode == ParsoOpcode::ClosePruned && first != last) ||
+                         (opcode == ParsoOpcode::CloseGroup && first == nullptr);
+  if (makesNode) {
+    CloseNode(r);
+    return;
+  }
+  r.first = r.top->first;
+  r.last = r.top->last;
+  --r.top;
+  if (first != nullptr) Attach(r, first, last);
+}
+
+PARSO_STEP bool ParsoMachine::Call(Registers& r) {
+  ParsoRoutine* routine = r.code->routine;
+  if (routine->code.empty() && !program_.Complete(*routine)) [[unlikely]] {
+    unsupported_ = true;
+    return false;
+  }
+  Push(r).code = r.code + 1;
+  r.code = routine->code.data();
+  return true;
+}
+
+// Pushes what lies right below the topmost choice point once more.
+void ParsoMachine::CopyOpenNodes(Registers& r, std::uint16_t count) {
+  for (std::uint16_t i = 0; i < count; ++i) {
+    Push(r);
+    *r.top = *(r.top - count - 1);
+  }
+}
+
+void ParsoMachine::Grow(Registers& r) {
+  const auto used = static_cast<std::size_t>(r.top - entries_.get());
+  const auto choice = r.choice - entries_.get();
+  const std::size_t capacity = used == 0 ? kFirstEntries : used * 2;
+  std::unique_ptr<Entry[]> larger;
+  try {
+    larger = std::make_unique_for_overwrite<Entry[]>(capacity);
+  } catch (const std::bad_alloc&) {
+    throw TQExcept(kAllocationFailed, __LINE__, u"parsomachine.cpp");
+  }
+  std::copy_n(entries_.get(), used, larger.get());
+  entries_ = std::move(larger);
+  limit_ = entries_.get() + capacity;
+  r.top = entries_.get() + used;
+  r.choice = entries_.get() + choice;
+}
+
+ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_t* text,
+                                        std::int32_t length) {
+  end_ = text + length;
+  Registers r{start.code.data(), text, nullptr, nullptr, nullptr, nullptr};
+  Grow(r);
+  while (true) {
+    bool matches = true;
+    switch (r.code->opcode) {
+      case ParsoOpcode::Unit:
+        matches = r.code->set->Takes(*r.text);
+        r.text += matches;
+        break;
+      case ParsoOpcode::OptionalUnit:
+        r.text += r.code->set->Takes(*r.text);
+        break;
+      case ParsoOpcode::Run:
+        r.text = SkipRun(*r.code->set, r.text, end_);
+        break;
+      case ParsoOpcode::RequiredRun:
+        matches = r.code->set->Takes(*r.text);
+        r.text = SkipRun(*r.code->set, r.text, end_);
+        break;
+      case ParsoOpcode::Literal:
+        matches = MatchLiteral(r);
+        break;
+      case ParsoOpcode::SpacedLiteral:
+        if (*r.text != *r.code->literal) r.text = SkipRun(*r.code->set, r.text, end_);
+        matches = MatchLiteral(r);
+        break;
+      case ParsoOpcode::Name:
+        matches = r.code->name->first.Takes(*r.text);
+        if (matches) r.text = SkipRun(r.code->name->rest, r.text + 1, end_);
+        break;
+      case ParsoOpcode::ToStop:
+        matches = MatchStop(r);
+        break;
+      case ParsoOpcode::OptionalToStop:
+        MatchStop(r);
+        break;
+      case ParsoOpcode::FailAtEnd:
+        matches = r.text != end_;
+        break;
+      case ParsoOpcode::Jump:
+        r.code += r.code->jump;
+        continue;
+      case ParsoOpcode::JumpAtEnd:
+        r.code += r.text == end_ ? r.code->jump : 1;
+        continue;
+      case ParsoOpcode::JumpUnless:
+        r.code += CanBegin(*r.code->beginning, r.text) ? 1 : r.code->jump;
+        continue;
+      case ParsoOpcode::LiteralOrJump:
+        if (MatchLiteral(r)) break;
+        r.code += r.code->jump;
+        continue;
+      case ParsoOpcode::ChoicePoint:
+        PushChoice(r, r.code + r.code->jump);
+        if (r.code->count != 0) CopyOpenNodes(r, r.code->count);
+        break;
+      case ParsoOpcode::Commit:
+        PopChoice(r);
+        r.top -= r.code->count;
+        r.code += r.code->jump;
+        continue;
+      case ParsoOpcode::Repeat:
+        Repeat(r);
+        continue;
+      case ParsoOpcode::Dispatch:
+        if (Dispatch(r)) continue;
+        matches = false;
+        break;
+      case ParsoOpcode::LoopDispatch:
+        LoopDispatch(r);
+        continue;
+      case ParsoOpcode::EndAlternative:
+        EndAlternative(r);
+        continue;
+      case ParsoOpcode::Call:
+        if (Call(r)) continue;
+        if (unsupported_) return Outcome::Unsupported;
+        break;
+      case ParsoOpcode::Return:
+        r.code = r.top->code;
+        --r.top;
+        continue;
+      case ParsoOpcode::Accept:
+        if (r.text != end_) return Outcome::Failed;
+        tree_.root = r.first;
+        return Outcome::Matched;
+      case ParsoOpcode::Open: {
+        Entry& entry = Push(r);
+        entry.text = r.text;
+        entry.first = r.first;
+        entry.last = r.last;
+        r.first = r.last = nullptr;
+        break;
+      }
+      case ParsoOpcode::Mark:
+        Push(r).text = r.text;
+        break;
+      case ParsoOpcode::CloseLeaf: {
+        ParsoNode* leaf = NewNode(r, r.top->text);
+        --r.top;
+        Attach(r, leaf, leaf);
+        break;
+      }
+      case ParsoOpcode::CloseNode:
+        CloseNode(r);
+        break;
+      case ParsoOpcode::ClosePruned:
+      case ParsoOpcode::CloseGroup:
+      case ParsoOpcode::CloseSpliced:
+        CloseFrame(r);
+        break;
+      case ParsoOpcode::NameLeaf: {
+        matches = r.code->name->first.Takes(*r.text);
+        if (!matches) break;
+        const char16_t* name = r.text;
+        r.text = SkipRun(r.code->name->rest, name + 1, end_);
+        ParsoNode* leaf = NewNode(r, name);
+        Attach(r, leaf, leaf);
+        break;
+      }
+      case ParsoOpcode::Except:
+        matches = CheckExcept(r);
+        break;
+      case ParsoOpcode::SameName:
+        matches = MatchSameName(r);
+        break;
+    }
+    if (matches) [[likely]] {
+      ++r.code;
+    } else if (!GoBack(r)) {
+      return Outcome::Failed;
+    }
+  }
+}
+
+}  // namespace kelmora
