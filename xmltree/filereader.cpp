@@ -1,0 +1,153 @@
+#include "filereader.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "filedescriptor.h"
+#include "tqcore/tqtext.h"
+
+namespace kelmora {
+namespace {
+
+constexpr std::size_t kFirstBlock = 65536;  // bytes
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+constexpr int kMilliseconds = 1000;
+
+// Without waiting: the mere opening of a pipe that nobody writes to would never return.
+FileDescriptor OpenToRead(const std::string& path) {
+  return FileDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+}
+
+class Reader {
+ public:
+  Reader(int descriptor, std::string& bytes, LoadError& error)
+      : descriptor_(descriptor), bytes_(bytes), error_(error) {}
+
+  bool ReadFile(std::size_t size, std::size_t limit) {
+    if (size > limit) return Fail(EFBIG);
+    bytes_.resize(size);
+    if (!Fill()) return false;
+    // Files grow while they are read, and some of the system's own have no size to tell.
+    while (length_ == bytes_.size()) {
+      char further = 0;
+      const ssize_t count = ReadSome(&further, 1);
+      if (count < 0) return Fail(errno);
+      if (count == 0) return true;
+      if (!Grow(limit)) return Fail(EFBIG);
+      bytes_[length_++] = further;
+      if (!Fill()) return false;
+    }
+    bytes_.resize(length_);
+    return true;
+  }
+
+  bool ReadStream(int megabytes, int silentSeconds) {
+    const std::size_t limit = static_cast<std::size_t>(megabytes) * kMegabyte;
+    while (true) {
+      if (length_ == bytes_.size() && !Grow(limit)) {
+        SetFileError(error_, EFBIG,
+                     TQString::Format(u"The input does not end within %d MiB", {megabytes}));
+        return false;
+      }
+      if (!AwaitData(silentSeconds)) return false;
+      const ssize_t count = ReadSome(bytes_.data() + length_, bytes_.size() - length_);
+      if (count < 0 && errno == EAGAIN) continue;
+      if (count < 0) return Fail(errno);
+      if (count == 0) break;
+      length_ += static_cast<std::size_t>(count);
+    }
+    bytes_.resize(length_);
+    return true;
+  }
+
+ private:
+  bool Fail(int number) {
+    SetSystemError(error_, number);
+    return false;
+  }
+
+  ssize_t ReadSome(char* to, std::size_t room) {
+    ssize_t count;
+    do {
+      count = read(descriptor_, to, room);
+    } while (count < 0 && errno == EINTR);
+    return count;
+  }
+
+  // Up to the end of the file or of the room that there is; at the end the room is cut.
+  bool Fill() {
+    while (length_ < bytes_.size()) {
+      const ssize_t count = ReadSome(bytes_.data() + length_, bytes_.size() - length_);
+      if (count < 0) return Fail(errno);
+      if (count == 0) {
+        bytes_.resize(length_);
+        return true;
+      }
+      length_ += static_cast<std::size_t>(count);
+    }
+    return true;
+  }
+
+  bool Grow(std::size_t limit) {
+    if (bytes_.size() >= limit) return false;
+    bytes_.resize(std::min(std::max(kFirstBlock, 2 * bytes_.size()), limit));
+    return true;
+  }
+
+  bool AwaitData(int silentSeconds) {
+    pollfd waiting{descriptor_, POLLIN, 0};
+    int ready;
+    do {
+      ready = poll(&waiting, 1, silentSeconds * kMilliseconds);
+    } while (ready < 0 && errno == EINTR);
+    if (ready > 0) return true;
+    if (ready < 0) return Fail(errno);
+    SetFileError(error_, ETIMEDOUT,
+                 TQString::Format(u"No data came within %d seconds", {silentSeconds}));
+    return false;
+  }
+
+  int descriptor_;
+  std::string& bytes_;
+  LoadError& error_;
+  std::size_t length_ = 0;  // of what was read into bytes_
+};
+
+}  // namespace
+
+bool ReadWholeFile(std::u16string_view path, std::string& bytes, LoadError& error,
+                   const StreamLimits& limits) {
+  bytes.clear();
+  const std::string name = ToNative(path);
+  const int ownDescriptor = DescriptorOfName(name);
+  FileDescriptor file = OpenToRead(name);
+  const int openFailure = errno;
+  struct stat status {};
+  const bool isOpen = file.IsOpen() && fstat(file.Number(), &status) == 0;
+  if (isOpen && S_ISREG(status.st_mode)) {
+    Reader reader(file.Number(), bytes, error);
+    return reader.ReadFile(static_cast<std::size_t>(status.st_size), limits.fileBytes);
+  }
+  // A pipe that this process was given is read through what it was given: only that knows whether
+  // a writer was there.
+  if (ownDescriptor >= 0) file = DuplicateDescriptor(ownDescriptor);
+  if (!file.IsOpen() || fstat(file.Number(), &status) != 0) {
+    SetSystemError(error, ownDescriptor >= 0 ? errno : openFailure);
+    return false;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    SetSystemError(error, EISDIR);
+    return false;
+  }
+  const bool isDevice = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+  Reader reader(file.Number(), bytes, error);
+  return reader.ReadStream(isDevice ? limits.deviceMegabytes : limits.pipeMegabytes,
+                           limits.silentSeconds);
+}
+
+}  // namespace kelmora

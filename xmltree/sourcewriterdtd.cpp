@@ -1,0 +1,162 @@
+// The declarations of a DTD.
+#include <array>
+
+#include "sourcewriterrun.h"
+
+namespace kelmora {
+namespace {
+
+using View = std::u16string_view;
+using Element = XTreeDTDElement;
+using Attlist = XTreeDTDAttlist;
+
+constexpr std::array<View, 4> kRepeats{u"", u"?", u"+", u"*"};
+
+// By item, from AttributeName on: what is written of an item beside its own text.
+constexpr std::array<View, 19> kKeywords{
+    u"",           u"",          u"CDATA",    u"ID",        u"IDREF", u"IDREFS", u"ENTITY",
+    u"ENTITIES",   u"NMTOKEN",   u"NMTOKENS", u"NOTATION ", u"",      u"",       u"",
+    u" #REQUIRED", u" #IMPLIED", u" #FIXED",  u"",          u"",
+};
+
+bool IsTop(const XTreeNode& node) {
+  return node.parent == nullptr || node.parent->kind != node.kind;
+}
+
+bool IsGroup(const Element& element) {
+  return element.item == Element::Mixed || element.item == Element::Sequence ||
+         element.item == Element::Choice;
+}
+
+// A list, or a list kept as raw text.
+bool IsList(const XTreeNode* node) {
+  if (node == nullptr || node->kind != XTreeKind::DTDAttlist) return false;
+  const auto item = static_cast<const Attlist*>(node)->item;
+  return item == Attlist::List || item == Attlist::Unformatted;
+}
+
+// Lists of one name that follow one another are one declaration.
+bool Continues(const XTreeNode* first, const XTreeNode* second) {
+  return IsList(first) && IsList(second) && first->GetName() == second->GetName();
+}
+
+bool IsEnumerationName(const XTreeNode* node) {
+  return node != nullptr && node->kind == XTreeKind::DTDAttlist &&
+         static_cast<const Attlist*>(node)->item == Attlist::EnumerationName;
+}
+
+}  // namespace
+
+void SourceWriter::WriteDeclaration(View keyword, const XTreeNode& node) {
+  Write(keyword);
+  Write(node.GetName());
+  Write(u" ");
+  Write(node.GetText());
+  Write(u">");
+}
+
+XTreeNode* SourceWriter::StartDocType(XTreeContainer& docType) {
+  Write(u"<!DOCTYPE ");
+  Write(docType.name);
+  XTreeNode* subset = nullptr;
+  for (XTreeNode* child = docType.first; child != nullptr; child = child->next) {
+    if (child->kind == XTreeKind::ExternalID) {
+      Write(u" ");
+      MarkStart(*child);
+      Start(*child);
+      MarkEnd(*child);
+    } else if (subset == nullptr) {
+      subset = child;
+    }
+  }
+  if (subset != nullptr) Write(u" [");
+  return subset;
+}
+
+XTreeNode* SourceWriter::StartDtdElement(Element& element) {
+  if (IsTop(element)) {
+    Write(u"<!ELEMENT ");
+    Write(element.name);
+    Write(u" ");
+  } else {
+    const auto group = static_cast<const Element&>(*element.parent).item;
+    const bool isFirst = element.previous == nullptr && group != Element::Mixed;
+    if (!isFirst) Write(group == Element::Sequence ? u", " : u" | ");
+    if (element.item == Element::SubName) Write(element.name);
+  }
+  switch (element.item) {
+    case Element::PCDATA:
+      Write(u"(#PCDATA)");
+      break;
+    case Element::Empty:
+      Write(u"EMPTY");
+      break;
+    case Element::AnyContent:
+      Write(u"ANY");
+      break;
+    case Element::PERef:
+      Write(element.text);
+      break;
+    case Element::Mixed:
+      Write(u"(#PCDATA");
+      break;
+    case Element::Sequence:
+    case Element::Choice:
+      Write(u"(");
+      break;
+    default:
+      break;
+  }
+  return IsGroup(element) ? element.first : nullptr;
+}
+
+void SourceWriter::EndDtdElement(const Element& element) {
+  if (IsGroup(element)) Write(u")");
+  if (element.item == Element::Mixed) {
+    Write(u"*");
+  } else if (IsGroup(element) || element.item == Element::SubName) {
+    Write(kRepeats[static_cast<std::size_t>(element.repeat)]);
+  }
+  if (IsTop(element)) Write(u">");
+}
+
+XTreeNode* SourceWriter::StartAttlist(Attlist& list) {
+  if (!IsList(&list)) {
+    StartAttlistItem(list);
+    return list.first;
+  }
+  if (!Continues(list.previous, &list)) {
+    Write(u"<!ATTLIST ");
+    Write(list.name);
+  }
+  if (list.item == Attlist::Unformatted) Write(u" ");
+  if (list.item == Attlist::List) WriteIndent(1);
+  Write(list.text);
+  return list.first;
+}
+
+void SourceWriter::StartAttlistItem(const Attlist& item) {
+  Write(kKeywords[static_cast<std::size_t>(item.item)]);
+  switch (item.item) {
+    case Attlist::AttributeName:
+      Write(item.text);
+      return Write(u" ");
+    case Attlist::TypePERef:
+      return Write(item.text);
+    case Attlist::EnumerationName:
+      Write(IsEnumerationName(item.previous) ? u" | " : u"(");
+      Write(item.text);
+      return Write(IsEnumerationName(item.next) ? u"" : u")");
+    case Attlist::DefaultValue:
+      Write(u" ");
+      return WriteQuoted(item.text);
+    default:
+      return;
+  }
+}
+
+void SourceWriter::EndAttlist(const Attlist& list) {
+  if (IsList(&list) && !Continues(&list, list.next)) Write(u">");
+}
+
+}  // namespace kelmora

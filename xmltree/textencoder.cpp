@@ -1,0 +1,72 @@
+#include "textencoder.h"
+
+#include <optional>
+#include <utility>
+
+#include "tqcore/tqstring.h"
+
+namespace kelmora {
+namespace {
+
+constexpr std::size_t kDeclarationUnits = 100;
+constexpr std::u16string_view kBreaks = u"\r\n";
+
+}  // namespace
+
+EncodingId DeclaredEncoding(std::u16string_view text) {
+  TQString start(text.substr(0, kDeclarationUnits));
+  start.MakeLower();
+  constexpr std::u16string_view kTag = u"<?xml";
+  constexpr std::u16string_view kName = u"encoding";
+  const int tag = start.Find(kTag);
+  if (tag == TQString::kNotFound) return EncodingId::kNone;
+  const int name = start.Find(kName, tag + static_cast<int>(kTag.size()));
+  if (name == TQString::kNotFound) return EncodingId::kNone;
+  std::u16string_view value = start.View().substr(static_cast<std::size_t>(name) + kName.size());
+  const std::size_t quote = value.find_first_not_of(u" =");
+  if (quote == value.npos || (value[quote] != u'"' && value[quote] != u'\'')) {
+    return EncodingId::kNone;
+  }
+  value.remove_prefix(quote);
+  const std::size_t end = value.find(value[0], 1);
+  return end == value.npos ? EncodingId::kNone : EncodingFromName(value.substr(1, end - 1));
+}
+
+std::u16string_view TextEncoder::TakePiece() {
+  std::size_t end = rest_.size();
+  if (end > pieceUnits_) {
+    end = rest_.find_first_of(kBreaks, pieceUnits_);
+    if (end == rest_.npos) end = rest_.size() - 1;
+    if (rest_[end] == u'\r' && end + 1 < rest_.size() && rest_[end + 1] == u'\n') ++end;
+    ++end;
+  }
+  const std::u16string_view piece = rest_.substr(0, end);
+  rest_.remove_prefix(end);
+  isDone_ = rest_.empty();
+  return piece;
+}
+
+// True also for some texts that need no conversion, which then changes nothing.
+bool TextEncoder::HasForeignLineEnd(std::u16string_view piece) const {
+  return lineEnd_ == u"\n" ? piece.find(u'\r') != piece.npos
+                           : piece.find_first_of(kBreaks) != piece.npos;
+}
+
+bool TextEncoder::EncodeNext(std::string& bytes) {
+  std::u16string_view piece = TakePiece();
+  TQString converted;
+  if (HasForeignLineEnd(piece)) {
+    converted = piece;
+    converted.ConvertLineEnds(lineEnd_);
+    piece = converted;
+  }
+  std::optional<std::string> encoded =
+      EncodeText(piece, encoding_, ByteOrder::kLeastFirst, isFirst_, false);
+  isFirst_ = false;
+  if (!encoded.has_value()) return false;
+  unmappable_ += UnmappableCount();
+  bytes = std::move(*encoded);
+  return true;
+}
+
+}  // namespace kelmora
