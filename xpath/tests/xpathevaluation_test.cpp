@@ -1,0 +1,395 @@
+#include <gtest/gtest.h>
+
+#include "testtree.h"
+
+namespace kelmora {
+namespace {
+
+struct Row {
+  const char* expression;
+  const char* expected;  // the value, or "error code/function"
+};
+
+class Evaluation : public testing::Test {
+ protected:
+  Evaluation() {
+    map_.Set(u"p", builder_.InternURI(u"urn:p"));
+    map_.Set(u"q", builder_.InternURI(u"urn:q"));
+    map_.Set(u"none", nullptr);
+    map_.Set(u"xsl", builder_.InternURI(u"http://www.w3.org/1999/XSL/Transform"));
+    XPathValue set;
+    set.nodes.emplace_back(fragment_.Root(), 1);
+    variables_.values[u"rtf"] = set;
+    XPathValue number;
+    number.SetNumber(2);
+    variables_.values[u"two"] = number;
+    variables_.values[u"urn:p:v"] = number;
+    XPathValue backwards;
+    for (const char* name : {"d", "b", "c"}) {
+      backwards.nodes.emplace_back(NodeOf(Wide(name)), 7 + static_cast<int>(backwards.nodes.size()));
+    }
+    variables_.values[u"back"] = backwards;
+  }
+
+  XPathNode* NodeOf(std::u16string_view name) {
+    for (XPathNode* node : tree_.Nodes()) {
+      if (node->GetName() == name) return node;
+    }
+    return nullptr;
+  }
+
+  std::string Run(const std::string& expression, bool plain = false,
+                  XPathPatternKind patternKind = kNoPattern) {
+    XPathExpression evaluator;
+    evaluator.SetExpression(&map_, Wide(expression), patternKind);
+    evaluator.SetPlainEvaluation(plain);
+    evaluator.SetXsltFunctions(true);
+    if (!evaluator.Parse(true, kExprGrammar)) return "no parse";
+    evaluator.SetVariables(&variables_);
+    evaluator.SetDecimalFormats(&formats_);
+    evaluator.SetCurrent(context_);
+    XPathValue value;
+    if (!evaluator.Evaluate(tree_.Root(), context_, value, nullptr, 3, 5)) {
+      return "error " + std::to_string(static_cast<int>(evaluator.ErrorCode())) + "/" +
+             std::to_string(evaluator.ErrorFunction());
+    }
+    return Show(value);
+  }
+
+  void Check(std::initializer_list<Row> rows) {
+    for (const Row& row : rows) {
+      EXPECT_EQ(Run(row.expression), row.expected) << row.expression;
+      EXPECT_EQ(Run(row.expression, true), row.expected) << "plain " << row.expression;
+    }
+  }
+
+  XPathTreeBuilder builder_;
+  TestTree tree_{builder_,
+                 "<!--first--><!D><r id='1' xml:lang='en-GB' xmlns:p='urn:p'>"
+                 "<a x='5' y='6'>t1<b>t2</b><c k='7'/><!--in--><?go now?></a>"
+                 "<p:e p:z='8'><![CDATA[ 12 ]]></p:e><d><f>3</f><g>4</g><g>5</g></d></r>"};
+  TestTree fragment_{builder_, "<a>1</a>", 0};
+  PrefixMap map_;
+  TestVariables variables_;
+  DecimalFormatMap formats_{{TQString(), DecimalFormat()}};
+  XPathNode* context_ = tree_.Root();
+};
+
+TEST_F(Evaluation, AxesAndTests) {
+  Check({
+      {"/", "[/]"},
+      {"r/*", "[a p:e d]"},
+      {"r/a/node()", "['t1' b c !in ?go]"},
+      {"//text()", "['t1' 't2' ' 12 ' '3' '4' '5']"},
+      {"//comment()", "[!first !in]"},
+      {"//processing-instruction()", "[?go]"},
+      {"//processing-instruction('go')", "[?go]"},
+      {"//processing-instruction('stop')", "[]"},
+      {"r/@*", "[@id @xml:lang]"},
+      {"r/attribute::node()", "[@id @xml:lang]"},
+      {"//p:*", "[p:e]"},
+      {"//q:e", "[]"},
+      {"//@p:z", "[@p:z]"},
+      {"//e", "[]"},
+      {"//none:*/@*", "[@id @xml:lang @x @y @p:z @k]"},
+      {"r/none:*", "[ns:xmlns:p a p:e d]"},
+      {"//f/ancestor::*", "[d r]"},
+      {"//f/ancestor::node()", "[d r /]"},
+      {"//f/ancestor-or-self::*", "[f d r]"},
+      {"//g/ancestor-or-self::*", "[g g d r]"},
+      {"//f/ancestor::*[1]", "[d]"},
+      {"//f/..", "[d]"},
+      {"//@k/..", "[c]"},
+      {"r/parent::node()", "[/]"},
+      {"//b/following::*", "[c p:e d f g g]"},
+      {"//@x/following::*", "[b c p:e d f g g]"},
+      {"//f/preceding::*", "[p:e c b a]"},
+      {"//g[2]/preceding::*[1]", "[g]"},
+      {"//b/following-sibling::node()", "[c !in ?go]"},
+      {"//c/preceding-sibling::node()", "[b 't1']"},
+      {"//g/preceding-sibling::*", "[g f]"},
+      {"//c/preceding-sibling::x", "[@x]"},
+      {"/comment()/following-sibling::node()", "[r]"},
+      {"r/preceding-sibling::node()", "[!first]"},
+      {"//@x/following-sibling::node()", "[]"},
+      {"//@id/self::node()", "[@id]"},
+      {"//@id/self::*", "[]"},
+      {"//@id/self::id", "[@id]"},
+      {"//@id/descendant-or-self::node()", "[@id]"},
+      {"r/d/descendant::node()", "[f '3' g '4' g '5']"},
+      {"r/namespace::*", "[ns:p ns:xml]"},
+      {"r/namespace::q:p", "[ns:p]"},
+      {"//g", "[g g]"},
+      {"r/d/g[1] | r/a | //g", "[a g g]"},
+      {"/descendant::g[2]", "[g]"},
+      {"r/u:x", "error 1/-1"},
+      {"nothing/u:x", "error 1/-1"},
+      {"nothing/u:x[1]", "[]"},
+      {"a divide", "NaN"},
+  });
+}
+
+TEST_F(Evaluation, PredicatesAndPositions) {
+  Check({
+      {"r/*[2]", "[p:e]"},
+      {"r/*[last()]", "[d]"},
+      {"r/*[position()=last()-1]", "[p:e]"},
+      {"r/*[position()>1][1]", "[p:e]"},
+      {"//g[1]", "[g]"},
+      {"count(//g[1])", "1"},
+      {"(//g)[2] = 5", "true"},
+      {"//*[@x='5']", "[a]"},
+      {"//*[g]", "[d]"},
+      {"//*[g = 5]/f", "[f]"},
+      {"r/*['']", "[]"},
+      {"r/*['x']", "[a p:e d]"},
+      {"r/*[0 div 0]", "[]"},
+      {"r/*[1.5]", "[]"},
+      {"//f/ancestor::*[position()=2]", "[r]"},
+      {"(//f/ancestor::*)[1]", "[r]"},
+      {"$back", "[d b c]"},
+      {"$back[2]", "[b]"},
+      {"$back[position()=8]", "[b]"},
+      {"($back)[2]", "[c]"},
+      {"$back[last()]", "[c]"},
+      {"r/*/self::node()[position()=2]", "[p:e]"},
+      {"r/*/self::node()[2]", "[]"},
+      {"r/*[self::d or self::a]", "[a d]"},
+      {"r/*[$two]", "[p:e]"},
+      {"position() + last()", "8"},
+      {"r[*[f]/g]/@id", "[@id]"},
+      {"1[1]", "error 4/-1"},
+      {"'x'/a", "[]"},
+      {"'x'/.", "\"x\""},
+      {"'x'//.", "[]"},
+  });
+}
+
+TEST_F(Evaluation, ComparisonsAndArithmetic) {
+  Check({
+      {"1 + 2 * 3 - 4 div 2", "5"},
+      {"5.5 mod 2", "1"},
+      {"-5 mod 2", "-1"},
+      {"5 mod 0", "NaN"},
+      {"5 mod (1 div 0)", "NaN"},
+      {"1 div (-4 mod 2)", "Infinity"},
+      {"--3", "3"},
+      {"---'3'", "-3"},
+      {"1 div 0", "Infinity"},
+      {"-1 div 0", "-Infinity"},
+      {"0 div 0 = 0 div 0", "false"},
+      {"0 div 0 != 1", "false"},
+      {"'x' != 1", "true"},
+      {"'x' != 0 div 0", "false"},
+      {"'1' != 0 div 0", "true"},
+      {"//g = 5", "true"},
+      {"//g != 5", "true"},
+      {"//g[1] != 4", "false"},
+      {"//b != 5", "true"},
+      {"//b != 0 div 0", "false"},
+      {"//g = '4'", "true"},
+      {"//g = //f", "false"},
+      {"//g = //@x", "true"},
+      {"//g != //g", "true"},
+      {"//f != //f", "false"},
+      {"//none = //none", "false"},
+      {"//none != ''", "false"},
+      {"//none = false()", "true"},
+      {"//g < //f", "false"},
+      {"//f < //g", "true"},
+      {"//g > //f", "true"},
+      {"//g >= 5", "true"},
+      {"5 < //g", "false"},
+      {"//f > true()", "true"},
+      {"3 > 2 > 1", "false"},
+      {"1 < 2 < 3", "true"},
+      {"2 = 2 = 2", "true"},
+      {"true() or $undefined", "error 6/-1"},
+      {"false() and //u:x", "error 1/-1"},
+      {"1 | $undefined", "error 4/-1"},
+      {"//a | 1", "error 4/-1"},
+  });
+}
+
+TEST_F(Evaluation, FragmentsAndVariables) {
+  Check({
+      {"$rtf", "[/]"},
+      {"$rtf = 1", "true"},
+      {"$rtf + 1", "2"},
+      {"$rtf/a", "error 11/-1"},
+      {"$rtf//a", "error 11/-1"},
+      {"$rtf[1]", "error 11/-1"},
+      {"($rtf)/a", "error 11/-1"},
+      {"count($rtf | /)", "2"},
+      {"$two * $p:v", "4"},
+      {"$q:v", "error 6/-1"},
+      {"$ p : v", "2"},
+      {"string($undefined)", "error 6/-1"},
+  });
+}
+
+TEST_F(Evaluation, NodeFunctions) {
+  Check({
+      {"count(1)", "error 4/2"},
+      {"last(1)", "error 3/0"},
+      {"concat('a')", "error 2/8"},
+      {"not()", "error 2/17"},
+      {"id('x')", "error 9/-1"},
+      {"unparsed-entity-uri('x')", "error 9/-1"},
+      {"p:count(1)", "error 8/2"},
+      {"p:other(1)", "error 8/-1"},
+      {"u:count(1)", "error 1/-1"},
+      {"string(count(1))", "error 4/2"},
+      {"name(//@p:z)", "\"p:z\""},
+      {"local-name(//@p:z)", "\"z\""},
+      {"namespace-uri(//@p:z)", "\"urn:p\""},
+      {"name(//text())", "\"\""},
+      {"local-name(/)", "\"\""},
+      {"name('x')", "\"\""},
+      {"name(//f/ancestor::*)", "\"d\""},
+      {"name((//f/ancestor::*))", "\"r\""},
+      {"name(r/namespace::*)", "\"p\""},
+      {"sum(//g)", "9"},
+      {"sum(//b)", "NaN"},
+      {"sum(//none)", "0"},
+      {"sum('7')", "7"},
+      {"sum(//p:e)", "12"},
+      {"boolean(//g[lang('EN')])", "true"},
+      {"boolean(//@x[lang('en-gb')])", "true"},
+      {"boolean(//g[lang('en-gb-x')])", "false"},
+      {"lang('')", "true"},
+      {"generate-id(//f) = generate-id(//g[1]/preceding-sibling::*)", "true"},
+      {"generate-id(//f) = generate-id(//g)", "false"},
+      {"generate-id(//none)", "\"\""},
+      {"generate-id(1)", "error 4/32"},
+      {"generate-id(r/namespace::xml) = generate-id(r/namespace::xml)", "true"},
+      {"generate-id(r/namespace::xml) = generate-id(r/namespace::p)", "false"},
+      {"current()", "[/]"},
+      {"system-property('xsl:version')", "\"1.0\""},
+      {"system-property('xsl:vendor')", "\"Kelmora GmbH & Kelmora, Inc.\""},
+      {"system-property('p:version')", "\"\""},
+      {"system-property('a b')", "error 10/33"},
+      {"element-available('if')", "false"},
+      {"element-available('xsl:if')", "true"},
+      {"element-available('xsl:iff')", "false"},
+      {"function-available('id')", "false"},
+      {"function-available('key')", "true"},
+      {"function-available('xsl:key')", "false"},
+      {"function-available('a b')", "error 10/35"},
+      {"key('x')", "error 2/28"},
+      {"key('x', 'y')", "error 7/28"},
+      {"document('x')", "error 16/27"},
+      {"document(//f)", "[]"},
+      {"document('x', 1)", "error 4/27"},
+      {"document('')", "[]"},
+  });
+}
+
+TEST_F(Evaluation, StringFunctions) {
+  Check({
+      {"substring('12345', 2, 3)", "\"234\""},
+      {"substring('12345', 1.5, 2.6)", "\"234\""},
+      {"substring('12345', 0, 3)", "\"12\""},
+      {"substring('12345', 0 div 0, 3)", "\"\""},
+      {"substring('12345', 1, 0 div 0)", "\"\""},
+      {"substring('12345', -42, 1 div 0)", "\"12345\""},
+      {"substring('12345', -1 div 0, 1 div 0)", "\"\""},
+      {"substring('12345', 2, -1 div 0)", "\"\""},
+      {"substring('12345', 4)", "\"45\""},
+      {"substring('12345', 1e9)", "no parse"},
+      {"substring('12345', 99)", "\"\""},
+      {"substring-before('1999/04', '/')", "\"1999\""},
+      {"substring-after('1999/04', '/')", "\"04\""},
+      {"substring-after('abc', '')", "\"abc\""},
+      {"substring-before('abc', '')", "\"\""},
+      {"contains('', '')", "true"},
+      {"starts-with('ab', 'abc')", "false"},
+      {"translate('bar', 'abc', 'ABC')", "\"BAr\""},
+      {"translate('--aaa--', 'abc-', 'ABC')", "\"AAA\""},
+      {"translate('aXbX', 'XX', '12')", "\"a1b1\""},
+      {"translate('\xC3\xA9\xC3\xA8', '\xC3\xA8\xC3\xA9', 'x')", "\"x\""},
+      {"normalize-space('  a  \t b ')", "\"a b\""},
+      {"normalize-space(//p:e)", "\"12\""},
+      {"string-length('\xF0\x9F\x98\x80')", "2"},
+      {"string-length(//g)", "1"},
+      {"concat(1, true(), //g, //none)", "\"1true4\""},
+      {"string(/r/d)", "\"345\""},
+      {"round(-0.2)", "0"},
+      {"1 div round(-0.2)", "-Infinity"},
+      {"round(2.5)", "3"},
+      {"round(-2.5)", "-2"},
+      {"round(1 div 0)", "Infinity"},
+      {"floor(-1.5) + ceiling(1.2)", "0"},
+      {"number(' 12 ')", "12"},
+      {"number('1 2')", "NaN"},
+      {"number('')", "NaN"},
+      {"number('+1e3')", "1000"},
+      {"number('Infinity')", "NaN"},
+      {"number('0x10')", "NaN"},
+      {"string(0.1)", "\"0.1\""},
+      {"string(1 div 3)", "\"0.3333333333333333\""},
+      {"string(-0)", "\"0\""},
+      {"string(100000000000000000000)", "\"100000000000000000000\""},
+      {"string(0.000001)", "\"0.000001\""},
+      {"string(12345678901234567890.5)", "\"12345678901234567168\""},
+  });
+}
+
+TEST_F(Evaluation, FormatNumber) {
+  Check({
+      {"format-number(1234.5, '#,##0.00')", "\"1,234.50\""},
+      {"format-number(0.5, '#.00')", "\"0.50\""},
+      {"format-number(-1, '0;(0)')", "\"(1)\""},
+      {"format-number(-1234.5, '$#,##0.00')", "\"-$1,234.50\""},
+      {"format-number(0.25, '0%')", "\"25%\""},
+      {"format-number(0.25, '0 %')", "\"25% \""},
+      {"format-number(0.25, '0% ')", "error 14/29"},
+      {"format-number(0.0125, '0.0\xE2\x80\xB0')", "\"12.5\xE2\x80\xB0\""},
+      {"format-number(0 div 0, '0.00')", "\"NaN\""},
+      {"format-number(-1 div 0, '0.00')", "\"-Infinity\""},
+      {"format-number(1, '')", "error 14/29"},
+      {"format-number(1, '0;')", "error 14/29"},
+      {"format-number(1, '#,')", "error 14/29"},
+      {"format-number(1, \"0'\")", "error 14/29"},
+      {"format-number(1, \"'#'0''\")", "\"#1'\""},
+      {"format-number(1, '0', 'x')", "error 13/29"},
+      {"format-number(1, '0', 'u:x')", "error 1/29"},
+      {"format-number(0.285, '0.00')", "\"0.28\""},
+      {"format-number(0.125, '0.00')", "\"0.13\""},
+      {"format-number(2.5, '0')", "\"3\""},
+      {"format-number(-0.004, '0.00')", "\"0.00\""},
+      {"format-number(99.996, '0.00')", "\"100.00\""},
+      {"format-number(999999, '#,##')", "\"99,99,99\""},
+      {"format-number(0.05, '#.#')", "\"0.1\""},
+      {"format-number(0.005, '#.#')", "\"0\""},
+      {"format-number(12345678901234567890123, '0')", "\"12345678901234568000000\""},
+      {"format-number(7, '-000')", "\"-007\""},
+  });
+}
+
+TEST_F(Evaluation, AxisLimitOfPatterns) {
+  struct PatternRow {
+    const char* pattern;
+    const char* expected;
+  };
+  for (const PatternRow& row : std::initializer_list<PatternRow>{
+           {"r/a", "[a]"},
+           {"r//g", "[g g]"},
+           {"descendant-or-self::r", "[r]"},
+           {"r/a/..", "error 12/-1"},
+           {"self::r", "error 12/-1"},
+           {"nothing/ancestor::x", "error 12/-1"},
+           {"self::node()", "[/]"},
+           {"r/a[../d]", "[a]"},
+           {"r/a[b]/..", "error 12/-1"},
+           {"//f[ancestor::d[1]]", "[f]"},
+           {"//a[$two]", "no parse"},
+       }) {
+    EXPECT_EQ(Run(row.pattern, false, kTemplatePattern), row.expected) << row.pattern;
+    EXPECT_EQ(Run(row.pattern, true, kTemplatePattern), row.expected) << "plain " << row.pattern;
+  }
+  EXPECT_EQ(Run("key('x', 'y')", false, kKeyPattern), "error 17/28");
+}
+
+}  // namespace
+}  // namespace kelmora

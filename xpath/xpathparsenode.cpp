@@ -1,0 +1,222 @@
+#include "xpathparsenode.h"
+
+#include "xpathcontext.h"
+#include "xpathidentitynodes.h"
+#include "xpathoperatornodes.h"
+#include "xpathpathnodes.h"
+#include "xpathprimarynodes.h"
+
+namespace kelmora {
+
+void XPathParseNode::AddChild(XPathParseNode* child, std::int8_t asRole) {
+  if (child == nullptr) return;
+  if (position < 0) position = child->position;
+  child->role = asRole;
+  if (lastChild != nullptr) {
+    lastChild->nextSibling = child;
+  } else {
+    firstChild = child;
+  }
+  lastChild = child;
+}
+
+bool XPathParseNode::EvaluateOperand(const XPathContext& context, XPathOperand& operand) const {
+  XPathContext copy(context);
+  if (!Evaluate(copy)) return false;
+  operand.own = copy.TakeInput();
+  operand.value = &operand.own;
+  return true;
+}
+
+bool XPathParseNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
+  XPathContext copy(context);
+  if (!Evaluate(copy)) return false;
+  value = ToBoolean(copy.Input());
+  return true;
+}
+
+bool XPathParseNode::EvaluateNumber(const XPathContext& context, double& value) const {
+  XPathContext copy(context);
+  if (!Evaluate(copy)) return false;
+  value = ToNumber(copy.Input());
+  return true;
+}
+
+bool XPathParseNode::EvaluateText(const XPathContext& context, TQString& scratch,
+                                  std::u16string_view& result) const {
+  XPathContext copy(context);
+  if (!Evaluate(copy)) return false;
+  // The value dies with the copy: only text of a document may be handed out as it stands.
+  result = TextOf(copy.Input(), scratch);
+  if (copy.Input().kind == XPathValue::String) {
+    scratch = copy.TakeInput().string;
+    result = scratch;
+  }
+  return true;
+}
+
+bool XPathGenericNode::Evaluate(XPathContext& context) const {
+  for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
+    if (!Run(*child, context)) return false;
+  }
+  return true;
+}
+
+void XPathGenericNode::Prepare(XPathParseTree&) {
+  effective = this;
+  harmless = true;
+  int parts = 0;
+  for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
+    harmless = harmless && child->harmless;
+    if (child->rule == XPathRule::Token || child->rule == XPathRule::CharacterRun) continue;
+    ++parts;
+    effective = child->effective;
+    type = child->type;
+  }
+  if (parts != 1) {
+    effective = this;
+    type = Type::Unknown;
+  }
+}
+
+XPathParseNode* XPathParseTree::MakeNode(XPathRule rule) {
+  XPathParseNode* node = nullptr;
+  switch (rule) {
+    case XPathRule::OrExpr:
+    case XPathRule::AndExpr:
+      node = arena_.Make<XPathLogicalNode>();
+      break;
+    case XPathRule::EqualityExpr:
+    case XPathRule::RelationalExpr:
+      node = arena_.Make<XPathComparisonNode>();
+      break;
+    case XPathRule::AdditiveExpr:
+    case XPathRule::MultiplicativeExpr:
+      node = arena_.Make<XPathArithmeticNode>();
+      break;
+    case XPathRule::UnaryExpr:
+      node = arena_.Make<XPathUnaryNode>();
+      break;
+    case XPathRule::UnionExpr:
+      node = arena_.Make<XPathUnionNode>();
+      break;
+    case XPathRule::LocationPath:
+      node = arena_.Make<XPathLocationPathNode>();
+      break;
+    case XPathRule::RelativeLocationPath:
+      node = arena_.Make<XPathRelativePathNode>();
+      break;
+    case XPathRule::AbsoluteLocationPath:
+      node = arena_.Make<XPathAbsolutePathNode>();
+      break;
+    case XPathRule::RootPath:
+    case XPathRule::RootDescendantPath:
+      node = arena_.Make<XPathRootPathNode>();
+      break;
+    case XPathRule::FilterDescendantPath:
+    case XPathRule::FilterChildPath:
+      node = arena_.Make<XPathFilterPathNode>();
+      break;
+    case XPathRule::Step:
+      node = arena_.Make<XPathStepNode>();
+      break;
+    case XPathRule::AxisName:
+    case XPathRule::AbbreviatedAxis:
+      node = arena_.Make<XPathAxisNode>();
+      break;
+    case XPathRule::NodeTypeTest:
+    case XPathRule::PITest:
+    case XPathRule::NameTest:
+    case XPathRule::FieldNameTest:
+    case XPathRule::SelectorNameTest:
+      node = arena_.Make<XPathNodeTestNode>();
+      break;
+    case XPathRule::Predicate:
+      node = arena_.Make<XPathPredicateNode>();
+      break;
+    case XPathRule::FilterExpr:
+      node = arena_.Make<XPathFilterNode>();
+      break;
+    case XPathRule::PrimaryExpr:
+      node = arena_.Make<XPathPrimaryNode>();
+      break;
+    case XPathRule::VariableReference:
+      node = arena_.Make<XPathVariableNode>();
+      break;
+    case XPathRule::Literal:
+      node = arena_.Make<XPathLiteralNode>();
+      break;
+    case XPathRule::Number:
+      node = arena_.Make<XPathNumberNode>();
+      break;
+    case XPathRule::FunctionCall:
+      node = arena_.Make<XPathFunctionCallNode>();
+      break;
+    case XPathRule::Field:
+    case XPathRule::Selector:
+      node = arena_.Make<XPathIdentityNode>();
+      break;
+    case XPathRule::FieldPath:
+    case XPathRule::SelectorPath:
+      node = arena_.Make<XPathIdentityPathNode>();
+      break;
+    default:
+      node = arena_.Make<XPathGenericNode>();
+  }
+  node->rule = rule;
+  return node;
+}
+
+void XPathParseTree::Finish(XPathParseNode* root) {
+  root_ = root;
+  std::vector<XPathParseNode*> order{root};  // parents before children
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    for (XPathParseNode* child = order[i]->firstChild; child; child = child->nextSibling) {
+      order.push_back(child);
+    }
+  }
+  for (auto node = order.rbegin(); node != order.rend(); ++node) {
+    (*node)->Prepare(*this);
+    hasVariable_ = hasVariable_ || (*node)->rule == XPathRule::VariableReference;
+  }
+}
+
+int XPathParseTree::AddPrefix(std::u16string_view prefix) {
+  for (std::size_t i = 0; i < prefixes_.size(); ++i) {
+    if (prefixes_[i] == prefix) return static_cast<int>(i);
+  }
+  prefixes_.push_back(prefix);
+  return static_cast<int>(prefixes_.size()) - 1;
+}
+
+std::shared_ptr<const XPathParseTree::Bindings> XPathParseTree::ResolvePrefixes(
+    const PrefixMap& map) const {
+  if (bindings_ != nullptr && bindings_->map.SharesWith(map)) return bindings_;
+  auto bindings = std::make_shared<Bindings>();
+  bindings->map = map;
+  for (std::u16string_view prefix : prefixes_) {
+    const PrefixMap::Entry* entry = map.Find(prefix);
+    bindings->entries.push_back({entry ? entry->uri : nullptr, entry != nullptr});
+    // The empty prefix needs no binding.
+    if (entry == nullptr && !prefix.empty()) bindings->allBound = false;
+  }
+  bindings_ = bindings;
+  return bindings;
+}
+
+std::u16string_view LeafText(const XPathParseNode& node) {
+  const XPathParseNode* at = &node;
+  while (at->firstChild != nullptr) at = at->firstChild;
+  return at->text;
+}
+
+ParsedName NameOf(const XPathParseNode& qualifiedName) {
+  const XPathParseNode& name = *qualifiedName.firstChild;
+  bool prefixed = name.rule == XPathRule::PrefixedName ||
+                  name.rule == XPathRule::FieldPrefixedName ||
+                  name.rule == XPathRule::SelectorPrefixedName;
+  if (!prefixed) return {{}, LeafText(name), false};
+  return {LeafText(*name.firstChild), LeafText(*name.lastChild), true};
+}
+
+}  // namespace kelmora

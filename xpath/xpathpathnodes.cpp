@@ -1,0 +1,283 @@
+#include "xpathpathnodes.h"
+
+#include "xpathcontext.h"
+#include "xpathnodeset.h"
+
+namespace kelmora {
+
+bool AxisIsAllowed(Axis axis, const XPathContext& context, const XPathParseNode& node) {
+  bool limited = context.evaluation->patternKind == kTemplatePattern && !context.inPredicate;
+  if (!limited || axis == Axis::Attribute || axis == Axis::Child ||
+      axis == Axis::DescendantOrSelf) {
+    return true;
+  }
+  return context.Fail(XPathError::AxisNotAllowedInPattern, node);
+}
+
+bool RunAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node) {
+  if (!AxisIsAllowed(axis, context, node)) return false;
+  const XPathNodeList& input = context.Input().nodes;
+  XPathNodeList& output = context.Output().nodes;
+  if (!context.IsPlain()) {
+    RunQuickAxis(axis, test, input.data(), input.size(), output);
+    return true;
+  }
+  PlainTest plain(test);
+  context.test = plain.Get();
+  RunPlainAxis(axis, context.test, input, output);
+  context.test = nullptr;
+  return true;
+}
+
+bool RunDescendantStep(XPathContext& context, const XPathParseNode& node) {
+  StepTest test;
+  test.kind = StepTest::NotNamespace;
+  if (!RunAxis(Axis::DescendantOrSelf, test, context, node)) return false;
+  context.Swap();
+  return true;
+}
+
+// --- paths ------------------------------------------------------------------------------------
+
+void XPathLocationPathNode::Prepare(XPathParseTree&) {
+  effective = this;
+  type = Type::NodeSet;
+  harmless = firstChild->harmless;
+}
+
+bool XPathLocationPathNode::Evaluate(XPathContext& context) const {
+  if (!Run(*firstChild, context)) return false;
+  context.evaluation->expression->OnLocationPath(context.Input());
+  return true;
+}
+
+bool XPathLocationPathNode::EvaluateOperand(const XPathContext& context,
+                                            XPathOperand& operand) const {
+  if (!firstChild->EvaluateOperand(context, operand)) return false;
+  context.evaluation->expression->OnLocationPath(*operand.value);
+  return true;
+}
+
+void XPathRelativePathNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  type = Type::NodeSet;
+  harmless = true;
+  int count = 0;
+  for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) ++count;
+  auto* steps = static_cast<PathStep*>(tree.GetArena().Allocate(
+      static_cast<std::size_t>(count) * sizeof(PathStep), alignof(PathStep)));
+  for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) {
+    bool separated = child != firstChild;
+    const auto* step = static_cast<const XPathStepNode*>(separated ? child->lastChild : child);
+    steps[stepCount_++] = {step, separated && LeafText(*child) == u"//"};
+    harmless = harmless && step->harmless;
+  }
+  steps_ = steps;
+}
+
+bool XPathRelativePathNode::Evaluate(XPathContext& context) const {
+  if (context.InputIsRefusedFragment()) {
+    return context.Fail(XPathError::CannotUseFragment, *this);
+  }
+  for (int i = 0; i < stepCount_; ++i) {
+    if (steps_[i].descendantBefore && !RunDescendantStep(context, *this)) return false;
+    if (!steps_[i].step->Evaluate(context)) return false;
+  }
+  return true;
+}
+
+bool XPathRelativePathNode::EvaluateOperand(const XPathContext& context,
+                                            XPathOperand& operand) const {
+  bool isSelf = stepCount_ == 1 && steps_[0].step->GetForm() == XPathStepNode::Form::Self;
+  if (!isSelf || context.InputIsRefusedFragment()) {
+    return XPathParseNode::EvaluateOperand(context, operand);
+  }
+  operand.value = &context.Input();
+  return true;
+}
+
+void XPathRootPathNode::Prepare(XPathParseTree&) {
+  effective = this;
+  type = Type::NodeSet;
+  if (!HasOneChild()) path_ = static_cast<const XPathRelativePathNode*>(lastChild);
+  harmless = path_ == nullptr || path_->harmless;
+}
+
+bool XPathRootPathNode::Evaluate(XPathContext& context) const {
+  if (path_ == nullptr) return true;
+  if (IsDescendant() && !RunDescendantStep(context, *this)) return false;
+  context.axis = Axis::Child;
+  return path_->Evaluate(context);
+}
+
+void XPathAbsolutePathNode::Prepare(XPathParseTree&) {
+  effective = this;
+  type = Type::NodeSet;
+  harmless = firstChild->harmless;
+}
+
+bool XPathAbsolutePathNode::Evaluate(XPathContext& context) const {
+  XPathValue& output = context.Output();
+  output.Clear();
+  if (XPathNode* root = context.evaluation->Root()) output.nodes.emplace_back(root, 1);
+  context.Swap();
+  return firstChild->Evaluate(context);
+}
+
+void XPathFilterPathNode::Prepare(XPathParseTree&) {
+  effective = this;
+  type = Type::Unknown;  // "." behind a string leaves the string
+  harmless = firstChild->harmless && lastChild->harmless;
+  if (firstChild->type == Type::NodeSet) type = Type::NodeSet;
+}
+
+bool XPathFilterPathNode::Evaluate(XPathContext& context) const {
+  if (!Run(*firstChild, context)) return false;
+  if (rule == XPathRule::FilterDescendantPath) {
+    if (context.InputIsRefusedFragment()) {
+      return context.Fail(XPathError::CannotUseFragment, *this);
+    }
+    if (!RunDescendantStep(context, *this)) return false;
+  }
+  return lastChild->Evaluate(context);
+}
+
+void XPathFilterNode::Prepare(XPathParseTree&) {
+  const XPathParseNode& primary = *firstChild;
+  effective = HasOneChild() ? primary.effective : this;
+  type = HasOneChild() ? primary.type : Type::NodeSet;
+  harmless = primary.harmless && (HasOneChild() || primary.type == Type::NodeSet);
+  for (const XPathParseNode* child = primary.nextSibling; child; child = child->nextSibling) {
+    harmless = harmless && child->harmless;
+  }
+}
+
+bool XPathFilterNode::Evaluate(XPathContext& context) const {
+  for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
+    if (!Run(*child, context)) return false;
+  }
+  return true;
+}
+
+// --- axes and tests ---------------------------------------------------------------------------
+
+void XPathAxisNode::Prepare(XPathParseTree&) {
+  effective = this;
+  harmless = true;
+  std::u16string_view name = LeafText(*this);
+  if (rule == XPathRule::AbbreviatedAxis) {
+    axis_ = name == u"@" ? Axis::Attribute : Axis::Child;
+    return;
+  }
+  for (const AxisNameRow& row : kAxisNames) {
+    if (row.name == name) axis_ = row.axis;
+  }
+}
+
+bool XPathAxisNode::Evaluate(XPathContext& context) const {
+  context.axis = axis_;
+  return true;
+}
+
+void XPathNodeTestNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  harmless = true;
+  if (rule == XPathRule::NodeTypeTest) {
+    std::u16string_view word = LeafText(*this);
+    form_ = word == u"comment" ? Form::Comment
+            : word == u"text"  ? Form::Text
+            : word == u"node"  ? Form::Node
+                               : Form::AnyPI;
+    return;
+  }
+  if (rule == XPathRule::PITest) {
+    form_ = Form::NamedPI;
+    const XPathParseNode& quoted = *firstChild->nextSibling->nextSibling->firstChild;
+    const XPathParseNode& inside = *quoted.firstChild->nextSibling;
+    if (inside.rule == XPathRule::CharacterRun) name_ = inside.text;
+    return;
+  }
+  const XPathParseNode& name = *firstChild;
+  if (name.rule == XPathRule::Token) {
+    form_ = Form::Any;
+    return;
+  }
+  bool wildcard = name.rule == XPathRule::PrefixWildcard ||
+                  name.rule == XPathRule::FieldPrefixWildcard ||
+                  name.rule == XPathRule::SelectorPrefixWildcard;
+  if (wildcard) {
+    form_ = Form::AnyInPrefix;
+    prefix_ = LeafText(*name.firstChild);
+  } else {
+    form_ = Form::Name;
+    ParsedName parts = NameOf(name);
+    name_ = parts.local;
+    prefix_ = parts.prefix;
+  }
+  prefixNumber_ = tree.AddPrefix(prefix_);
+}
+
+bool XPathNodeTestNode::Resolve(Axis axis, const XPathContext& context, StepTest& test) const {
+  switch (form_) {
+    case Form::Comment:
+      test.kind = StepTest::Comment;
+      return true;
+    case Form::Text:
+      test.kind = StepTest::Text;
+      return true;
+    case Form::AnyPI:
+    case Form::NamedPI:
+      test.kind = StepTest::PI;
+      test.name = name_;
+      return true;
+    case Form::Node:
+      switch (axis) {
+        case Axis::AncestorOrSelf:
+        case Axis::DescendantOrSelf:
+          test.kind = StepTest::NotNamespace;
+          break;
+        case Axis::Attribute:
+          test.kind = StepTest::Attribute;
+          break;
+        case Axis::Namespace:
+          test.kind = StepTest::NamespaceNode;
+          break;
+        case Axis::Parent:
+          test.kind = StepTest::AnyNode;
+          break;
+        default:
+          test.kind = StepTest::Content;
+      }
+      return true;
+    case Form::Any:
+      test.kind = axis == Axis::Attribute   ? StepTest::Attribute
+                  : axis == Axis::Namespace ? StepTest::NamespaceNode
+                                            : StepTest::Element;
+      return true;
+    case Form::AnyInPrefix:
+    case Form::Name:
+      break;
+  }
+  const auto& binding =
+      context.evaluation->bindings->entries[static_cast<std::size_t>(prefixNumber_)];
+  if (!prefix_.empty() && !binding.bound) return context.Fail(XPathError::InvalidPrefix, *this);
+  test.name = name_;
+  test.uri = prefix_.empty() && axis == Axis::Attribute ? nullptr : binding.uri;
+  if (form_ == Form::Name) {
+    test.kind = axis == Axis::Namespace ? StepTest::LocalName : StepTest::Name;
+  } else {
+    test.kind = test.uri != nullptr ? StepTest::Namespace : StepTest::None;
+  }
+  return true;
+}
+
+bool XPathNodeTestNode::Evaluate(XPathContext& context) const {
+  if (IsSkipped(context.axis)) return true;
+  StepTest test;
+  if (!Resolve(context.axis, context, test)) return false;
+  if (!RunAxis(context.axis, test, context, *this)) return false;
+  context.Swap();
+  return true;
+}
+
+}  // namespace kelmora

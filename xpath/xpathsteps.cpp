@@ -1,0 +1,238 @@
+// Steps and predicates.
+//
+// A step without predicates runs its axis once for all input nodes. One with predicates runs once
+// for each, since position() and last() are counted for each; what comes out of all is sorted and
+// numbered anew. The fast form does the same with one set of lists for all input nodes, and stops
+// an axis early where a predicate [n] can keep nothing that lies behind.
+
+#include <cmath>
+#include <unordered_set>
+
+#include "xpathcontext.h"
+#include "xpathnodeset.h"
+#include "xpathpathnodes.h"
+#include "xpathprimarynodes.h"
+
+namespace kelmora {
+
+// --- steps ------------------------------------------------------------------------------------
+
+void XPathStepNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  type = Type::Unknown;
+  harmless = true;
+  const XPathParseNode& body = *firstChild;
+  if (body.rule == XPathRule::AbbreviatedStep) {
+    form_ = LeafText(body) == u"." ? Form::Self : Form::Parent;
+    axis_ = form_ == Form::Self ? Axis::Self : Axis::Parent;
+    return;
+  }
+  const XPathParseNode* axis = body.firstChild->firstChild;
+  if (axis->rule == XPathRule::NamedAxis) axis = axis->firstChild;
+  axis_ = static_cast<const XPathAxisNode*>(axis)->GetAxis();
+  const XPathParseNode* test = body.firstChild->nextSibling;
+  test_ = static_cast<const XPathNodeTestNode*>(test->firstChild);
+
+  int count = 0;
+  for (const XPathParseNode* child = test->nextSibling; child; child = child->nextSibling) ++count;
+  auto* predicates = static_cast<const XPathPredicateNode**>(
+      tree.GetArena().Allocate(static_cast<std::size_t>(count) * sizeof(void*), alignof(void*)));
+  for (const XPathParseNode* child = test->nextSibling; child; child = child->nextSibling) {
+    predicates[predicateCount_++] = static_cast<const XPathPredicateNode*>(child);
+    harmless = harmless && child->harmless;
+  }
+  predicates_ = predicates;
+}
+
+bool XPathStepNode::Evaluate(XPathContext& context) const {
+  if (form_ == Form::Self) return true;
+  if (form_ == Form::Parent) {
+    StepTest test;
+    test.kind = StepTest::Content;
+    if (!RunAxis(Axis::Parent, test, context, *this)) return false;
+    context.Swap();
+    return true;
+  }
+  if (predicateCount_ != 0) {
+    return context.IsPlain() ? EvaluatePlain(context) : EvaluateForEach(context);
+  }
+  if (context.IsPlain()) return firstChild->Evaluate(context);
+  context.axis = axis_;
+  return test_->Evaluate(context);
+}
+
+bool XPathStepNode::EvaluatePlain(XPathContext& context) const {
+  XPathNodeList result;
+  std::unordered_set<const XPathNode*> met;
+  for (const XPathNodeRef& node : context.Input().nodes) {
+    XPathValue single;
+    single.nodes.push_back(node);
+    XPathContext step(context);
+    step.size = 0;
+    step.BorrowInput(single);
+    if (!firstChild->Evaluate(step)) return false;
+    for (const XPathNodeRef& found : step.Input().nodes) {
+      if (met.insert(found.node).second) result.push_back(found);
+    }
+  }
+  context.Output().SetNodes(std::move(result));
+  context.Swap();
+  context.SortInput();
+  return true;
+}
+
+bool XPathStepNode::EvaluateForEach(XPathContext& context) const {
+  const XPathNodeList& input = context.Input().nodes;
+  XPathNodeList& output = context.Output().nodes;
+  bool skipsAxis = test_->IsSkipped(axis_);
+  StepTest test;
+  if (!input.empty() && !skipsAxis) {
+    if (!test_->Resolve(axis_, context, test)) return false;
+    if (!AxisIsAllowed(axis_, context, *test_)) return false;
+  }
+  std::size_t limit = kNoLimit;
+  if (std::int32_t index = predicates_[0]->OnlyIndex(); index != 0 && !skipsAxis) {
+    limit = static_cast<std::size_t>(index);
+  }
+  XPathNodeList found;
+  XPathNodeList scratch;
+  for (const XPathNodeRef& node : input) {
+    found.clear();
+    // Without an axis run the size is still that of the input as a whole.
+    std::int32_t size = context.inputSize;
+    if (skipsAxis) {
+      found.push_back(node);
+    } else {
+      RunQuickAxis(axis_, test, &node, 1, found, limit);
+      size = static_cast<std::int32_t>(found.size());
+    }
+    if (found.empty()) continue;
+    if (!FilterOne(context, size, found, scratch)) return false;
+    output.insert(output.end(), found.begin(), found.end());
+  }
+  bool canMeetTwice = axis_ != Axis::Child && axis_ != Axis::Attribute && axis_ != Axis::Self &&
+                      axis_ != Axis::Namespace;
+  if (canMeetTwice && input.size() > 1) RemoveDuplicates(output);
+  if (context.Swap()) context.SortInput();
+  return true;
+}
+
+bool XPathStepNode::FilterOne(const XPathContext& step, std::int32_t size, XPathNodeList& found,
+                              XPathNodeList& scratch) const {
+  for (int i = 0; i < predicateCount_; ++i) {
+    scratch.clear();
+    if (!predicates_[i]->Filter(step, size, found, scratch)) return false;
+    found.swap(scratch);
+    size = static_cast<std::int32_t>(found.size());
+  }
+  return true;
+}
+
+// --- predicates -------------------------------------------------------------------------------
+
+void XPathPredicateNode::Prepare(XPathParseTree&) {
+  effective = this;
+  type = Type::NodeSet;
+  expression_ = firstChild->nextSibling;
+  harmless = expression_->harmless;
+  const XPathParseNode& runs = *expression_->effective;
+  if (runs.rule == XPathRule::Number) {
+    double number = static_cast<const XPathNumberNode&>(runs).Number();
+    constexpr double kMostNodes = 0x7FFFFFFF;
+    if (number >= 1 && number <= kMostNodes && number == std::trunc(number)) {
+      onlyIndex_ = static_cast<std::int32_t>(number);
+    }
+  } else if (runs.rule == XPathRule::FunctionCall) {
+    isLast_ = static_cast<const XPathFunctionCallNode&>(runs).IsPlainCallOf(XPathFunction::last);
+  }
+}
+
+bool XPathPredicateNode::Evaluate(XPathContext& context) const {
+  if (context.InputIsRefusedFragment()) {
+    return context.Fail(XPathError::CannotUseFragment, *this);
+  }
+  if (context.Input().kind != XPathValue::NodeSet) {
+    return context.Fail(XPathError::NotANodeSet, *this);
+  }
+  if (context.IsPlain()) return EvaluatePlain(context);
+  if (!Filter(context, context.inputSize, context.Input().nodes, context.Output().nodes)) {
+    return false;
+  }
+  context.Swap();
+  return true;
+}
+
+bool XPathPredicateNode::EvaluatePlain(XPathContext& context) const {
+  bool former = context.inPredicate;
+  context.inPredicate = true;
+  XPathContext inner(context);
+  inner.size = context.inputSize;
+  XPathNodeList kept;
+  std::int32_t index = 0;
+  for (const XPathNodeRef& node : context.Input().nodes) {
+    ++index;
+    XPathValue single;
+    single.nodes.push_back(node);
+    inner.BorrowInput(single);
+    inner.position = node.position;
+    if (!Run(*expression_, inner)) return false;
+    const XPathValue& result = inner.Input();
+    bool keeps = result.kind == XPathValue::Number ? result.number == index : ToBoolean(result);
+    if (keeps) kept.emplace_back(node.node, static_cast<std::int32_t>(kept.size()) + 1);
+  }
+  context.Output().SetNodes(std::move(kept));
+  context.Swap();
+  context.inPredicate = former;
+  return true;
+}
+
+bool XPathPredicateNode::Filter(const XPathContext& context, std::int32_t size,
+                                const XPathNodeList& input, XPathNodeList& output) const {
+  std::size_t only = static_cast<std::size_t>(isLast_ ? size : onlyIndex_);
+  if (isLast_ || onlyIndex_ != 0) {
+    if (only >= 1 && only <= input.size()) output.emplace_back(input[only - 1].node, 1);
+    return true;
+  }
+  XPathContext inner(context);
+  inner.inPredicate = true;
+  inner.size = size;
+  XPathValue single;
+  single.nodes.resize(1);
+  inner.BorrowInput(single);
+  std::int32_t index = 0;
+  for (const XPathNodeRef& node : input) {
+    single.nodes[0] = node;
+    inner.position = node.position;
+    bool keeps = false;
+    if (!Keeps(inner, ++index, keeps)) return false;
+    if (keeps) {
+      output.push_back(node);
+      output.back().position = static_cast<std::int32_t>(output.size());
+    }
+  }
+  return true;
+}
+
+bool XPathPredicateNode::Keeps(const XPathContext& inner, std::int32_t index, bool& keeps) const {
+  switch (expression_->type) {
+    case Type::Boolean:
+    case Type::NodeSet:
+    case Type::String:
+      return OperandBoolean(*expression_, inner, keeps);
+    case Type::Number: {
+      double number = 0;
+      if (!OperandNumber(*expression_, inner, number)) return false;
+      keeps = number == index;
+      return true;
+    }
+    case Type::Unknown:
+      break;
+  }
+  XPathOperand operand;
+  if (!OperandValue(*expression_, inner, operand)) return false;
+  const XPathValue& value = *operand.value;
+  keeps = value.kind == XPathValue::Number ? value.number == index : ToBoolean(value);
+  return true;
+}
+
+}  // namespace kelmora
