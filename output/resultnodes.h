@@ -1,0 +1,20 @@
+// Questions that the writers ask of the nodes of a result.
+#pragma once
+
+#include "xmltree/xpathnode.h"
+
+namespace kelmora {
+
+// Only text proper counts, no CDATA section. Linear in the children.
+inline bool HasTextChild(const XPathNode& node) {
+  for (const XPathNode* child = node.firstChild; child != nullptr; child = child->next) {
+    if (child->kind == XPathNodeKind::Text) return true;
+  }
+  return false;
+}
+
+inline bool IsAttributeOrNamespace(const XPathNode& node) {
+  return node.kind == XPathNodeKind::Attribute || node.kind == XPathNodeKind::Namespace;
+}
+
+}  // namespace kelmora
