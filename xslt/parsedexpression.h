@@ -1,0 +1,31 @@
+// The ExpressionCache: every text is parsed once per run, for each kind of use.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <unordered_map>
+
+#include "tqcore/tqstring.h"
+#include "xpath/xpathexpression.h"
+
+namespace kelmora {
+
+struct ParsedExpression {
+  XPathParseNodeRef tree;  // null: the text does not parse
+  XPathPatternKind kind = kNoPattern;
+  bool variableInPattern = false;  // why it does not parse
+};
+
+class ExpressionCache {
+ public:
+  // The reference lives as long as the cache.
+  const ParsedExpression& Parse(const TQString& text, XPathPatternKind kind);
+
+ private:
+  static constexpr std::size_t kKinds = 3;
+  using Entry = std::array<std::unique_ptr<const ParsedExpression>, kKinds>;
+
+  std::unordered_map<TQString, Entry, TextHash, TextEqual> entries_;
+};
+
+}  // namespace kelmora

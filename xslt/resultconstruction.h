@@ -1,0 +1,51 @@
+// Making nodes of result trees and fragments. There is no stream of events: an instruction makes a
+// node and hangs it under its OutputNode at once. A result node has no source, or shares the source
+// of the node that it was copied from, so that unchanged text is never copied.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "tqcore/tqstring.h"
+#include "xmltree/xpathnode.h"
+#include "xpath/xpathvalue.h"
+
+namespace kelmora {
+
+struct TreeDeleter {
+  void operator()(XPathNode* root) const { XPathNode::DeleteTree(root); }
+};
+using OwnedTree = std::unique_ptr<XPathNode, TreeDeleter>;
+
+// The one road into a result tree: `node` becomes the last child and takes the document number.
+// Raises TQXTreeException with code 1, and frees the node, where the data model has no such shape:
+// anything but text in an attribute or declaration, an attribute in a root, an attribute or
+// declaration behind content.
+XPathNode* AppendResult(XPathNode& parent, OwnedTree node);
+// The same for callers that drop what has no place: null then.
+XPathNode* AppendOrDrop(XPathNode& parent, OwnedTree node);
+
+OwnedTree MakeResultNode(XPathNodeKind kind, TQString name, TQString value);
+// A node without its children and its place; it shares name and value with the source.
+OwnedTree ShallowCopy(const XPathNode& node);
+// A new text node with the string value.
+OwnedTree MakeText(const XPathValue& value);
+OwnedTree MakeText(TQString value);
+
+// Adds a declaration to an element and enters it in the element's own scope. A null URI declares
+// the prefix to nothing.
+void DeclareOn(XPathNode& element, std::u16string_view prefix, InternedURI uri);
+OwnedTree MakeDeclaration(std::u16string_view prefix, InternedURI uri);
+
+// Where leading attributes and declarations end: the first other child, null at the end.
+XPathNode* BehindAttributes(const XPathNode& element);
+
+inline bool IsAttributeLike(const XPathNode& node) {  // stands in a start tag
+  return node.kind == XPathNodeKind::Attribute || node.kind == XPathNodeKind::Namespace;
+}
+// Equal as texts; both may be null, which is "no namespace" and differs from every text.
+inline bool SameURI(InternedURI a, InternedURI b) {
+  return a == b || (a != nullptr && b != nullptr && *a == *b);
+}
+
+}  // namespace kelmora

@@ -1,0 +1,26 @@
+// xsl:sort: Execute computes its key for every node of the list of the parent instruction and hands
+// the keys to it. It sorts nothing; the parent does, when the last xsl:sort has run.
+#pragma once
+
+#include <memory>
+
+#include "instruction.h"
+#include "sortkey.h"
+
+namespace kelmora {
+
+struct SortRecord;
+
+class SortInstruction final : public Instruction {
+ public:
+  using Instruction::Instruction;
+  bool Execute() override;
+
+ private:
+  std::unique_ptr<SortKey> MakeKey(const SortRecord& record);
+  // The index of the attribute's value in `values`; 0 without the attribute. Raises code 31.
+  int ChoiceOf(XPathNode* attribute, std::initializer_list<const char16_t*> values);
+  void GiveToParent(std::unique_ptr<SortKey> key);
+};
+
+}  // namespace kelmora

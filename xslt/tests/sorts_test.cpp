@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+
+#include "collation.h"
+#include "stylesheetrun.h"
+
+namespace kelmora {
+namespace {
+
+class Sorts : public testing::Test {
+ protected:
+  Sorts() { setenv("LC_ALL", "C", 1); }
+
+  // The values "2 10 x" as elements v, sorted and joined again.
+  static std::string Sorted(const std::string& sorts, const std::string& values) {
+    std::string source = "<r><v>";
+    for (const char unit : values) source += unit == ' ' ? "</v><v>" : std::string(1, unit);
+    const StylesheetRun run{
+        .stylesheet = RootTemplate("<xsl:for-each select='r/v'>" + sorts +
+                                   "<xsl:value-of select='.'/><xsl:text> </xsl:text></xsl:for-each>"),
+        .source = source + "</v></r>"};
+    std::string result = run.Result();
+    while (!result.empty() && result.back() == ' ') result.pop_back();
+    return result;
+  }
+};
+
+TEST_F(Sorts, Orders) {
+  const struct {
+    const char* sorts;
+    const char* values;
+    const char* sorted;
+  } rows[] = {
+      {"<xsl:sort/>", "b B a _ ab 10 9", "10 9 B _ a ab b"},
+      {"<xsl:sort order='descending'/>", "abcdefghi abcdefghij abcdefgh", 
+       "abcdefghij abcdefghi abcdefgh"},
+      {"<xsl:sort data-type='number'/>", "10 9 x -1 1e1 0.5", "x -1 0.5 9 10 1e1"},
+      {"<xsl:sort data-type='number' order='{\"descending\"}'/>", "10 x 9 y -1", "10 9 -1 x y"},
+      {"<xsl:sort select='string-length()' data-type='number'/><xsl:sort order='descending'/>",
+       "aa c b bb a", "c b a bb aa"},
+      {"<xsl:sort select='1'/>", "c b a", "c b a"},
+      {"<xsl:sort select='position()' data-type='number' order='descending'/>", "c b a", "a b c"},
+      {"<xsl:sort case-order='upper-first'/>", "b A a B aB ab Ab", "A a Ab aB ab B b"},
+      {"<xsl:sort case-order='lower-first'/>", "b A a B aB ab Ab", "a A ab aB Ab b B"},
+      {"<xsl:sort case-order='upper-first' order='descending'/>", "b A a B", "b B a A"},
+      {"<xsl:sort lang='xx'/>", "b B a", "B a b"},
+      {"<xsl:sort data-type='my:type'/>", "10 9", "10 9"},
+      {"<xsl:sort data-type='1x'/>", "a",
+       "code 40 at xsl:stylesheet/xsl:template/xsl:for-each/xsl:sort/@data-type "
+       "[xsl:sort xsl:for-each xsl:template xsl:stylesheet]"},
+      {"<xsl:sort case-order=''/>", "a",
+       "code 31 at xsl:stylesheet/xsl:template/xsl:for-each/xsl:sort/@case-order "
+       "[xsl:sort xsl:for-each xsl:template xsl:stylesheet]"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Sorted(row.sorts, row.values), row.sorted) << row.sorts;
+}
+
+TEST_F(Sorts, Languages) {
+  Collations collations;
+  if (&collations.ForLanguage(u"en") == &collations.Present()) GTEST_SKIP() << "no collation data";
+  const char* values = "z o b-c Zz bd \xC3\xB6 B a-c oz";
+  EXPECT_EQ(Sorted("<xsl:sort lang='de'/>", values), "a-c B b-c bd o \xC3\xB6 oz z Zz");
+  EXPECT_EQ(Sorted("<xsl:sort lang='sv-SE'/>", values), "a-c B b-c bd o oz z Zz \xC3\xB6");
+  EXPECT_EQ(Sorted("<xsl:sort lang='en' case-order='upper-first'/>", "b a B A"), "A a B b");
+  EXPECT_EQ(Sorted("<xsl:sort lang='en' case-order='lower-first'/>", "b a B A"), "a A b B");
+}
+
+TEST_F(Sorts, LanguageOfTheEnvironment) {
+  const struct {
+    const char* locale;
+    bool isUnits;
+  } rows[] = {{"C", true}, {"POSIX", true}, {"C.UTF-8", true}, {"xx_YY", true}, {"de_DE.UTF-8", false}};
+  for (const auto& row : rows) {
+    setenv("LC_ALL", row.locale, 1);
+    Collations collations;
+    if (&collations.ForLanguage(u"de") == &collations.Present() && row.isUnits) {
+      GTEST_SKIP() << "no collation data";
+    }
+    std::vector<std::uint8_t> key;
+    collations.Present().AppendKey(u"ab", false, key);
+    EXPECT_EQ(key == std::vector<std::uint8_t>({0, 'a', 0, 'b'}), row.isUnits) << row.locale;
+  }
+}
+
+}  // namespace
+}  // namespace kelmora

@@ -1,0 +1,136 @@
+// The data structures beside the trees, against plain ones.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <set>
+#include <vector>
+
+#include "matchsets.h"
+#include "nodemap.h"
+#include "xslt/tqxslterror.h"
+#include "xslt/variablemap.h"
+
+namespace kelmora {
+namespace {
+
+TEST(VariableMapTest, EqualsPlainMaps) {
+  std::vector<TQString> names;
+  for (int i = 0; i < 200; ++i) names.push_back(TQString::Format(u"name%d", {i}));
+  std::minstd_rand random(1);
+  struct Scope {
+    VariableMap map;
+    std::map<TQString, double, TextLess> plain;
+  };
+  std::vector<Scope> scopes(1);
+  for (int step = 0; step < 3000; ++step) {
+    Scope scope = scopes[random() % scopes.size()];
+    const TQString& name = names[random() % names.size()];
+    XPathValue value;
+    value.SetNumber(step);
+    scope.map.Bind(name, std::move(value));
+    scope.plain[name] = step;
+    if (scopes.size() < 30) {
+      scopes.push_back(std::move(scope));
+    } else {
+      scopes[random() % scopes.size()] = std::move(scope);
+    }
+  }
+  for (const Scope& scope : scopes) {
+    for (const TQString& name : names) {
+      const XPathValue* value = scope.map.Find(name);
+      const auto expected = scope.plain.find(name);
+      ASSERT_EQ(value != nullptr, expected != scope.plain.end());
+      if (value != nullptr) {
+        EXPECT_EQ(value->number, expected->second);
+      }
+    }
+  }
+}
+
+TEST(MatchSetTest, ContainsWhatTheListHolds) {
+  std::minstd_rand random(2);
+  for (const unsigned stride : {1U, 3U, 500U}) {  // bits, bits, numbers
+    std::vector<XPathNode*> nodes;
+    for (int i = 0; i < 300; ++i) {
+      nodes.push_back(XPathNode::Make(XPathNodeKind::Element));
+      if (i % 10 != 0) nodes.back()->orderNumber = 1000 + i * static_cast<int>(stride);
+    }
+    XPathNodeList list;
+    std::set<const XPathNode*> members;
+    for (XPathNode* node : nodes) {
+      if (random() % 2 != 0) continue;
+      list.emplace_back(node);
+      members.insert(node);
+    }
+    const MatchSet set(list);
+    for (XPathNode* node : nodes) {
+      EXPECT_EQ(set.Contains(node), members.contains(node));
+      XPathNode::DeleteTree(node);
+    }
+  }
+}
+
+TEST(NodeMapTest, EqualsPlainMap) {
+  NodeMap<int> map;
+  std::map<std::uintptr_t, int> plain;
+  std::minstd_rand random(3);
+  for (int i = 1; i < 5000; ++i) {
+    const std::uintptr_t address = (random() % 3000 + 1) * sizeof(XPathNode);
+    map[reinterpret_cast<const XPathNode*>(address)] = i;
+    plain[address] = i;
+  }
+  EXPECT_EQ(map.Size(), plain.size());
+  for (std::uintptr_t address = 8; address < 3002 * sizeof(XPathNode); address += 8) {
+    const int* found = map.Find(reinterpret_cast<const XPathNode*>(address));
+    const auto expected = plain.find(address);
+    ASSERT_EQ(found != nullptr, expected != plain.end());
+    if (found != nullptr) {
+      EXPECT_EQ(*found, expected->second);
+    }
+  }
+}
+
+TEST(TQXSLTErrorTest, Text) {
+  const struct {
+    int code;
+    int xpathCode;
+    int function;
+    const char16_t* text;
+  } rows[] = {
+      {0, 0, 0, u""},
+      {1, 3, 0, u"Error in XPath expression, Too many parameters -> last"},
+      {1, 2, 13, u"Error in XPath expression, Too few parameters -> substring"},
+      {1, 1, -1, u"Error in XPath expression, Invalid prefix"},
+      {1, 17, 28, u"Error in XPath expression, key function called within a key definition -> key"},
+      {1, 18, 36, u"Error in XPath expression, "},
+      {1, 0, 35, u"Error in XPath expression,  -> function-available"},
+      {2, 0, 0, u"An attribute which should only occur once occurs multiple times"},
+      {16, 0, 0, u"The template has a mode param but not a match"},
+      {24, 0, 0, u"elements attribute expected"},
+      {50, 0, 0, u"Recursive variable definition"},
+      {51, 0, 0, u"Unknown error"},
+      {-1, 0, 0, u"Unknown error"},
+  };
+  for (const auto& row : rows) {
+    TQXSLTError error(row.code, nullptr);
+    error.SetXPathError(row.xpathCode, row.function);
+    EXPECT_EQ(error.Text(), row.text) << row.code << " " << row.xpathCode;
+    EXPECT_EQ(error.Text(), row.text);
+  }
+}
+
+// A node that came out of an entity value is reported at the first ancestor with a place.
+TEST(TQXSLTErrorTest, SyntheticNodes) {
+  XPathNode* element = XPathNode::Make(XPathNodeKind::Element);
+  XPathNode* child = XPathNode::Make(XPathNodeKind::Element);
+  element->AppendChild(child);
+  child->synthetic = true;
+  EXPECT_EQ(TQXSLTError(7, child).Node(), element);
+  element->synthetic = true;
+  EXPECT_EQ(TQXSLTError(7, child).Node(), nullptr);
+  XPathNode::DeleteTree(element);
+}
+
+}  // namespace
+}  // namespace kelmora

@@ -1,0 +1,123 @@
+// xsl:import and xsl:include over several files.
+#include <gtest/gtest.h>
+
+#include "stylesheetrun.h"
+
+namespace kelmora {
+namespace {
+
+using Files = std::map<std::string, std::string>;
+
+struct Row {
+  const char* body;  // of the main stylesheet
+  Files files;       // bodies too
+  const char* expected;
+};
+
+std::string ResultOf(const Row& row) {
+  StylesheetRun run{Sheet(row.body), "<r><a/></r>"};
+  for (const auto& [name, body] : row.files) run.files[name] = Sheet(body);
+  return run.Result();
+}
+
+TEST(StylesheetLoadingTest, Results) {
+  const Row rows[] = {
+      {"<xsl:include href='d/i.xsl'/>",
+       {{"d/i.xsl", "<xsl:include href='j.xsl'/>"},
+        {"d/j.xsl", "<xsl:template match='a'>j</xsl:template>"}},
+       "j"},
+      // What came in by an include stands where the include stood.
+      {"<xsl:template match='a'>1</xsl:template><xsl:include href='i.xsl'/>",
+       {{"i.xsl", "<xsl:template match='a'>i</xsl:template>"}},
+       "i"},
+      {"<xsl:include href='i.xsl'/><xsl:template match='a'>1</xsl:template>",
+       {{"i.xsl", "<xsl:template match='a'>i</xsl:template>"}},
+       "1"},
+      // An import that came in by an include goes behind the imports of the including stylesheet.
+      {"<xsl:import href='x.xsl'/><xsl:template match='r' priority='2'><xsl:apply-templates/>"
+       "</xsl:template><xsl:include href='i.xsl'/>",
+       {{"x.xsl", "<xsl:template match='a'>x</xsl:template>"},
+        {"y.xsl", "<xsl:template match='a'>y</xsl:template>"},
+        {"i.xsl", "<xsl:import href='y.xsl'/>"}},
+       "y"},
+      {"<xsl:include href='e.xsl'/><xsl:import href='x.xsl'/>",
+       {{"e.xsl", ""}, {"x.xsl", "<xsl:template match='a'>x</xsl:template>"}},
+       "code 49 at xsl:stylesheet/xsl:import [xsl:stylesheet]"},
+      {"<xsl:import href='x.xsl'/><xsl:import href='x.xsl'/>",
+       {{"x.xsl", "<xsl:variable name='v' select='1'/><xsl:key name='k' match='a' "
+                  "use='local-name()'/><xsl:template match='a'><xsl:value-of "
+                  "select=\"$v + count(key('k', 'a'))\"/></xsl:template>"}},
+       "2"},
+      {"<xsl:import href='x.xsl'/><xsl:variable name='v' select='2'/>"
+       "<xsl:template match='a'><xsl:value-of select='concat($v, $w)'/></xsl:template>",
+       {{"x.xsl", "<xsl:variable name='v' select='1'/><xsl:param name='w' select='$v'/>"}},
+       "21"},
+      // A module included twice over enters its keys once.
+      {"<xsl:include href='i.xsl'/><xsl:template match='a'>"
+       "<xsl:value-of select=\"count(key('k', 'a'))\"/></xsl:template>",
+       {{"i.xsl", "<xsl:include href='j.xsl'/>"},
+        {"j.xsl", "<xsl:key name='k' match='a' use='concat(name(), @x)'/>"}},
+       "1"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(ResultOf(row), row.expected) << row.body;
+}
+
+TEST(StylesheetLoadingTest, Failures) {
+  const Row rows[] = {
+      {"<xsl:template match='a'/><xsl:import href='x.xsl'/>",
+       {{"x.xsl", ""}},
+       "code 49 at xsl:stylesheet/xsl:import [xsl:stylesheet]"},
+      {"<xsl:import href='none.xsl'/>",
+       {},
+       "code 43 at xsl:stylesheet/xsl:import/@href [xsl:import xsl:stylesheet]"},
+      {"<xsl:include href='none.xsl'/>",
+       {},
+       "code 44 at xsl:stylesheet/xsl:include/@href [xsl:stylesheet]"},
+      {"<xsl:import href='b.xsl'/>",
+       {{"b.xsl", "<xsl:import href='main.xsl'/>"}},
+       "code 45 at xsl:stylesheet/xsl:import [xsl:import xsl:stylesheet xsl:import xsl:stylesheet]"},
+      {"<xsl:include href='b.xsl'/>",
+       {{"b.xsl", "<xsl:include href='d/../main.xsl'/>"}, {"d/x.xsl", ""}},
+       "code 45 at xsl:stylesheet/xsl:include [xsl:stylesheet]"},
+      {"<xsl:import href='b.xsl'/>",
+       {{"b.xsl", "<xsl:include href='b.xsl'/>"}},
+       "code 45 at xsl:stylesheet/xsl:include [xsl:stylesheet xsl:import xsl:stylesheet]"},
+      {"<xsl:include href='i.xsl'/>",
+       {{"i.xsl", "<xsl:if test='1'/>"}},
+       "code 33 at xsl:stylesheet/xsl:if [xsl:stylesheet]"},
+      {"<xsl:include href='i.xsl'/><xsl:template name='n'/>",
+       {{"i.xsl", "<xsl:template name='n'/>"}},
+       "code 11 at nowhere [xsl:stylesheet]"},
+      {"<xsl:import href='x.xsl'/><xsl:import href='x.xsl'/>",
+       {{"x.xsl", "<xsl:template name='n'/>"}},
+       "code 11 at nowhere [xsl:stylesheet xsl:import xsl:stylesheet]"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(ResultOf(row), row.expected) << row.body;
+}
+
+TEST(StylesheetLoadingTest, Documents) {
+  const StylesheetRun run{
+      Sheet("<xsl:include href='d/i.xsl'/><xsl:template match='/'>"
+            "<xsl:value-of select=\"count(document('d/x.xml')//text())\"/>"
+            "<xsl:value-of select=\"count(document('d/x.xml') | document('d/x.xml'))\"/>"
+            "<xsl:value-of select=\"count(document('')//*[local-name() = 'mark'])\"/>"
+            "<xsl:apply-templates/></xsl:template>"),
+      "<r><a/></r>",
+      {{"d/x.xml", "<x>\n <y> </y> z</x>"},
+       {"d/i.xsl", Sheet("<u:mark xmlns:u='u'/><xsl:template match='a'>"
+                         "<xsl:value-of select=\"document('x.xml')/x\"/></xsl:template>")}}};
+  EXPECT_EQ(run.Result(), "111 z");
+}
+
+// A literal result element as the whole stylesheet runs with the source root as its context.
+TEST(StylesheetLoadingTest, SimplifiedStylesheet) {
+  const StylesheetRun run{
+      "<out xsl:version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+      "<xsl:value-of select='count(r/a)'/></out>",
+      "<r><a/></r>"};
+  const std::string result = run.Result();
+  EXPECT_EQ(result.substr(result.find("<out")), "<out>1</out>");
+}
+
+}  // namespace
+}  // namespace kelmora

@@ -1,0 +1,51 @@
+// XPathEvaluator: the expression object of a run, with what XSLT adds to XPath: document(), and the
+// name of a variable that was not found, which lets a global be evaluated early.
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "tqcore/tqstring.h"
+#include "xpath/xpathexpression.h"
+
+namespace kelmora {
+
+class KeyTable;
+struct TemplateFrame;
+class XSLTProcessorBase;
+
+class XPathEvaluator final : public XPathExpression {
+ public:
+  explicit XPathEvaluator(XSLTProcessorBase* processor);
+
+  void OnMissingVariable(std::u16string_view key) override;
+  XPathNode* LoadDocument(const TQString& uri, XPathNode* baseNode) override;
+
+ private:
+  XSLTProcessorBase* processor_;
+};
+
+// The bindings visible from a frame: local variables hide local parameters, these the globals.
+class FrameVariables final : public XPathVariables {
+ public:
+  explicit FrameVariables(const XSLTProcessorBase& processor, const TemplateFrame& frame)
+      : processor_(processor), frame_(frame) {}
+  const XPathValue* Find(std::u16string_view key) const override;
+
+ private:
+  const XSLTProcessorBase& processor_;
+  const TemplateFrame& frame_;
+};
+
+class ProcessorKeys final : public XPathKeys {
+ public:
+  explicit ProcessorKeys(XSLTProcessorBase* processor) : processor_(processor) {}
+  bool HasKey(std::u16string_view expandedName) const override;
+  const XPathNodeList* Lookup(std::u16string_view expandedName, XPathNode* root,
+                              std::u16string_view value) override;
+
+ private:
+  XSLTProcessorBase* processor_;
+};
+
+}  // namespace kelmora
