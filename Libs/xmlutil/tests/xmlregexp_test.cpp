@@ -1,0 +1,113 @@
+#include "xmlutil/xmlregexp.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tqcore/tqtext.h"
+
+namespace kelmora {
+namespace {
+
+struct MatchRow {
+  const char16_t* pattern;
+  const char16_t* text;
+  int result;
+  bool stopAtPartial = false;
+};
+
+TEST(XMLRegExp, Matches) {
+  constexpr int no = XMLRegExp::kNoMatch;
+  constexpr int partial = XMLRegExp::kPartial;
+  constexpr int yes = XMLRegExp::kMatch;
+  const MatchRow rows[] = {
+      {u"a*ab", u"aab", yes},
+      {u"a|ab", u"ab", yes},
+      {u"a|ab", u"ab", partial, true},
+      {u"a*", u"", yes},
+      {u"a", u"", no},
+      {u".", u"\n", no},
+      {u"[^a]", u"\n", yes},
+      {u"[^a]", u"a", no},
+      {u"[a-z-[aeiou]]", u"b", yes},
+      {u"[a-z-[aeiou]]", u"a", no},
+      {u"[^\\d]", u"5", no},
+      {u"[^\\d]", u"x", yes},
+      {u"\\P{L}", u"a", no},
+      {u"\\P{L}", u"", no},
+      {u"\\p{Lu}", u"a", no},
+      {u"\\p{L}", u"a", yes},
+      {u"\\p{IsGreek}", u"\u03B1", yes},
+      {u"\\p{IsNoSuchBlock}", u"a", no},
+      {u"\\P{IsNoSuchBlock}", u"a", yes},
+      {u"a{2,3}", u"aaaa", partial},
+      {u"a{2,3}", u"aaa", yes},
+      {u"a{0}", u"", yes},
+      {u"a{0}", u"a", partial},
+      {u"x{3,2}", u"xx", yes},
+      {u"(a*)*b", u"aab", yes},
+      {u".", u"\xD83D\xDE00", partial},
+      {u"..", u"\xD83D\xDE00", yes},
+      {u"^a$", u"^a$", yes},
+      {u"\\i\\c*", u"_a-1.", yes},
+      {u"\\i\\c*", u"1a", no},
+      {u"\\S+(\\s\\S+)*", u"ab cd\te", yes},
+      {u"[\\-\\+]?(\\d*\\.)?\\d+", u"-12.5", yes},
+      {u"(a|b)*c", u"ababc", yes},
+      {u"", u"anything", yes},   // no expression accepts all
+      {u"(", u"anything", yes},
+  };
+  for (const MatchRow& row : rows) {
+    const XMLRegExp expression(row.pattern, row.stopAtPartial);
+    EXPECT_EQ(expression.Match(row.text), row.result)
+        << ToNative(row.pattern) << " on '" << ToNative(row.text) << "'";
+  }
+}
+
+// Two records for each letter: beyond the limit there is no second attempt, and a search that
+// would need 2^n attempts ends as well.
+TEST(XMLRegExp, SearchIsBounded) {
+  EXPECT_EQ(XMLRegExp(u"(a|b)*c", false).Match(std::u16string(600, u'a')), XMLRegExp::kNoMatch);
+  EXPECT_EQ(XMLRegExp(u"(a*)*b", false).Match(std::u16string(40, u'a')), XMLRegExp::kNoMatch);
+  EXPECT_EQ(XMLRegExp(u"[a-z]*", false).Match(std::u16string(200000, u'a')), XMLRegExp::kMatch);
+}
+
+TEST(XMLRegExp, NestingIsBounded) {
+  const auto nested = [](int depth) {
+    std::u16string text(static_cast<std::size_t>(depth), u'(');
+    text += u'a';
+    return TQString(text.append(static_cast<std::size_t>(depth), u')'));
+  };
+  const XMLRegExp atLimit(nested(XMLRegExp::kMaxNesting / 2), false);
+  EXPECT_TRUE(atLimit.IsCompiled());
+  EXPECT_EQ(atLimit.Match(u"a"), XMLRegExp::kMatch);
+  EXPECT_EQ(atLimit.Match(u"b"), XMLRegExp::kNoMatch);
+  const XMLRegExp beyond(nested(100000), false);
+  EXPECT_FALSE(beyond.IsCompiled());
+  EXPECT_FALSE(XMLRegExp::LastErrorMessage().IsEmpty());
+}
+
+TEST(XMLRegExp, FailedCompileKeepsThePlace) {
+  const XMLRegExp broken(u"ab[c", false);
+  EXPECT_FALSE(broken.IsCompiled());
+  EXPECT_EQ(XMLRegExp::LastErrorOffset(), 4);
+  EXPECT_FALSE(XMLRegExp::LastErrorMessage().IsEmpty());
+}
+
+TEST(XMLRegExp, Sample) {
+  const struct {
+    const char16_t* pattern;
+    const char16_t* sample;
+  } rows[] = {
+      {u"ab|c", u"ab"},        {u"a{3}b?", u"aaab"},  {u"[x-z]\\n", u"x\n"},
+      {u"[^a]\\D\\I", u"xx0"}, {u"\\p{Lu}", u"A"},    {u"(a|b)+", u"a"},
+      {u"\\p{IsGreek}", u"\u0370"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToNative(XMLRegExp(row.pattern, false).Sample()), ToNative(row.sample))
+        << ToNative(row.pattern);
+  }
+}
+
+}  // namespace
+}  // namespace kelmora
