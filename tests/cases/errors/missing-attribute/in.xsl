@@ -1,0 +1,9 @@
+<?xml version="1.0"?>
+
+
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+  <xsl:template match="/">
+    <a>x</a>
+    <xsl:value-of/>
+  </xsl:template>
+</xsl:stylesheet>

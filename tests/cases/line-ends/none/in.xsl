@@ -1,0 +1,1 @@
+<?xml version="1.0"?><xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"><xsl:output indent="yes"/><xsl:template match="/"><a><b/></a></xsl:template></xsl:stylesheet>

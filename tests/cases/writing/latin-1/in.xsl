@@ -1,0 +1,5 @@
+<?xml version="1.0"?>
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+<xsl:output encoding="iso-8859-1"/>
+<xsl:template match="/"><r>&#xE9;</r></xsl:template>
+</xsl:stylesheet>
