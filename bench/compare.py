@@ -8,7 +8,6 @@ their ratios, and the exponent by which the time of kelmora grows between the tw
 """
 import argparse
 import math
-import os
 import pathlib
 import statistics
 import subprocess
@@ -18,14 +17,15 @@ import tempfile
 from families import FAMILIES
 
 STACK = '100000000'
+MEASURE = str(pathlib.Path(__file__).resolve().with_name('measure.py'))
 
 
 def run(command, directory):
     """User+sys seconds and peak memory in KiB of one run; its streams are dropped."""
-    process = subprocess.Popen(command, cwd=directory, stdin=subprocess.DEVNULL,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    _, _, usage = os.wait4(process.pid, 0)
-    return usage.ru_utime + usage.ru_stime, usage.ru_maxrss
+    output = subprocess.run([sys.executable, '-I', '-S', MEASURE, *map(str, command)],
+                            cwd=directory, capture_output=True, text=True, check=True).stdout
+    seconds, kib = output.split()
+    return float(seconds), int(kib)
 
 
 def commands(options, source, stylesheet):
