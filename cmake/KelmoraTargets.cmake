@@ -12,6 +12,10 @@ if(KELMORA_SANITIZE)
   target_link_options(kelmora_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(KELMORA_FUZZ)
+  target_compile_options(kelmora_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # kelmora_library(<name> SOURCES <file>... [DEPS <name>...])
 function(kelmora_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})

@@ -146,6 +146,8 @@ def main():
     options = parser.parse_args()
 
     program = os.path.abspath(options.program)
+    if not os.access(program, os.X_OK):
+        parser.error('no program %s' % program)
     cases = find_cases(options.folders, options.k)
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:

@@ -8,9 +8,11 @@
 namespace kelmora {
 namespace {
 
+using View = std::u16string_view;
+
 // The inner rules of an element declaration do not tell which group they are the inside of.
 struct InnerRule {
-  std::u16string_view name;
+  View name;
   XTreeDTDElement::Item item;
 };
 constexpr InnerRule kInnerRules[] = {
@@ -19,7 +21,7 @@ constexpr InnerRule kInnerRules[] = {
     {u"elementChoiceI", XTreeDTDElement::Choice},
 };
 
-void PrepareRoot(XTreeContainer& root, std::u16string_view startRule, int length) {
+void PrepareRoot(XTreeContainer& root, View startRule, int length) {
   root.sourceStart = 0;
   root.sourceEnd = length;
   if (root.kind != XTreeKind::DTDElement) return;
@@ -34,7 +36,7 @@ struct Place {
   int character = 1;
 };
 
-Place PlaceOf(std::u16string_view text, std::size_t offset) {
+Place PlaceOf(View text, std::size_t offset) {
   Place place;
   for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
     const bool isBreak = text[i] == u'\r';
@@ -44,7 +46,7 @@ Place PlaceOf(std::u16string_view text, std::size_t offset) {
   return place;
 }
 
-TQString DescribeFailure(const ParsoParser& parser, const TQString& text) {
+TQString DescribeFailure(const ParsoParser& parser, View text) {
   const Place place = PlaceOf(text, static_cast<std::size_t>(parser.ErrorOffset()));
   const TQString expected = parser.ErrorMessage();
   TQString message = TQString::Format(u"Line %d, character %d: ", {place.line, place.character});
@@ -54,45 +56,52 @@ TQString DescribeFailure(const ParsoParser& parser, const TQString& text) {
   return message;
 }
 
-// The one way in which documents, DTDs and entities are parsed. The parser's own construction
-// resets the mode, so it is set behind that.
-bool RunParser(ParsoParser& parser, const TQString& text, std::u16string_view startRule) {
+// The one way in which documents, DTDs and entities are parsed, into a tree that is new. `text` has
+// a 0 behind it.
+bool ParseInto(XTree& tree, const DocumentKindRow& row, View text, View startRule,
+               XTreeKind rootKind, bool normalize, LoadError& error) {
+  tree.root = tree.MakeOfKind(rootKind)->AsContainer();
+  PrepareRoot(*tree.root, startRule, static_cast<int>(text.size()));
+  ParsoParser parser(row.grammar.get());
+  // The parser's construction has reset the mode.
   ParsoMode::current = {.flatten = true, .dropEndNames = true, .compare = CompareExactly};
-  return parser.Parse(text, startRule);
+  if (!parser.Parse(text.data(), static_cast<std::int32_t>(text.size()), startRule)) {
+    error.Set(LoadError::Parsing, LoadError::ParseFailed, DescribeFailure(parser, text));
+    return false;
+  }
+  ParseTreeWalk walk(tree, text.data(), normalize);
+  if (!walk.Run(*parser.Root(), *tree.root)) {
+    error.Set(LoadError::Parsing, LoadError::WalkFailed);
+    return false;
+  }
+  parser.ReleaseTree();
+  if (normalize) tree.root->NormalizeTree(tree);
+  return true;
+}
+
+std::shared_ptr<Arena> ArenaOfPieces() {
+  static std::weak_ptr<Arena> shared;
+  std::shared_ptr<Arena> arena = shared.lock();
+  if (arena == nullptr) shared = arena = std::make_shared<Arena>();
+  return arena;
 }
 
 }  // namespace
 
-std::unique_ptr<XTree> ParseXTree(const DocumentKindRow& row, const TQString& text,
-                                  std::u16string_view startRule, XTreeKind rootKind, bool normalize,
-                                  LoadError& error) {
+std::unique_ptr<XTree> ParseXTree(const DocumentKindRow& row, const TQString& text, View startRule,
+                                  XTreeKind rootKind, bool normalize, LoadError& error) {
   auto tree = std::make_unique<XTree>();
-  tree->root = tree->MakeOfKind(rootKind)->AsContainer();
-  PrepareRoot(*tree->root, startRule, text.Length());
-  ParsoParser parser(row.grammar.get());
-  if (!RunParser(parser, text, startRule)) {
-    error.Set(LoadError::Parsing, LoadError::ParseFailed, DescribeFailure(parser, text));
-    return nullptr;
-  }
-  // The parse tree is given back before anything else is made.
-  const std::unique_ptr<ParsoTree> parsed = parser.TakeTree();
-  ParseTreeWalk walk(*tree, text.c_str(), normalize);
-  if (!walk.Run(*parsed->root, *tree->root)) {
-    error.Set(LoadError::Parsing, LoadError::WalkFailed);
-    return nullptr;
-  }
-  if (normalize) tree->root->NormalizeTree(*tree);
-  return tree;
+  const bool parses = ParseInto(*tree, row, text, startRule, rootKind, normalize, error);
+  return parses ? std::move(tree) : nullptr;
 }
 
-std::unique_ptr<XTree> ParseFragment(const DocumentKindRow& row, std::u16string_view text,
-                                     std::u16string_view startRule, XTreeKind rootKind,
-                                     bool normalize) {
-  TQString kept(text);
+std::unique_ptr<XTree> ParseFragment(const DocumentKindRow& row, View text, View startRule,
+                                     XTreeKind rootKind, bool normalize) {
+  auto tree = std::make_unique<XTree>(ArenaOfPieces());
   LoadError ignored;
-  auto tree = ParseXTree(row, kept, startRule, rootKind, normalize, ignored);
-  if (tree != nullptr) tree->buffer = std::move(kept);
-  return tree;
+  const bool parses =
+      ParseInto(*tree, row, tree->Keep(text), startRule, rootKind, normalize, ignored);
+  return parses ? std::move(tree) : nullptr;
 }
 
 }  // namespace kelmora

@@ -28,21 +28,19 @@ bool IsGroup(const Element& element) {
          element.item == Element::Choice;
 }
 
-// A list, or a list kept as raw text.
-bool IsList(const XTreeNode* node) {
-  if (node == nullptr || node->kind != XTreeKind::DTDAttlist) return false;
-  const auto item = static_cast<const Attlist*>(node)->item;
-  return item == Attlist::List || item == Attlist::Unformatted;
+bool IsItem(const XTreeNode* node, Attlist::Item item) {
+  return node != nullptr && node->kind == XTreeKind::DTDAttlist &&
+         static_cast<const Attlist*>(node)->item == item;
 }
 
 // Lists of one name that follow one another are one declaration.
 bool Continues(const XTreeNode* first, const XTreeNode* second) {
-  return IsList(first) && IsList(second) && first->GetName() == second->GetName();
+  return IsItem(first, Attlist::List) && IsItem(second, Attlist::List) &&
+         first->GetName() == second->GetName();
 }
 
 bool IsEnumerationName(const XTreeNode* node) {
-  return node != nullptr && node->kind == XTreeKind::DTDAttlist &&
-         static_cast<const Attlist*>(node)->item == Attlist::EnumerationName;
+  return IsItem(node, Attlist::EnumerationName);
 }
 
 }  // namespace
@@ -121,7 +119,7 @@ void SourceWriter::EndDtdElement(const Element& element) {
 }
 
 XTreeNode* SourceWriter::StartAttlist(Attlist& list) {
-  if (!IsList(&list)) {
+  if (list.item != Attlist::List && list.item != Attlist::Unformatted) {
     StartAttlistItem(list);
     return list.first;
   }
@@ -156,7 +154,8 @@ void SourceWriter::StartAttlistItem(const Attlist& item) {
 }
 
 void SourceWriter::EndAttlist(const Attlist& list) {
-  if (IsList(&list) && !Continues(&list, list.next)) Write(u">");
+  const bool isLast = list.item == Attlist::List && !Continues(&list, list.next);
+  if (isLast || list.item == Attlist::Unformatted) Write(u">");
 }
 
 }  // namespace kelmora

@@ -47,10 +47,7 @@ void ExpansionBudget::Check(std::int64_t units) const {
 }
 
 XPathTreeBuilder::Run::Run(XPathTreeBuilder& builder, TreeModel& model, std::int64_t documentUnits)
-    : builder_(builder),
-      model_(model),
-      documentNumber_(++documentCounter),
-      hasDeclarations_(model.HasDeclarations()) {
+    : builder_(builder), model_(model) {
   budget_.AddInput(documentUnits);
   model_.budget = &budget_;
 }
@@ -61,6 +58,8 @@ XPathTreeBuilder::Run::~Run() {
 }
 
 XPathNode* XPathTreeBuilder::Run::Build(XTreeNode& source) {
+  documentNumber_ = ++documentCounter;
+  hasDeclarations_ = model_.HasDeclarations();
   Level top{nullptr, source.FirstChild()};
   root_ = top.node = MakeNode(source, top);
   NamespaceScope& scope = root_->OwnScope();

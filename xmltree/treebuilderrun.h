@@ -58,8 +58,8 @@ class XPathTreeBuilder::Run {
   XPathTreeBuilder& builder_;
   TreeModel& model_;
   ExpansionBudget budget_;
-  const std::int32_t documentNumber_;
-  const bool hasDeclarations_;
+  std::int32_t documentNumber_ = 0;
+  bool hasDeclarations_ = false;
   XPathNode* root_ = nullptr;
   std::vector<Level> levels_;
 

@@ -98,7 +98,9 @@ const PrefixMap& XPathNode::ScopeMap() const {
   return kind == Kind::Attribute ? scope->attributeScopeMap : scope->scopeMap;
 }
 
-const PrefixMap& XPathNode::AttributeScopeMap() const { return ScopeInForce()->attributeScopeMap; }
+const PrefixMap& XPathNode::AttributeScopeMap() const {
+  return ScopeInForce()->attributeScopeMap;
+}
 
 void XPathNode::DropScope() {
   if (scope_ != nullptr && --scope_->references == 0) {

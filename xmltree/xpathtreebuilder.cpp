@@ -30,9 +30,10 @@ InternedURI XPathTreeBuilder::InternURI(View text) {
 
 XPathNode* XPathTreeBuilder::Build(XTreeNode& xtreeRoot, TreeModel& model, bool attachModel,
                                    View url) {
+  Run run(*this, model, std::max(xtreeRoot.sourceEnd, 0));
   // A model that cannot read what the document names keeps its error; the tree is built without.
   if (attachModel) static_cast<void>(model.AttachSchema(xtreeRoot, false, url, *this));
-  XPathNode* root = Run(*this, model, std::max(xtreeRoot.sourceEnd, 0)).Build(xtreeRoot);
+  XPathNode* root = run.Build(xtreeRoot);
   const bool hasPlace =
       root->kind != XPathNodeKind::Text && root->kind != XPathNodeKind::Attribute &&
       root->kind != XPathNodeKind::Namespace && root->kind != XPathNodeKind::Comment;

@@ -62,5 +62,8 @@ void RunPlainAxis(Axis axis, const XPathNodeTest* test, const XPathNodeList& inp
 inline constexpr std::size_t kNoLimit = static_cast<std::size_t>(-1);
 void RunQuickAxis(Axis axis, const StepTest& test, const XPathNodeRef* input, std::size_t count,
                   XPathNodeList& output, std::size_t limit = kNoLimit);
+// The child axis from the node and everything below it, as one walk: what "//" and a child step
+// deliver from one node, in their order.
+void RunChildrenBelow(const StepTest& test, const XPathNodeRef& start, XPathNodeList& output);
 
 }  // namespace kelmora

@@ -45,10 +45,7 @@ struct XPathEvaluation {
   XPathNode* Root();
   // False, with the error noted. The position of the first failure stays.
   bool Fail(XPathError code, std::int32_t position, std::int32_t function = -1);
-  // True when no step of the tree can fail by its prefix or its axis.
-  bool StepsCannotFail() const {
-    return patternKind != kTemplatePattern && (bindings == nullptr || bindings->allBound);
-  }
+  bool AllPrefixesAreBound() const { return bindings == nullptr || bindings->allBound; }
 
  private:
   XPathNode* root_ = nullptr;
@@ -77,7 +74,11 @@ class XPathContext {
     return evaluation->Fail(code, node.position);
   }
   bool IsPlain() const { return evaluation->plain; }
-  bool StepsCannotFail() const { return evaluation->StepsCannotFail(); }
+  // No step of the tree can fail by its prefix or its axis.
+  bool StepsCannotFail() const {
+    return (inPredicate || evaluation->patternKind != kTemplatePattern) &&
+           evaluation->AllPrefixesAreBound();
+  }
   bool InputIsRefusedFragment() const {
     return lastStep == kFragmentMark && input_->IsFragment();
   }

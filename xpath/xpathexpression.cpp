@@ -1,5 +1,7 @@
 #include "xpath/xpathexpression.h"
 
+#include <utility>
+
 #include "tqcore/tqtext.h"
 #include "xpathcontext.h"
 #include "xpathparser.h"
@@ -64,59 +66,117 @@ void XPathExpression::UseTree(XPathParseNodeRef tree, XPathGrammar grammar) {
   grammar_ = grammar;
 }
 
+// One evaluation. Everything that belongs to it is taken out of the expression before anything
+// runs, so that a host function may use the object for an evaluation of its own.
+class XPathExpression::Evaluator {
+ public:
+  Evaluator(XPathExpression& expression, const XPathRequest& request)
+      : expression_(expression),
+        tree_(expression.borrowedTree_ ? std::move(expression.borrowedTree_) : expression.tree_),
+        input_(std::move(expression.spareInput_)),
+        context_(run_, input_) {
+    expression.borrowedTree_.reset();
+    run_.expression = &expression;
+    run_.prefixMap = expression.prefixMap_;
+    run_.variables = std::exchange(expression.variables_, nullptr);
+    run_.keyTable = std::exchange(expression.keyTable_, nullptr);
+    run_.decimalFormats = std::exchange(expression.decimalFormats_, nullptr);
+    run_.documentNode = request.documentNode;
+    run_.current = std::exchange(expression.current_, nullptr);
+    run_.stylesheetNode = std::exchange(expression.stylesheetNode_, nullptr);
+    run_.stylesheetRoot = std::exchange(expression.stylesheetRoot_, nullptr);
+    run_.xsltFunctions = expression.xsltFunctions_;
+    run_.plain = expression.plainEvaluation_;
+    run_.patternKind = expression.patternKind_;
+    expression.errorCode_ = XPathError::None;
+    expression.errorFunction_ = -1;
+    expression.errorPosition_ = 0;
+
+    input_.Clear();
+    if (request.inputNodes != nullptr) {
+      input_.nodes = *request.inputNodes;
+    } else if (request.contextNode != nullptr) {
+      input_.nodes.emplace_back(request.contextNode, 1);
+    }
+    context_.inputSize = static_cast<std::int32_t>(input_.nodes.size());
+    context_.position = request.position;
+    context_.size = request.size;
+    isReady_ = request.documentNode != nullptr && request.contextNode != nullptr &&
+               run_.prefixMap != nullptr && tree_ != nullptr;
+    if (isReady_ && !tree_->Prefixes().empty()) {
+      bindings_ = tree_->ResolvePrefixes(*run_.prefixMap);
+      run_.bindings = bindings_.get();
+    }
+  }
+  ~Evaluator() { expression_.spareInput_ = std::move(input_); }
+  Evaluator(const Evaluator&) = delete;
+  Evaluator& operator=(const Evaluator&) = delete;
+
+  XPathContext& Context() { return context_; }
+  XPathEvaluation& State() { return run_; }
+  const XPathParseNode& Root() const { return *tree_->Root(); }
+
+  // Calls `evaluate` unless something that an evaluation needs is missing, and leaves the error in
+  // the expression.
+  template <class Evaluate>
+  bool Do(Evaluate evaluate) {
+    if (!isReady_) return false;
+    bool succeeded = evaluate();
+    expression_.errorCode_ = run_.errorCode;
+    expression_.errorFunction_ = run_.errorFunction;
+    expression_.errorPosition_ = run_.errorPosition;
+    return succeeded;
+  }
+
+ private:
+  XPathExpression& expression_;
+  XPathParseNodeRef tree_;
+  std::shared_ptr<const XPathParseTree::Bindings> bindings_;
+  XPathEvaluation run_;
+  XPathValue input_;
+  XPathContext context_;
+  bool isReady_ = false;
+};
+
 bool XPathExpression::Evaluate(XPathNode* documentNode, XPathNode* contextNode,
                                XPathValue& result, const XPathNodeList* inputNodes,
                                std::int32_t position, std::int32_t size, bool allowFragment) {
-  // Everything that belongs to this run is taken out of the object before anything runs, so that
-  // a host function may use the object for an evaluation of its own.
-  XPathParseNodeRef tree = borrowedTree_ ? std::move(borrowedTree_) : tree_;
-  borrowedTree_.reset();
-  XPathEvaluation run;
-  run.expression = this;
-  run.prefixMap = prefixMap_;
-  run.variables = std::exchange(variables_, nullptr);
-  run.keyTable = std::exchange(keyTable_, nullptr);
-  run.decimalFormats = std::exchange(decimalFormats_, nullptr);
-  run.documentNode = documentNode;
-  run.current = std::exchange(current_, nullptr);
-  run.stylesheetNode = std::exchange(stylesheetNode_, nullptr);
-  run.stylesheetRoot = std::exchange(stylesheetRoot_, nullptr);
-  run.xsltFunctions = xsltFunctions_;
-  run.plain = plainEvaluation_;
-  run.patternKind = patternKind_;
-  errorCode_ = XPathError::None;
-  errorFunction_ = -1;
-  errorPosition_ = 0;
-  if (documentNode == nullptr || contextNode == nullptr || run.prefixMap == nullptr || !tree) {
-    return false;
-  }
-  std::shared_ptr<const XPathParseTree::Bindings> bindings;
-  if (!tree->Prefixes().empty()) {
-    bindings = tree->ResolvePrefixes(*run.prefixMap);
-    run.bindings = bindings.get();
-  }
-
-  XPathValue input;
-  if (inputNodes == nullptr) {
-    input.nodes.emplace_back(contextNode, 1);
-  } else {
-    input.nodes = *inputNodes;
-  }
-  XPathContext context(run, input);
-  context.position = position;
-  context.size = size;
-  bool succeeded = Run(*tree->Root(), context);
-  if (succeeded && !allowFragment && context.InputIsRefusedFragment()) {
-    succeeded = run.Fail(XPathError::CannotUseFragment, tree->Root()->position);
-  }
-  if (succeeded) {
+  Evaluator evaluator(*this, {documentNode, contextNode, inputNodes, position, size});
+  XPathContext& context = evaluator.Context();
+  // The list that the caller brings serves for the new value.
+  result.Clear();
+  context.Output().nodes.swap(result.nodes);
+  return evaluator.Do([&] {
+    if (!Run(evaluator.Root(), context)) return false;
+    if (!allowFragment && context.InputIsRefusedFragment()) {
+      return context.Fail(XPathError::CannotUseFragment, evaluator.Root());
+    }
     result = context.TakeInput();
-  } else {
-    result.Clear();
+    return true;
+  });
+}
+
+bool XPathExpression::EvaluateToBoolean(const XPathRequest& request, bool& result) {
+  Evaluator evaluator(*this, request);
+  return evaluator.Do(
+      [&] { return OperandBoolean(evaluator.Root(), evaluator.Context(), result); });
+}
+
+bool XPathExpression::EvaluateToNumber(const XPathRequest& request, double& result) {
+  Evaluator evaluator(*this, request);
+  return evaluator.Do([&] { return OperandNumber(evaluator.Root(), evaluator.Context(), result); });
+}
+
+bool XPathExpression::EvaluateToText(const XPathRequest& request, TQString& scratch,
+                                     std::u16string_view& result) {
+  Evaluator evaluator(*this, request);
+  bool succeeded = evaluator.Do(
+      [&] { return OperandText(evaluator.Root(), evaluator.Context(), scratch, result); });
+  // A literal stands in the tree, and the tree may go with the evaluation.
+  if (succeeded && evaluator.Root().effective->rule == XPathRule::Literal) {
+    scratch = result;
+    result = scratch;
   }
-  errorCode_ = run.errorCode;
-  errorFunction_ = run.errorFunction;
-  errorPosition_ = run.errorPosition;
   return succeeded;
 }
 

@@ -112,6 +112,10 @@ double XPathFunctionLibrary::Last(Call, Context context) const { return context.
 double XPathFunctionLibrary::Position(Call, Context context) const { return context.position; }
 
 double XPathFunctionLibrary::Count(Call call, Context context) const {
+  std::size_t counted = 0;
+  if (!context.IsPlain() && call.Argument(0).effective->CountNodes(context, counted)) {
+    return static_cast<double>(counted);
+  }
   XPathOperand operand;
   Argument(call, context, 0, operand);
   if (operand.value->kind != XPathValue::NodeSet) {

@@ -150,6 +150,21 @@ class PlainTest {
   const XPathNodeTest* test_ = nullptr;
 };
 
+// Kinds, as the fast forms ask for them.
+inline bool IsDeclarationKind(const XPathNode& node) {
+  return node.kind >= XPathNodeKind::XMLDeclaration;
+}
+inline bool IsDeclaration(const XPathNode& node) {
+  return IsDeclarationKind(node) || (node.parent != nullptr && IsDeclarationKind(*node.parent));
+}
+inline bool IsElementAttribute(const XPathNode& node) {
+  return node.kind == XPathNodeKind::Attribute && node.parent != nullptr &&
+         node.parent->kind == XPathNodeKind::Element;
+}
+inline bool IsContentNode(const XPathNode& node) {
+  return !IsDeclaration(node) && !IsElementAttribute(node);
+}
+
 // True when the part of the name behind its first ":" (all of it without one) equals `local`,
 // which has none itself.
 inline bool HasLocalName(const XPathNode& node, std::u16string_view local) {

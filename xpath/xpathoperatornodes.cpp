@@ -35,40 +35,6 @@ XPathOperator OperatorOf(std::u16string_view token) {
       ->op;
 }
 
-bool Compare(XPathOperator op, const XPathValue& a, const XPathValue& b) {
-  switch (op) {
-    case XPathOperator::Equal:
-      return Equal(a, b);
-    case XPathOperator::NotEqual:
-      return NotEqual(a, b);
-    case XPathOperator::Less:
-      return Less(a, b);
-    case XPathOperator::LessOrEqual:
-      return LessOrEqual(a, b);
-    case XPathOperator::Greater:
-      return Greater(a, b);
-    default:
-      return GreaterOrEqual(a, b);
-  }
-}
-
-bool CompareNumbers(XPathOperator op, double a, double b) {
-  switch (op) {
-    case XPathOperator::Equal:
-      return EqualNumbers(a, b);
-    case XPathOperator::NotEqual:
-      return NotEqualNumbers(a, b);
-    case XPathOperator::Less:
-      return a < b;
-    case XPathOperator::LessOrEqual:
-      return a <= b;
-    case XPathOperator::Greater:
-      return a > b;
-    default:
-      return a >= b;
-  }
-}
-
 double Calculate(XPathOperator op, double a, double b) {
   switch (op) {
     case XPathOperator::Add:
@@ -103,6 +69,7 @@ void XPathOperatorNode::Prepare(XPathParseTree& tree) {
       operand = {tail->lastChild, OperatorOf(LeafText(*tail))};
     }
     harmless = harmless && operand.node->harmless;
+    usesPosition = usesPosition || operand.node->usesPosition;
     allSets = allSets && operand.node->type == Type::NodeSet;
     operands[operandCount_++] = operand;
   }
@@ -173,71 +140,6 @@ bool XPathLogicalNode::EvaluateBoolean(const XPathContext& context, bool& value)
   return true;
 }
 
-// --- comparisons ------------------------------------------------------------------------------
-
-bool XPathComparisonNode::Combine(const XPathContext&, XPathOperator op, XPathValue& left,
-                                  const XPathValue& right) const {
-  left.SetBoolean(Compare(op, left, right));
-  return true;
-}
-
-bool XPathComparisonNode::Evaluate(XPathContext& context) const {
-  if (operandCount_ == 1 || context.IsPlain()) return XPathOperatorNode::Evaluate(context);
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  context.Output().SetBoolean(value);
-  context.Swap();
-  return true;
-}
-
-bool XPathComparisonNode::EvaluateOperand(const XPathContext& context,
-                                          XPathOperand& operand) const {
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  operand.own.SetBoolean(value);
-  return true;
-}
-
-bool XPathComparisonNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
-  if (!CompareTypes(context, *operands_[0].node, operands_[1], value)) return false;
-  for (int i = 2; i < operandCount_; ++i) {
-    XPathOperand right;
-    if (!OperandValue(*operands_[i].node, context, right)) return false;
-    XPathValue left;
-    left.SetBoolean(value);
-    value = Compare(operands_[i].op, left, *right.value);
-  }
-  return true;
-}
-
-// The first two operands, by what is known of their types before they run.
-bool XPathComparisonNode::CompareTypes(const XPathContext& context, const XPathParseNode& left,
-                                       const Operand& right, bool& value) const {
-  bool isEquality = right.op == XPathOperator::Equal || right.op == XPathOperator::NotEqual;
-  if (left.type == Type::Number && right.node->type == Type::Number) {
-    double a = 0;
-    double b = 0;
-    if (!OperandNumber(left, context, a) || !OperandNumber(*right.node, context, b)) return false;
-    value = CompareNumbers(right.op, a, b);
-    return true;
-  }
-  if (isEquality && left.type == Type::String && right.node->type == Type::String) {
-    TQString scratchA;
-    TQString scratchB;
-    std::u16string_view a;
-    std::u16string_view b;
-    if (!OperandText(left, context, scratchA, a)) return false;
-    if (!OperandText(*right.node, context, scratchB, b)) return false;
-    value = (a == b) == (right.op == XPathOperator::Equal);
-    return true;
-  }
-  XPathOperand a;
-  XPathOperand b;
-  if (!OperandValue(left, context, a) || !OperandValue(*right.node, context, b)) return false;
-  value = Compare(right.op, *a.value, *b.value);
-  return true;
-}
-
 // --- arithmetic -------------------------------------------------------------------------------
 
 bool XPathArithmeticNode::Combine(const XPathContext&, XPathOperator op, XPathValue& left,
@@ -281,6 +183,7 @@ void XPathUnaryNode::Prepare(XPathParseTree&) {
     effective = child.effective;
     type = child.type;
     harmless = child.harmless;
+    usesPosition = child.usesPosition;
     operand_ = &child;
     return;
   }
@@ -291,6 +194,7 @@ void XPathUnaryNode::Prepare(XPathParseTree&) {
   operand_ = inner->operand_;
   oddSigns_ = !inner->oddSigns_;
   harmless = operand_->harmless;
+  usesPosition = operand_->usesPosition;
 }
 
 bool XPathUnaryNode::Evaluate(XPathContext& context) const {

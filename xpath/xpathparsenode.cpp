@@ -55,6 +55,10 @@ bool XPathParseNode::EvaluateText(const XPathContext& context, TQString& scratch
   return true;
 }
 
+bool XPathParseNode::CanVisit(const XPathContext&) const { return false; }
+bool XPathParseNode::VisitNodes(const XPathContext&, NodeVisitor&) const { return false; }
+bool XPathParseNode::CountNodes(const XPathContext&, std::size_t&) const { return false; }
+
 bool XPathGenericNode::Evaluate(XPathContext& context) const {
   for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
     if (!Run(*child, context)) return false;
@@ -68,6 +72,7 @@ void XPathGenericNode::Prepare(XPathParseTree&) {
   int parts = 0;
   for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
     harmless = harmless && child->harmless;
+    usesPosition = usesPosition || child->usesPosition;
     if (child->rule == XPathRule::Token || child->rule == XPathRule::CharacterRun) continue;
     ++parts;
     effective = child->effective;

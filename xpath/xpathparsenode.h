@@ -35,6 +35,15 @@ struct XPathOperand {
   XPathValue own;
 };
 
+// Is shown nodes, one after the other; false asks for no more.
+class NodeVisitor {
+ public:
+  virtual bool Visit(XPathNode& node) = 0;
+
+ protected:
+  ~NodeVisitor() = default;
+};
+
 class XPathParseNode {
  public:
   // The value in the input of the context becomes the value of this node. False: an error stands
@@ -51,6 +60,15 @@ class XPathParseNode {
   // `result` may point into `scratch`, into the tree of the expression or into a document.
   virtual bool EvaluateText(const XPathContext& context, TQString& scratch,
                             std::u16string_view& result) const;
+
+  // True when VisitNodes can serve: the value is a node set that needs not be made, and making it
+  // could not fail.
+  virtual bool CanVisit(const XPathContext& context) const;
+  // Shows the nodes of the value without making it, in any order and some perhaps twice. False,
+  // and nothing was shown, when this node cannot do that here.
+  virtual bool VisitNodes(const XPathContext& context, NodeVisitor& visitor) const;
+  // The number of nodes in the value, under the same conditions.
+  virtual bool CountNodes(const XPathContext& context, std::size_t& count) const;
 
   // Called once, after the children were prepared: sets the fields below and those of the class.
   virtual void Prepare(XPathParseTree& tree) = 0;
@@ -75,6 +93,8 @@ class XPathParseNode {
   // Evaluation can neither fail nor have an effect, provided that all prefixes of the tree are
   // bound and no axis is refused.
   bool harmless = false;
+  // The value depends on the position or the size of the context, not on the context node alone.
+  bool usesPosition = false;
 
  protected:
   XPathParseNode() = default;

@@ -1,7 +1,7 @@
 #include "xpathpathnodes.h"
 
+#include "xpathcompare.h"
 #include "xpathcontext.h"
-#include "xpathnodeset.h"
 
 namespace kelmora {
 
@@ -58,10 +58,135 @@ bool XPathLocationPathNode::EvaluateOperand(const XPathContext& context,
   return true;
 }
 
+bool XPathLocationPathNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
+  return firstChild->EvaluateBoolean(context, value);
+}
+bool XPathLocationPathNode::EvaluateNumber(const XPathContext& context, double& value) const {
+  return firstChild->EvaluateNumber(context, value);
+}
+bool XPathLocationPathNode::EvaluateText(const XPathContext& context, TQString& scratch,
+                                         std::u16string_view& result) const {
+  return firstChild->EvaluateText(context, scratch, result);
+}
+bool XPathLocationPathNode::CanVisit(const XPathContext& context) const {
+  return firstChild->CanVisit(context);
+}
+bool XPathLocationPathNode::VisitNodes(const XPathContext& context, NodeVisitor& visitor) const {
+  return firstChild->VisitNodes(context, visitor);
+}
+bool XPathLocationPathNode::CountNodes(const XPathContext& context, std::size_t& count) const {
+  return firstChild->CountNodes(context, count);
+}
+
+// --- paths that need no list ------------------------------------------------------------------
+
+namespace {
+
+class ExistenceVisitor final : public NodeVisitor {
+ public:
+  bool Visit(XPathNode&) override {
+    found = true;
+    return false;
+  }
+  bool found = false;
+};
+
+class CountVisitor final : public NodeVisitor {
+ public:
+  bool Visit(XPathNode&) override {
+    ++count;
+    return true;
+  }
+  std::size_t count = 0;
+};
+
+// Keeps the node that a sort would put first. In a loaded tree, nodes that come in document order
+// bear rising stamps, so the first will do.
+class FirstVisitor final : public NodeVisitor {
+ public:
+  explicit FirstVisitor(bool inOrder) : inOrder_(inOrder) {}
+  bool Visit(XPathNode& node) override {
+    if (first == nullptr || DocumentOrderLess(node, *first)) first = &node;
+    return !inOrder_ || node.documentNumber <= 0;
+  }
+  XPathNode* first = nullptr;
+
+ private:
+  bool inOrder_;
+};
+
+}  // namespace
+
+bool XPathQuickNode::CanVisit(const XPathContext& context) const {
+  return isQuick_ && context.StepsCannotFail() && !context.InputIsRefusedFragment() &&
+         context.Input().kind == XPathValue::NodeSet;
+}
+
+bool XPathQuickNode::VisitNodes(const XPathContext& context, NodeVisitor& visitor) const {
+  if (!CanVisit(context)) return false;
+  XPathNodeRef own;
+  Starts starts = StartsOf(context, own);
+  for (std::size_t i = 0; i < starts.count; ++i) {
+    if (!quickPath_.Visit(context, starts.first[i].node, visitor)) break;
+  }
+  return true;
+}
+
+bool XPathQuickNode::CountNodes(const XPathContext& context, std::size_t& count) const {
+  XPathNodeRef own;
+  if (!quickPath_.MeetsOnce() || !CanVisit(context) || StartsOf(context, own).count > 1) {
+    return false;
+  }
+  CountVisitor visitor;
+  VisitNodes(context, visitor);
+  count = visitor.count;
+  return true;
+}
+
+bool XPathQuickNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
+  ExistenceVisitor visitor;
+  if (!VisitNodes(context, visitor)) return XPathParseNode::EvaluateBoolean(context, value);
+  value = visitor.found;
+  return true;
+}
+
+bool XPathQuickNode::FindFirst(const XPathContext& context, XPathNode*& first) const {
+  if (!CanVisit(context)) return false;
+  XPathNodeRef own;
+  Starts starts = StartsOf(context, own);
+  // Of nodes without stamps the first is the one that is delivered first; "//" has an order of its
+  // own.
+  for (std::size_t i = 0; quickPath_.GoesDeep() && i < starts.count; ++i) {
+    if (starts.first[i].node->documentNumber <= 0) return false;
+  }
+  FirstVisitor visitor(quickPath_.IsInOrder() && starts.count == 1);
+  VisitNodes(context, visitor);
+  first = visitor.first;
+  return true;
+}
+
+bool XPathQuickNode::EvaluateNumber(const XPathContext& context, double& value) const {
+  XPathNode* first = nullptr;
+  if (!FindFirst(context, first)) return XPathParseNode::EvaluateNumber(context, value);
+  value = first != nullptr ? NodeNumber(*first) : TextToNumber({});
+  return true;
+}
+
+bool XPathQuickNode::EvaluateText(const XPathContext& context, TQString& scratch,
+                                  std::u16string_view& result) const {
+  XPathNode* first = nullptr;
+  if (!FindFirst(context, first)) return XPathParseNode::EvaluateText(context, scratch, result);
+  result = first != nullptr ? first->StringValue(scratch) : std::u16string_view();
+  return true;
+}
+
+// --- relative and absolute paths --------------------------------------------------------------
+
 void XPathRelativePathNode::Prepare(XPathParseTree& tree) {
   effective = this;
   type = Type::NodeSet;
   harmless = true;
+  isQuick_ = true;
   int count = 0;
   for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) ++count;
   auto* steps = static_cast<PathStep*>(tree.GetArena().Allocate(
@@ -69,19 +194,27 @@ void XPathRelativePathNode::Prepare(XPathParseTree& tree) {
   for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) {
     bool separated = child != firstChild;
     const auto* step = static_cast<const XPathStepNode*>(separated ? child->lastChild : child);
-    steps[stepCount_++] = {step, separated && LeafText(*child) == u"//"};
+    bool descendantBefore = separated && LeafText(*child) == u"//";
+    steps[stepCount_++] = {step, descendantBefore};
     harmless = harmless && step->harmless;
+    usesPosition = usesPosition || step->usesPosition;
+    isQuick_ = isQuick_ && quickPath_.Add(*step, descendantBefore);
   }
   steps_ = steps;
 }
 
 bool XPathRelativePathNode::Evaluate(XPathContext& context) const {
+  return EvaluateFrom(context, false);
+}
+
+bool XPathRelativePathNode::EvaluateFrom(XPathContext& context, bool descendantFirst) const {
   if (context.InputIsRefusedFragment()) {
     return context.Fail(XPathError::CannotUseFragment, *this);
   }
   for (int i = 0; i < stepCount_; ++i) {
-    if (steps_[i].descendantBefore && !RunDescendantStep(context, *this)) return false;
-    if (!steps_[i].step->Evaluate(context)) return false;
+    bool below = steps_[i].descendantBefore || (i == 0 && descendantFirst);
+    const XPathStepNode& step = *steps_[i].step;
+    if (!(below ? step.EvaluateBelow(context) : step.Evaluate(context))) return false;
   }
   return true;
 }
@@ -96,24 +229,38 @@ bool XPathRelativePathNode::EvaluateOperand(const XPathContext& context,
   return true;
 }
 
+XPathQuickNode::Starts XPathRelativePathNode::StartsOf(const XPathContext& context,
+                                                       XPathNodeRef&) const {
+  return {context.Input().nodes.data(), context.Input().nodes.size()};
+}
+
 void XPathRootPathNode::Prepare(XPathParseTree&) {
   effective = this;
   type = Type::NodeSet;
   if (!HasOneChild()) path_ = static_cast<const XPathRelativePathNode*>(lastChild);
   harmless = path_ == nullptr || path_->harmless;
+  usesPosition = path_ != nullptr && path_->usesPosition;
 }
 
 bool XPathRootPathNode::Evaluate(XPathContext& context) const {
   if (path_ == nullptr) return true;
-  if (IsDescendant() && !RunDescendantStep(context, *this)) return false;
   context.axis = Axis::Child;
-  return path_->Evaluate(context);
+  return path_->EvaluateFrom(context, IsDescendant());
 }
 
 void XPathAbsolutePathNode::Prepare(XPathParseTree&) {
   effective = this;
   type = Type::NodeSet;
   harmless = firstChild->harmless;
+  usesPosition = firstChild->usesPosition;
+  isQuick_ = true;
+  const auto& fromRoot = static_cast<const XPathRootPathNode&>(*firstChild);
+  const XPathRelativePathNode* path = fromRoot.Path();
+  for (int i = 0; path != nullptr && i < path->StepCount(); ++i) {
+    bool descendantBefore =
+        path->Steps()[i].descendantBefore || (i == 0 && fromRoot.IsDescendant());
+    isQuick_ = isQuick_ && quickPath_.Add(*path->Steps()[i].step, descendantBefore);
+  }
 }
 
 bool XPathAbsolutePathNode::Evaluate(XPathContext& context) const {
@@ -124,22 +271,24 @@ bool XPathAbsolutePathNode::Evaluate(XPathContext& context) const {
   return firstChild->Evaluate(context);
 }
 
+XPathQuickNode::Starts XPathAbsolutePathNode::StartsOf(const XPathContext& context,
+                                                       XPathNodeRef& own) const {
+  own = XPathNodeRef(context.evaluation->Root(), 1);
+  return {&own, own.node != nullptr ? std::size_t{1} : 0};
+}
+
 void XPathFilterPathNode::Prepare(XPathParseTree&) {
   effective = this;
   type = Type::Unknown;  // "." behind a string leaves the string
   harmless = firstChild->harmless && lastChild->harmless;
+  usesPosition = firstChild->usesPosition || lastChild->usesPosition;
   if (firstChild->type == Type::NodeSet) type = Type::NodeSet;
 }
 
 bool XPathFilterPathNode::Evaluate(XPathContext& context) const {
   if (!Run(*firstChild, context)) return false;
-  if (rule == XPathRule::FilterDescendantPath) {
-    if (context.InputIsRefusedFragment()) {
-      return context.Fail(XPathError::CannotUseFragment, *this);
-    }
-    if (!RunDescendantStep(context, *this)) return false;
-  }
-  return lastChild->Evaluate(context);
+  const auto& path = static_cast<const XPathRelativePathNode&>(*lastChild);
+  return path.EvaluateFrom(context, rule == XPathRule::FilterDescendantPath);
 }
 
 void XPathFilterNode::Prepare(XPathParseTree&) {
@@ -147,6 +296,8 @@ void XPathFilterNode::Prepare(XPathParseTree&) {
   effective = HasOneChild() ? primary.effective : this;
   type = HasOneChild() ? primary.type : Type::NodeSet;
   harmless = primary.harmless && (HasOneChild() || primary.type == Type::NodeSet);
+  // A primary in brackets may leave the size of the input as it was.
+  usesPosition = primary.usesPosition || (!HasOneChild() && primary.effective == &primary);
   for (const XPathParseNode* child = primary.nextSibling; child; child = child->nextSibling) {
     harmless = harmless && child->harmless;
   }

@@ -6,6 +6,7 @@
 #include "xpathaxis.h"
 #include "xpathnodetest.h"
 #include "xpathparsenode.h"
+#include "xpathquickpath.h"
 
 namespace kelmora {
 
@@ -14,7 +15,42 @@ class XPathLocationPathNode final : public XPathParseNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
+  bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
+  bool EvaluateNumber(const XPathContext& context, double& value) const override;
+  bool EvaluateText(const XPathContext& context, TQString& scratch,
+                    std::u16string_view& result) const override;
+  bool CanVisit(const XPathContext& context) const override;
+  bool VisitNodes(const XPathContext& context, NodeVisitor& visitor) const override;
+  bool CountNodes(const XPathContext& context, std::size_t& count) const override;
   void Prepare(XPathParseTree& tree) override;
+};
+
+// A path that, when its steps are simple, needs no list for a value of another kind.
+class XPathQuickNode : public XPathParseNode {
+ public:
+  bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
+  bool EvaluateNumber(const XPathContext& context, double& value) const override;
+  bool EvaluateText(const XPathContext& context, TQString& scratch,
+                    std::u16string_view& result) const override;
+  bool CanVisit(const XPathContext& context) const override;
+  bool VisitNodes(const XPathContext& context, NodeVisitor& visitor) const override;
+  bool CountNodes(const XPathContext& context, std::size_t& count) const override;
+
+ protected:
+  struct Starts {
+    const XPathNodeRef* first;
+    std::size_t count;
+  };
+  ~XPathQuickNode() = default;
+  // Where the path starts; `own` serves for a start that no list holds.
+  virtual Starts StartsOf(const XPathContext& context, XPathNodeRef& own) const = 0;
+
+  XPathQuickPath quickPath_;
+  bool isQuick_ = false;
+
+ private:
+  // The first node in document order, null for an empty set. False when a list has to tell.
+  bool FindFirst(const XPathContext& context, XPathNode*& first) const;
 };
 
 class XPathAxisNode final : public XPathParseNode {
@@ -62,7 +98,8 @@ class XPathPredicateNode final : public XPathParseNode {
   // The number n of a predicate [n], 0 for every other one. At most node n passes, so whoever
   // makes the list may stop there.
   std::int32_t OnlyIndex() const { return onlyIndex_; }
-  const XPathParseNode& Expression() const { return *expression_; }
+  // Whether a node passes depends on the node alone, not on its place among the others.
+  bool FiltersByNode() const;
 
  private:
   bool Keeps(const XPathContext& inner, std::int32_t index, bool& keeps) const;
@@ -85,9 +122,14 @@ class XPathStepNode final : public XPathParseNode {
   const XPathNodeTestNode& Test() const { return *test_; }  // of a full step
   bool HasPredicates() const { return predicateCount_ != 0; }
 
+  // The step with the "//" in front of it. False for an error.
+  bool EvaluateBelow(XPathContext& context) const;
+
  private:
   bool EvaluatePlain(XPathContext& context) const;
   bool EvaluateForEach(XPathContext& context) const;
+  bool EvaluateTogether(XPathContext& context, Axis axis) const;
+  bool CanFilterTogether(const XPathContext& context) const;
   bool FilterOne(const XPathContext& step, std::int32_t size, XPathNodeList& found,
                  XPathNodeList& scratch) const;
 
@@ -96,14 +138,18 @@ class XPathStepNode final : public XPathParseNode {
   const XPathNodeTestNode* test_ = nullptr;
   const XPathPredicateNode* const* predicates_ = nullptr;
   int predicateCount_ = 0;
+  bool filtersByNode_ = false;  // no predicate asks for positions
 };
 
 // Steps with "/" or "//" between them.
-class XPathRelativePathNode final : public XPathParseNode {
+class XPathRelativePathNode final : public XPathQuickNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
   void Prepare(XPathParseTree& tree) override;
+
+  // With `descendantFirst` a "//" stands in front of the first step too.
+  bool EvaluateFrom(XPathContext& context, bool descendantFirst) const;
 
   struct PathStep {
     const XPathStepNode* step;
@@ -113,6 +159,8 @@ class XPathRelativePathNode final : public XPathParseNode {
   int StepCount() const { return stepCount_; }
 
  private:
+  Starts StartsOf(const XPathContext& context, XPathNodeRef& own) const override;
+
   const PathStep* steps_ = nullptr;
   int stepCount_ = 0;
 };
@@ -129,10 +177,13 @@ class XPathRootPathNode final : public XPathParseNode {
   const XPathRelativePathNode* path_ = nullptr;
 };
 
-class XPathAbsolutePathNode final : public XPathParseNode {
+class XPathAbsolutePathNode final : public XPathQuickNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
+
+ private:
+  Starts StartsOf(const XPathContext& context, XPathNodeRef& own) const override;
 };
 
 // A filter with a path behind it.

@@ -122,6 +122,7 @@ bool XPathVariableNode::EvaluateText(const XPathContext& context, TQString& scra
 void XPathPrimaryNode::Prepare(XPathParseTree&) {
   type = firstChild->type;
   harmless = firstChild->harmless;
+  usesPosition = firstChild->usesPosition;
   bool sorts = firstChild->rule == XPathRule::ParenExpr &&
                (type == Type::NodeSet || type == Type::Unknown);
   effective = sorts ? this : firstChild->effective;
@@ -163,7 +164,13 @@ void XPathFunctionCallNode::Prepare(XPathParseTree& tree) {
     }
     arguments_ = arguments;
   }
+  for (int i = 0; i < argumentCount_; ++i) {
+    usesPosition = usesPosition || arguments_[i]->usesPosition;
+  }
   if (row_ == nullptr) return;
+  if (row_->function == XPathFunction::position || row_->function == XPathFunction::last) {
+    usesPosition = true;
+  }
   type = row_->ResultType();
   harmless = row_->library == XPathFunctionRow::Core && IsPlainCallOf(row_->function);
   for (int i = 0; i < argumentCount_; ++i) harmless = harmless && arguments_[i]->harmless;

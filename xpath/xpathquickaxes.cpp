@@ -18,17 +18,6 @@
 namespace kelmora {
 namespace {
 
-bool IsDeclarationKind(const XPathNode& node) { return node.kind >= XPathNodeKind::XMLDeclaration; }
-
-bool IsDeclaration(const XPathNode& node) {
-  return IsDeclarationKind(node) || (node.parent != nullptr && IsDeclarationKind(*node.parent));
-}
-
-bool IsElementAttribute(const XPathNode& node) {
-  return node.kind == XPathNodeKind::Attribute && node.parent != nullptr &&
-         node.parent->kind == XPathNodeKind::Element;
-}
-
 void ClearMark(XPathNode& node, NodeMark mark) {
   node.mark = static_cast<std::uint8_t>(node.mark & ~mark);
 }
@@ -50,6 +39,14 @@ XPathNode* NextPlace(Axis axis, XPathNode* node) {
   }
 }
 
+// A node of the namespace axis has no place among the children. What precedes it is what precedes
+// its element.
+XPathNode* StartOfPreceding(XPathNode* node) {
+  bool isLinked = node->previous != nullptr || node->parent == nullptr ||
+                  node->parent->firstChild == node;
+  return isLinked ? node : node->parent;
+}
+
 XPathNode* FirstPlace(Axis axis, const XPathNodeRef& start) {
   XPathNode* node = start.node;
   bool isSiblingAxis = axis == Axis::FollowingSibling || axis == Axis::PrecedingSibling;
@@ -59,6 +56,7 @@ XPathNode* FirstPlace(Axis axis, const XPathNodeRef& start) {
   }
   if (axis == Axis::AncestorOrSelf) return node;
   if (axis == Axis::Following) return node->NextSkippingChildren(nullptr);
+  if (axis == Axis::Preceding) node = StartOfPreceding(node);
   return NextPlace(axis, node);
 }
 
@@ -100,10 +98,25 @@ class QuickAxis {
         for (XPathNode* at : node->NamespaceNodes()) DeliverNew(at);
         break;
       case Axis::Preceding:
-        Preceding(node);
+        Preceding(StartOfPreceding(node));
         break;
       default:
         Places(start);
+    }
+  }
+
+  void ChildrenBelow(XPathNode* top) {
+    if (top->kind == XPathNodeKind::Namespace || IsDeclaration(*top)) return;
+    XPathNode* at = top;
+    while (at != nullptr) {
+      bool hasChildren = at->firstChild != nullptr && !IsDeclarationKind(*at);
+      if (hasChildren) {
+        position_ = 0;
+        Children(at);
+        at = at->firstChild;
+      } else {
+        at = at->NextSkippingChildren(top);
+      }
     }
   }
 
@@ -130,7 +143,7 @@ class QuickAxis {
   // False when no further node is wanted.
   bool Deliver(XPathNode* node) {
     if (!matches_(*node)) return true;
-    output_.emplace_back(node, ++position_);
+    Append(node);
     return position_ < limit_;
   }
 
@@ -138,8 +151,14 @@ class QuickAxis {
     if (!severalInputs_) return Deliver(node);
     if (node->mark & kDelivered || !matches_(*node)) return true;
     node->mark |= kDelivered;
-    output_.emplace_back(node, ++position_);
+    Append(node);
     return true;
+  }
+
+  void Append(XPathNode* node) {
+    constexpr std::size_t kFirstCapacity = 8;
+    if (output_.capacity() == 0) output_.reserve(kFirstCapacity);
+    output_.emplace_back(node, ++position_);
   }
 
   void Children(XPathNode* top) {
@@ -219,11 +238,6 @@ class QuickAxis {
   }
 
   void Preceding(XPathNode* start) {
-    // A node of the namespace axis has no place among the children. What precedes it is what
-    // precedes its element.
-    bool isLinked = start->previous != nullptr || start->parent == nullptr ||
-                    start->parent->firstChild == start;
-    if (!isLinked) start = start->parent;
     if (start->mark & kWalked) return;
     XPathNode* ancestor = start->parent;  // the next one that the walk will meet
     XPathNode* at = start->NextInDocument(false);
@@ -268,14 +282,21 @@ class QuickAxis {
   std::vector<XPathNode*> latestStarts_;  // of the preceding axis, one for each tree
 };
 
-template <class Test>
-void RunWithTest(Axis axis, Test matches, const XPathNodeRef* input, std::size_t count,
-                 XPathNodeList& output, std::size_t limit) {
-  QuickAxis<Test> run(axis, matches, count > 1, output, limit);
-  for (std::size_t i = 0; i < count; ++i) run.RunFrom(input[i]);
-  if (count > 1) run.RemoveMarks(input, count);
-  if (axis == Axis::AncestorOrSelf || axis == Axis::PrecedingSibling) {
-    SortByReverseDocumentOrder(output);
+// Calls `run` with a function for the test. The commonest tests have one of their own.
+template <class Runner>
+void WithTest(const StepTest& test, Runner run) {
+  switch (test.kind) {
+    case StepTest::Name:
+      run([uri = test.uri, name = test.name](const XPathNode& node) {
+        return (node.kind == XPathNodeKind::Element || node.kind == XPathNodeKind::Attribute) &&
+               node.namespaceURI == uri && HasLocalName(node, name);
+      });
+      break;
+    case StepTest::Element:
+      run([](const XPathNode& node) { return node.kind == XPathNodeKind::Element; });
+      break;
+    default:
+      run([&test](const XPathNode& node) { return test.Matches(node); });
   }
 }
 
@@ -288,26 +309,18 @@ void RunQuickAxis(Axis axis, const StepTest& test, const XPathNodeRef* input, st
   // may bear any numbers, so all must be there.
   bool sorts = axis == Axis::AncestorOrSelf || axis == Axis::PrecedingSibling;
   if (sorts && input[0].node->documentNumber <= 0) limit = kNoLimit;
-  switch (test.kind) {
-    case StepTest::Name:
-      RunWithTest(
-          axis,
-          [uri = test.uri, name = test.name](const XPathNode& node) {
-            return (node.kind == XPathNodeKind::Element || node.kind == XPathNodeKind::Attribute) &&
-                   node.namespaceURI == uri && HasLocalName(node, name);
-          },
-          input, count, output, limit);
-      break;
-    case StepTest::Element:
-      RunWithTest(
-          axis, [](const XPathNode& node) { return node.kind == XPathNodeKind::Element; }, input,
-          count, output, limit);
-      break;
-    default:
-      RunWithTest(
-          axis, [&test](const XPathNode& node) { return test.Matches(node); }, input, count, output,
-          limit);
-  }
+  WithTest(test, [&](auto matches) {
+    QuickAxis run(axis, matches, count > 1, output, limit);
+    for (std::size_t i = 0; i < count; ++i) run.RunFrom(input[i]);
+    if (count > 1) run.RemoveMarks(input, count);
+  });
+  if (sorts) SortByReverseDocumentOrder(output);
+}
+
+void RunChildrenBelow(const StepTest& test, const XPathNodeRef& start, XPathNodeList& output) {
+  WithTest(test, [&](auto matches) {
+    QuickAxis(Axis::Child, matches, false, output, kNoLimit).ChildrenBelow(start.node);
+  });
 }
 
 }  // namespace kelmora

@@ -5,6 +5,7 @@
 // numbered anew. The fast form does the same with one set of lists for all input nodes, and stops
 // an axis early where a predicate [n] can keep nothing that lies behind.
 
+#include <algorithm>
 #include <cmath>
 #include <unordered_set>
 
@@ -42,6 +43,13 @@ void XPathStepNode::Prepare(XPathParseTree& tree) {
     harmless = harmless && child->harmless;
   }
   predicates_ = predicates;
+  // Without a run of the axis, the predicates see the size of the input that the step began with.
+  bool skipsAxis = test_->IsSkipped(axis_);
+  usesPosition = skipsAxis && predicateCount_ != 0;
+  filtersByNode_ = predicateCount_ != 0 && !skipsAxis;
+  for (int i = 0; i < predicateCount_; ++i) {
+    filtersByNode_ = filtersByNode_ && predicates_[i]->FiltersByNode();
+  }
 }
 
 bool XPathStepNode::Evaluate(XPathContext& context) const {
@@ -54,11 +62,59 @@ bool XPathStepNode::Evaluate(XPathContext& context) const {
     return true;
   }
   if (predicateCount_ != 0) {
-    return context.IsPlain() ? EvaluatePlain(context) : EvaluateForEach(context);
+    if (context.IsPlain()) return EvaluatePlain(context);
+    return CanFilterTogether(context) ? EvaluateTogether(context, axis_)
+                                      : EvaluateForEach(context);
   }
   if (context.IsPlain()) return firstChild->Evaluate(context);
   context.axis = axis_;
   return test_->Evaluate(context);
+}
+
+// From one node, or where the order of delivery does not show in the end, "//" and a child step are
+// one walk.
+bool XPathStepNode::EvaluateBelow(XPathContext& context) const {
+  const XPathNodeList& input = context.Input().nodes;
+  if (!context.IsPlain() && form_ == Form::Full && axis_ == Axis::Child) {
+    if (predicateCount_ == 0 && input.size() == 1) {
+      StepTest test;
+      if (!test_->Resolve(axis_, context, test)) return false;
+      RunChildrenBelow(test, input.front(), context.Output().nodes);
+      context.Swap();
+      return true;
+    }
+    // Stamps make the sorted order the same from whatever order before.
+    bool allStamped = std::all_of(input.begin(), input.end(), [](const XPathNodeRef& entry) {
+      return entry.node->documentNumber > 0;
+    });
+    if (allStamped && harmless && CanFilterTogether(context)) {
+      return EvaluateTogether(context, Axis::Descendant);
+    }
+  }
+  return RunDescendantStep(context, *this) && Evaluate(context);
+}
+
+// Predicates that look at the node alone may run over the nodes of all inputs at once. Where they
+// can fail or have an effect, their order must stay as it is for each input in turn.
+bool XPathStepNode::CanFilterTogether(const XPathContext& context) const {
+  if (!filtersByNode_) return false;
+  if (harmless && context.StepsCannotFail()) return true;
+  return predicateCount_ == 1 && (axis_ == Axis::Child || axis_ == Axis::Attribute);
+}
+
+bool XPathStepNode::EvaluateTogether(XPathContext& context, Axis axis) const {
+  const XPathNodeList& input = context.Input().nodes;
+  XPathNodeList& output = context.Output().nodes;
+  if (!input.empty()) {
+    StepTest test;
+    if (!test_->Resolve(axis_, context, test)) return false;
+    if (!AxisIsAllowed(axis_, context, *test_)) return false;
+    RunQuickAxis(axis, test, input.data(), input.size(), output);
+    XPathNodeList scratch;
+    if (!output.empty() && !FilterOne(context, 0, output, scratch)) return false;
+  }
+  if (context.Swap()) context.SortInput();
+  return true;
 }
 
 bool XPathStepNode::EvaluatePlain(XPathContext& context) const {
@@ -135,6 +191,7 @@ void XPathPredicateNode::Prepare(XPathParseTree&) {
   type = Type::NodeSet;
   expression_ = firstChild->nextSibling;
   harmless = expression_->harmless;
+  usesPosition = expression_->usesPosition;
   const XPathParseNode& runs = *expression_->effective;
   if (runs.rule == XPathRule::Number) {
     double number = static_cast<const XPathNumberNode&>(runs).Number();
@@ -145,6 +202,11 @@ void XPathPredicateNode::Prepare(XPathParseTree&) {
   } else if (runs.rule == XPathRule::FunctionCall) {
     isLast_ = static_cast<const XPathFunctionCallNode&>(runs).IsPlainCallOf(XPathFunction::last);
   }
+}
+
+bool XPathPredicateNode::FiltersByNode() const {
+  bool isIndex = expression_->type == Type::Number || expression_->type == Type::Unknown;
+  return !isIndex && !expression_->usesPosition;
 }
 
 bool XPathPredicateNode::Evaluate(XPathContext& context) const {
@@ -196,6 +258,7 @@ bool XPathPredicateNode::Filter(const XPathContext& context, std::int32_t size,
   XPathContext inner(context);
   inner.inPredicate = true;
   inner.size = size;
+  inner.inputSize = size;
   XPathValue single;
   single.nodes.resize(1);
   inner.BorrowInput(single);

@@ -1,7 +1,8 @@
 // xsl:apply-templates. States:
 //   Execute    without children the nodes are selected and the first rule starts; else the first
 //              child starts, an xsl:sort with the nodes selected before it
-//   children   each xsl:sort and xsl:with-param runs once; the last one is followed by the selection,
+//   children   each xsl:sort and xsl:with-param runs once; the last one is followed by the
+//   selection,
 //              unless that was done
 //   applying   one rule after the other, NextIndex saying which is next
 #pragma once

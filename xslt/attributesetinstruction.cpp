@@ -48,7 +48,6 @@ void AttributeSetInstruction::Register() {
 }
 
 void AttributeSetInstruction::RunAttributes(XPathNode* child) {
-  InAttributes = true;
   for (; child != nullptr; child = NextContent(child)) {
     if (CodeOf(child) != ElementCode::Attribute) {
       throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);

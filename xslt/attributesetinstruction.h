@@ -13,7 +13,7 @@ namespace kelmora {
 //   Execute        at the top level the set is registered and done (Registered); reached from a
 //                  use-attribute-sets attribute it goes on with one of the next two
 //   InUsedSets     the sets that it uses itself run
-//   InAttributes   its xsl:attribute children run, but for those that the using element has itself
+//   then           its xsl:attribute children run, but for those that the using element has itself
 //   Registered     Resume finishes
 class AttributeSetInstruction final : public Instruction {
  public:
@@ -29,7 +29,6 @@ class AttributeSetInstruction final : public Instruction {
 
   bool Registered = false;
   bool InUsedSets = false;
-  bool InAttributes = false;
 };
 
 // A use-attribute-sets attribute: runs all definitions of the first name, then of the next. States:

@@ -1,6 +1,6 @@
 // The collation library's C functions carry its version in their names (ucol_open_72), and so does
-// its file. No header of it is needed: the five functions and the few numbers of its stable interface
-// that serve here are declared below.
+// its file. No header of it is needed: the five functions and the few numbers of its stable
+// interface that serve here are declared below.
 #include "collation.h"
 
 #include <dlfcn.h>
@@ -98,8 +98,8 @@ class LanguageCollation final : public Collation {
     const std::size_t guess = 3 * text.size() + 8;
     key.resize(start + guess);
     const auto& library = CollationLibrary::Get();
-    int used = library.sortKey(collator, text.data(), length, key.data() + start,
-                               static_cast<int>(guess));
+    int used =
+        library.sortKey(collator, text.data(), length, key.data() + start, static_cast<int>(guess));
     if (static_cast<std::size_t>(used) > guess) {
       key.resize(start + static_cast<std::size_t>(used));
       used = library.sortKey(collator, text.data(), length, key.data() + start, used);

@@ -24,8 +24,7 @@ bool CommentInstruction::Resume() {
     Fragment.reset();
     while (text.Find(u"--") != TQString::kNotFound) text.Replace(u"--", u"- -", 0);
     if (!text.IsEmpty() && text.View().back() == u'-') text += u' ';
-    AppendOrDrop(*OutputNode,
-                 MakeResultNode(XPathNodeKind::Comment, u"Comment", std::move(text)));
+    AppendOrDrop(*OutputNode, MakeResultNode(XPathNodeKind::Comment, u"Comment", std::move(text)));
   }
   Finish();
   return true;

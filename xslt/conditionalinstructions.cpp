@@ -47,8 +47,8 @@ bool ChooseInstruction::Resume() {
 bool WhenInstruction::Execute() {
   Begin();
   if (!Frame().EvaluateBoolean(static_cast<const TestRecord&>(*Record).TestText)) return true;
-  class Instruction* parent = Frame().Parent != nullptr ? Frame().Parent->Instruction.get()
-                                                        : nullptr;
+  class Instruction* parent =
+      Frame().Parent != nullptr ? Frame().Parent->Instruction.get() : nullptr;
   if (parent == nullptr || parent->ElementCode != ElementCode::Choose) {
     throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   }

@@ -10,7 +10,9 @@
 
 namespace kelmora {
 
-void* Instruction::operator new(std::size_t size) { return SizePool::Allocate(size); }
+void* Instruction::operator new(std::size_t size) {
+  return SizePool::Allocate(size);
+}
 
 void Instruction::operator delete(void* instruction, std::size_t size) noexcept {
   SizePool::Free(instruction, size);
@@ -21,7 +23,9 @@ bool Instruction::Resume() {
   return true;
 }
 
-TemplateFrame& Instruction::Frame() const { return Processor->TopFrame(); }
+TemplateFrame& Instruction::Frame() const {
+  return Processor->TopFrame();
+}
 
 XPathNode* Instruction::Begin() {
   TemplateFrame& frame = Frame();

@@ -54,8 +54,8 @@ void LiteralInstruction::RunFallback(const XPathNode& element) {
 
 bool LiteralInstruction::Resume() {
   XPathNode* cursor = Frame().Cursor;
-  XPathNode* next = cursor != nullptr && !IsExtension ? SkipXsltAttributes(NextContent(cursor))
-                                                      : nullptr;
+  XPathNode* next =
+      cursor != nullptr && !IsExtension ? SkipXsltAttributes(NextContent(cursor)) : nullptr;
   if (next != nullptr) {
     PushChild(next);
   } else {

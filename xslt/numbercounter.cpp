@@ -18,16 +18,6 @@ NodeSet SetOf(const XPathNodeList& list) {
   return set;
 }
 
-const ExpressionText& PrecedingSiblings() {
-  static const ExpressionText text(u"preceding-sibling::*");
-  return text;
-}
-
-const ExpressionText& Visited() {
-  static const ExpressionText text(u"preceding::node() | ancestor-or-self::node()");
-  return text;
-}
-
 }  // namespace
 
 // The node and its ancestors as far as they are in scope, in document order, and what counts.
@@ -53,8 +43,7 @@ NumberCounter::Chain NumberCounter::FindChain(XPathNode* node) {
 
   std::int32_t limit = 0;
   if (query_.record.From != nullptr) {
-    const NodeSet from =
-        SetOf(Run(query_.record.FromText, query_.record.From, chain, -1));
+    const NodeSet from = SetOf(Run(query_.record.FromText, query_.record.From, chain, -1));
     for (const XPathNodeRef& entry : chain) {
       const std::int32_t number = entry.node->orderNumber;
       if (number <= node->orderNumber && from.contains(entry.node)) limit = number;
@@ -80,7 +69,7 @@ NumberCounter::Chain NumberCounter::FindChain(XPathNode* node) {
 
 std::int32_t NumberCounter::CountSiblings(XPathNode* target, const Chain& chain) {
   const XPathNodeList siblings =
-      Run(PrecedingSiblings(), query_.element, {XPathNodeRef(target, 1)}, 1);
+      Run(precedingSiblings_, query_.element, {XPathNodeRef(target, 1)}, 1);
   const auto counts = [&chain](const XPathNodeRef& entry) {
     return chain.counted.contains(entry.node);
   };
@@ -107,12 +96,11 @@ std::vector<std::int32_t> NumberCounter::CountMultiple(XPathNode* node) {
 }
 
 std::vector<std::int32_t> NumberCounter::CountAny(XPathNode* node) {
-  const XPathNodeList visited = Run(Visited(), query_.element, {XPathNodeRef(node, 1)}, 1);
+  const XPathNodeList visited = Run(visited_, query_.element, {XPathNodeRef(node, 1)}, 1);
   const std::int32_t order = node->orderNumber;
   std::int32_t limit = 0;
   if (query_.record.From != nullptr) {
-    for (const XPathNodeRef& entry :
-         Run(query_.record.FromText, query_.record.From, visited, -1)) {
+    for (const XPathNodeRef& entry : Run(query_.record.FromText, query_.record.From, visited, -1)) {
       if (entry.node->orderNumber < order) limit = entry.node->orderNumber;
     }
   }

@@ -34,8 +34,8 @@ class XSLTProcessorBase;
 // What one xsl:number counts with.
 struct NumberQuery {
   XSLTProcessorBase& processor;
-  XPathNode* element;          // xsl:number: the prefixes of the expressions
-  const NumberRecord& record;  // count and from
+  XPathNode* element;               // xsl:number: the prefixes of the expressions
+  const NumberRecord& record;       // count and from
   const ExpressionText& countText;  // that of the record, or the default for the node
 };
 
@@ -56,6 +56,8 @@ class NumberCounter {
                     std::int32_t position);
 
   const NumberQuery& query_;
+  ExpressionText precedingSiblings_{u"preceding-sibling::*"};
+  ExpressionText visited_{u"preceding::node() | ancestor-or-self::node()"};
 };
 
 class NumberCounts {
@@ -65,11 +67,11 @@ class NumberCounts {
 
   // False when it declines.
   bool CountSingle(const NumberQuery& query, XPathNode* node, std::vector<std::int32_t>& numbers);
-  bool CountMultiple(const NumberQuery& query, XPathNode* node,
-                     std::vector<std::int32_t>& numbers);
+  bool CountMultiple(const NumberQuery& query, XPathNode* node, std::vector<std::int32_t>& numbers);
   bool CountAny(const NumberQuery& query, XPathNode* node, std::vector<std::int32_t>& numbers);
 
-  // Formats are kept, since a stylesheet numbers many nodes by few of them. Lives until the next call.
+  // Formats are kept, since a stylesheet numbers many nodes by few of them. Lives until the next
+  // call.
   NumberFormat& FormatOf(const TQString& format, const NumberGrouping& grouping);
 
  private:
@@ -98,8 +100,8 @@ class NumberCounts {
     bool isSingleStep = true;                 // all of them
     bool isName = false;                      // one alternative, a name
     Name name{};
-    std::unordered_map<const XPathNode*, Ordered> children;  // by parent
-    std::unordered_map<std::int32_t, Ordered> trees;         // by document number
+    std::unordered_map<const XPathNode*, Ordered> children;   // by parent
+    std::unordered_map<std::int32_t, Ordered> trees;          // by document number
     std::unordered_map<const XPathNode*, XPathNode*> climbs;  // node to the target above it
 
     bool IsSimple() const { return !alternatives.empty(); }
@@ -116,9 +118,10 @@ class NumberCounts {
   const OrderNumbers* ChildrenOf(Test& count, XPathNode* parent);
   const OrderNumbers* NodesOf(Test& test, XPathNode* node);
 
-  // By the attribute's text object or, for a default count, by the instruction's record and the text.
-  std::unordered_map<const void*, std::unordered_map<TQString, std::unique_ptr<Test>, TextHash,
-                                                     TextEqual>>
+  // By the attribute's text object or, for a default count, by the instruction's record and the
+  // text.
+  std::unordered_map<const void*,
+                     std::unordered_map<TQString, std::unique_ptr<Test>, TextHash, TextEqual>>
       tests_;
   std::unordered_map<const XPathNode*, NameIndex> childNames_;  // by parent
   std::unordered_map<std::int32_t, NameIndex> treeNames_;       // by document number

@@ -1,7 +1,7 @@
-// The tests of NumberCounts are match patterns, and a match pattern asks of a node and its ancestors
-// what the evaluated expression asks from above: the lists that xsl:number evaluates from are closed
-// under taking parents. One case isn't, a pattern of several steps in front of a from on the same
-// chain, and is declined.
+// The tests of NumberCounts are match patterns, and a match pattern asks of a node and its
+// ancestors what the evaluated expression asks from above: the lists that xsl:number evaluates from
+// are closed under taking parents. One case isn't, a pattern of several steps in front of a from on
+// the same chain, and is declined.
 #include <algorithm>
 #include <functional>
 

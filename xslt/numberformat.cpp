@@ -103,8 +103,8 @@ TQString NumberFormat::FormatNumbers(const std::vector<std::int32_t>& numbers) {
     AppendNumber(result, tokens_[at], numbers[left - 1]);
     if (at + 1 < tokens_.size()) ++at;
     if (left == 1 || result.IsEmpty()) continue;
-    const bool touches = IsAlphanumeric(result.View().back()) &&
-                         IsAlphanumeric(tokens_[at].format.Picture[0]);
+    const bool touches =
+        IsAlphanumeric(result.View().back()) && IsAlphanumeric(tokens_[at].format.Picture[0]);
     if (touches) result += u'.';
   }
   std::u16string_view suffix = suffix_;

@@ -1,7 +1,7 @@
-// The formats of xsl:number. A format text is cut into tokens, each a run of letters and digits with
-// what stands in front of it, and each token becomes a picture for the formatter of
-// format-number(), under a private decimal format in which the digits of a picture are "2" (optional)
-// and "3" (required).
+// The formats of xsl:number. A format text is cut into tokens, each a run of letters and digits
+// with what stands in front of it, and each token becomes a picture for the formatter of
+// format-number(), under a private decimal format in which the digits of a picture are "2"
+// (optional) and "3" (required).
 //
 // So a text around the numbers that has one of the signs of that format in it (2, 3, 4, 6, 7, 8)
 // means to the formatter what it means there.

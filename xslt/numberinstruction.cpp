@@ -99,15 +99,17 @@ std::vector<std::int32_t> NumberInstruction::CountNodes(XPathNode* node) {
   const NumberQuery query{*Processor, Frame().CallingNode, record,
                           record.Count != nullptr ? record.CountText : defaultCount};
   NumberCounts& counts = *Processor->Counts;
-  NumberCounter plain(query);
   std::vector<std::int32_t> numbers;
   if (record.Level == u"single") {
-    return counts.CountSingle(query, node, numbers) ? numbers : plain.CountSingle(node);
+    if (counts.CountSingle(query, node, numbers)) return numbers;
+    return NumberCounter(query).CountSingle(node);
   }
   if (record.Level == u"multiple") {
-    return counts.CountMultiple(query, node, numbers) ? numbers : plain.CountMultiple(node);
+    if (counts.CountMultiple(query, node, numbers)) return numbers;
+    return NumberCounter(query).CountMultiple(node);
   }
-  return counts.CountAny(query, node, numbers) ? numbers : plain.CountAny(node);
+  if (counts.CountAny(query, node, numbers)) return numbers;
+  return NumberCounter(query).CountAny(node);
 }
 
 }  // namespace kelmora

@@ -37,8 +37,7 @@ bool ProcessingInstructionInstruction::Resume() {
     Fragment.reset();
   }
   data.Replace(u"?>", u"? >", 0);
-  AppendOrDrop(*OutputNode,
-               MakeResultNode(XPathNodeKind::PI, std::move(Target), std::move(data)));
+  AppendOrDrop(*OutputNode, MakeResultNode(XPathNodeKind::PI, std::move(Target), std::move(data)));
   Finish();
   return true;
 }

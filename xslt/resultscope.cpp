@@ -11,13 +11,17 @@ namespace kelmora {
 
 namespace {
 
-bool IsXmlURI(InternedURI uri) { return uri != nullptr && *uri == kXmlNamespace; }
+bool IsXmlURI(InternedURI uri) {
+  return uri != nullptr && *uri == kXmlNamespace;
+}
 
 bool SameSet(const URISet& a, const URISet& b) {
   return a == b || (a != nullptr && b != nullptr && *a == *b);
 }
 
-bool Holds(const URISet& set, InternedURI uri) { return uri != nullptr && Contains(set, uri); }
+bool Holds(const URISet& set, InternedURI uri) {
+  return uri != nullptr && Contains(set, uri);
+}
 
 }  // namespace
 
@@ -36,10 +40,14 @@ bool ResultScopes::IsSettled(const PrefixMap& to, const Origin& origin) const {
 }
 
 void ResultScopes::Settle(const PrefixMap& to, const Origin& origin) {
-  settled_[nextSettled_] = {origin.scope,    to,
-                            origin.isLiteral, origin.keepsXslt,
-                            origin.prefix,   origin.excluded,
-                            origin.extension, origin.aliases.size(),
+  settled_[nextSettled_] = {origin.scope,
+                            to,
+                            origin.isLiteral,
+                            origin.keepsXslt,
+                            origin.prefix,
+                            origin.excluded,
+                            origin.extension,
+                            origin.aliases.size(),
                             true};
   nextSettled_ = (nextSettled_ + 1) % kRemembered;
 }
@@ -121,9 +129,10 @@ class OpenEntries {
   };
 
   void Close(std::u16string_view prefix, std::u16string_view uri) {
-    const auto found = std::lower_bound(
-        entries_.begin(), entries_.end(), prefix,
-        [](const Item& item, std::u16string_view text) { return item.entry->prefix.View() < text; });
+    const auto found = std::lower_bound(entries_.begin(), entries_.end(), prefix,
+                                        [](const Item& item, std::u16string_view text) {
+                                          return item.entry->prefix.View() < text;
+                                        });
     if (found == entries_.end() || found->isDeclared || found->entry->prefix != prefix) return;
     if (TextOfURI(found->entry->uri) != uri) return;
     found->isDeclared = true;

@@ -30,7 +30,7 @@ class ResultScopes {
   struct Origin {
     const PrefixMap& scope;  // of the stylesheet or source node
     bool isLiteral;
-    bool keepsXslt;  // an alias maps the element's own prefix to the XSLT namespace
+    bool keepsXslt;              // an alias maps the element's own prefix to the XSLT namespace
     std::u16string_view prefix;  // of the element's own name
     const URISet& excluded;
     const URISet& extension;
@@ -87,7 +87,8 @@ class ResultScopes {
     bool used = false;
   };
   static constexpr std::size_t kRemembered = 8;
-  static constexpr int kIndexedAttributes = 16;  // an element with more leading attributes has an index
+  static constexpr int kIndexedAttributes =
+      16;  // an element with more leading attributes has an index
 
   struct AttributeKey {
     InternedURI uri;

@@ -39,7 +39,9 @@ class SizePool {
   static constexpr bool kChecked = false;
 #endif
 
-  static std::size_t ClassOf(std::size_t size) { return (size + kStep - 1) / kStep; }
+  static std::size_t ClassOf(std::size_t size) {
+    return (size + kStep - 1) / kStep;
+  }
   static void* Refill(std::size_t size);
 
   static std::array<FreeBlock*, kLargest / kStep + 1> lists_;

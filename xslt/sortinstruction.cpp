@@ -44,8 +44,7 @@ std::unique_ptr<SortKey> SortInstruction::MakeKey(const SortRecord& record) {
   return std::make_unique<TextSortKey>(*collation, descending, static_cast<CaseOrder>(caseOrder));
 }
 
-int SortInstruction::ChoiceOf(XPathNode* attribute,
-                              std::initializer_list<const char16_t*> values) {
+int SortInstruction::ChoiceOf(XPathNode* attribute, std::initializer_list<const char16_t*> values) {
   if (attribute == nullptr) return 0;
   const TQString written = Processor->ExpandAttributeValue(attribute, Frame());
   int index = 0;

@@ -39,9 +39,9 @@ std::u16string_view GrammarRuleName(GrammarRule rule) {
 }
 
 GrammarRule GrammarRuleFromName(std::u16string_view name) {
-  const auto* found =
-      std::lower_bound(kByName.begin(), kByName.end(), name,
-                       [](std::uint8_t a, std::u16string_view wanted) { return kNames[a] < wanted; });
+  const auto* found = std::lower_bound(
+      kByName.begin(), kByName.end(), name,
+      [](std::uint8_t a, std::u16string_view wanted) { return kNames[a] < wanted; });
   if (found == kByName.end() || kNames[*found] != name) return GrammarRule::None;
   return static_cast<GrammarRule>(*found);
 }

@@ -5,25 +5,12 @@
 namespace kelmora {
 namespace {
 
-std::size_t EntryOf(char16_t unit) { return std::min<std::size_t>(unit, 255); }
-
-ParsoUnits UnitsOf(const ParsoClassTable& table) {
-  ParsoUnits units;
-  for (std::size_t i = 1; i < table.size(); ++i) units[i] = table[i] != 0;
-  return units;
+std::size_t EntryOf(char16_t unit) {
+  return std::min<std::size_t>(unit, 255);
 }
 
-bool IsOptional(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::Optional || quantifier == ParsoQuantifier::Any;
-}
-
-bool Repeats(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::Some || quantifier == ParsoQuantifier::Any;
-}
-
-// In a choice at least one attempt has to succeed, so that an operand is never left out.
-ParsoQuantifier AsAlternative(ParsoQuantifier quantifier) {
-  return Repeats(quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
+void Add(ParsoClassTable& table, const ParsoClassTable& more) {
+  for (std::size_t i = 0; i < table.size(); ++i) table[i] |= more[i];
 }
 
 ParsoNodeCount Add(ParsoNodeCount a, ParsoNodeCount b) {
@@ -34,49 +21,62 @@ ParsoNodeCount Add(ParsoNodeCount a, ParsoNodeCount b) {
 }
 
 ParsoNodeCount Quantify(ParsoNodeCount count, ParsoQuantifier quantifier) {
-  if (IsOptional(quantifier)) count.least = 0;
+  if (CanBeNone(quantifier)) count.least = 0;
   if (Repeats(quantifier) && count.most > 0) count.most = ParsoNodeCount::kMany;
   return count;
 }
 
 }  // namespace
 
-ParsoBeginning ParsoBeginning::Anything() {
-  ParsoBeginning anything;
-  anything.first.set();
-  anything.second.set();
-  anything.canBeEmpty = anything.canBeOne = true;
+bool Meet(const ParsoClassTable& a, const ParsoClassTable& b) {
+  std::uint8_t common = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) common |= a[i] & b[i];
+  return common != 0;
+}
+
+const ParsoBeginning& ParsoBeginning::Anything() {
+  static const ParsoBeginning anything = [] {
+    ParsoBeginning all;
+    all.first.fill(1);
+    all.second.fill(1);
+    all.canBeEmpty = all.canBeOne = true;
+    return all;
+  }();
   return anything;
 }
 
 ParsoBeginning ParsoBeginning::Then(const ParsoBeginning& other) const {
   ParsoBeginning both = *this;
   if (canBeEmpty) {
-    both.first |= other.first;
-    both.second |= other.second;
+    Add(both.first, other.first);
+    Add(both.second, other.second);
   }
-  if (canBeOne) both.second |= other.first;
+  if (canBeOne) Add(both.second, other.first);
   both.canBeEmpty = canBeEmpty && other.canBeEmpty;
   both.canBeOne = (canBeOne && other.canBeEmpty) || (canBeEmpty && other.canBeOne);
   return both;
 }
 
 ParsoBeginning ParsoBeginning::Or(const ParsoBeginning& other) const {
-  return {first | other.first, second | other.second, canBeEmpty || other.canBeEmpty,
-          canBeOne || other.canBeOne};
+  ParsoBeginning either = *this;
+  Add(either.first, other.first);
+  Add(either.second, other.second);
+  either.canBeEmpty |= other.canBeEmpty;
+  either.canBeOne |= other.canBeOne;
+  return either;
 }
 
 ParsoBeginning ParsoBeginning::Quantified(ParsoQuantifier quantifier) const {
   ParsoBeginning result = *this;
-  if (Repeats(quantifier) && canBeOne) result.second |= first;
-  if (IsOptional(quantifier)) result.canBeEmpty = true;
+  if (Repeats(quantifier) && canBeOne) Add(result.second, first);
+  if (CanBeNone(quantifier)) result.canBeEmpty = true;
   return result;
 }
 
 ParsoBeginning ParsoBeginning::Closed() const {
   if (canBeEmpty) return Anything();
   ParsoBeginning result = *this;
-  if (canBeOne) result.second.set();
+  if (canBeOne) result.second.fill(1);
   return result;
 }
 
@@ -98,7 +98,7 @@ bool ParsoAnalysis::WorkOutMatchesEmpty(const ParsoRule& rule) {
     case ParsoOp::None:
     case ParsoOp::Sequence:
       return std::ranges::all_of(rule.children, [&](const ParsoChild& child) {
-        return IsOptional(child.quantifier) || MatchesEmpty(*child.rule);
+        return CanBeNone(child.quantifier) || MatchesEmpty(*child.rule);
       });
     case ParsoOp::Choice:
       return std::ranges::any_of(
@@ -111,29 +111,29 @@ bool ParsoAnalysis::WorkOutMatchesEmpty(const ParsoRule& rule) {
   return false;
 }
 
-ParsoBeginning ParsoAnalysis::BeginningOf(const ParsoRule& rule) {
+const ParsoBeginning& ParsoAnalysis::BeginningOf(const ParsoRule& rule) {
   Facts& facts = FactsOf(rule);
   if (facts.beginning) return *facts.beginning;
   if (facts.visiting) return ParsoBeginning::Anything();
   facts.visiting = true;
-  const ParsoBeginning result = WorkOutBeginning(rule);
+  facts.beginning = std::make_unique<ParsoBeginning>(WorkOutBeginning(rule));
   facts.visiting = false;
-  facts.beginning = result;
-  return result;
+  return *facts.beginning;
 }
 
 ParsoBeginning ParsoAnalysis::WorkOutBeginning(const ParsoRule& rule) {
   ParsoBeginning result;
   if (rule.kind == ParsoKind::Class) {
-    result.first = UnitsOf(*rule.table);
+    result.first = *rule.table;
+    result.first[0] = 0;
     result.canBeOne = true;
     return result;
   }
   if (rule.kind == ParsoKind::Literal) {
     result.canBeEmpty = rule.name.empty();
     result.canBeOne = rule.name.size() == 1;
-    if (!rule.name.empty()) result.first.set(EntryOf(rule.name[0]));
-    if (rule.name.size() > 1) result.second.set(EntryOf(rule.name[1]));
+    if (!rule.name.empty()) result.first[EntryOf(rule.name[0])] = 1;
+    if (rule.name.size() > 1) result.second[EntryOf(rule.name[1])] = 1;
     return result;
   }
   switch (rule.op) {
@@ -147,8 +147,7 @@ ParsoBeginning ParsoAnalysis::WorkOutBeginning(const ParsoRule& rule) {
       break;
     case ParsoOp::Choice:
       for (const ParsoChild& child : rule.children) {
-        result = result.Or(
-            BeginningOf(*child.rule).Quantified(AsAlternative(child.quantifier)));
+        result = result.Or(BeginningOf(*child.rule).Quantified(AsAlternative(child.quantifier)));
       }
       break;
     case ParsoOp::Except:

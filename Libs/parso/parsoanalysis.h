@@ -2,8 +2,8 @@
 // worked out when first asked for, so a run pays for the rules that it meets.
 #pragma once
 
-#include <bitset>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -12,25 +12,31 @@
 
 namespace kelmora {
 
-// Sets of units; entry 255 stands for all units from there on, entry 0 for the end of the text.
-using ParsoUnits = std::bitset<256>;
+// In a choice at least one attempt has to succeed, so that an operand is never left out.
+constexpr ParsoQuantifier AsAlternative(ParsoQuantifier quantifier) {
+  return Repeats(quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
+}
+
+// Whether the two take a unit in common.
+bool Meet(const ParsoClassTable& a, const ParsoClassTable& b);
 
 // The first two units of what an item can match. A unit that the item doesn't take itself, because
-// it can match less than two, is in the set as well, whatever it is.
+// it can match less than two, is in the set as well, whatever it is. Entry 0 stands for the end of
+// the text.
 struct ParsoBeginning {
-  ParsoUnits first;
-  ParsoUnits second;
+  ParsoClassTable first{};
+  ParsoClassTable second{};
   bool canBeEmpty = false;
   bool canBeOne = false;
 
-  static ParsoBeginning Anything();
+  static const ParsoBeginning& Anything();
   ParsoBeginning Then(const ParsoBeginning& other) const;
   ParsoBeginning Or(const ParsoBeginning& other) const;
   ParsoBeginning Quantified(ParsoQuantifier quantifier) const;
   // With the units that may follow filled in.
   ParsoBeginning Closed() const;
   bool Overlaps(const ParsoBeginning& other) const {
-    return (first & other.first).any() && (second & other.second).any();
+    return Meet(first, other.first) && Meet(second, other.second);
   }
 };
 
@@ -46,10 +52,10 @@ class ParsoAnalysis {
   explicit ParsoAnalysis(const ParsoGrammar& grammar) : facts_(grammar.rules.size()) {}
 
   bool MatchesEmpty(const ParsoRule& rule);
-  ParsoBeginning BeginningOf(const ParsoRule& rule);  // not Closed
-  ParsoNodeCount NodesOf(const ParsoRule& rule);      // what an attached match of `rule` leaves
+  const ParsoBeginning& BeginningOf(const ParsoRule& rule);  // not Closed
+  ParsoNodeCount NodesOf(const ParsoRule& rule);  // what an attached match of `rule` leaves
   ParsoNodeCount NodesOf(const ParsoChild& child);
-  ParsoNodeCount NodesBelow(const ParsoRule& rule);   // its children's lists in all
+  ParsoNodeCount NodesBelow(const ParsoRule& rule);  // its children's lists in all
   // Objects that have to be gone through to match the rule; kHuge for a recursive one.
   std::uint32_t Weight(const ParsoRule& rule);
   static constexpr std::uint32_t kHuge = 100000;
@@ -60,7 +66,7 @@ class ParsoAnalysis {
  private:
   struct Facts {
     std::optional<bool> matchesEmpty;
-    std::optional<ParsoBeginning> beginning;
+    std::unique_ptr<ParsoBeginning> beginning;
     std::optional<ParsoNodeCount> nodesBelow;
     std::optional<std::uint32_t> weight;
     bool visiting = false;

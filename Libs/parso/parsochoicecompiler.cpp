@@ -13,15 +13,6 @@ namespace {
 
 constexpr int kSharedLevels = 2;  // sequences inside an alternative that may share their beginning
 
-bool Repeats(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::Any || quantifier == ParsoQuantifier::Some;
-}
-
-bool IsSequence(const ParsoRule& rule) {
-  const bool hasOperands = rule.kind == ParsoKind::Rule || rule.kind == ParsoKind::Group;
-  return hasOperands && rule.op == ParsoOp::Sequence;
-}
-
 // What a sequence begins with, however deep: a class, a literal or something that is no sequence.
 const ParsoRule& FirstItem(const ParsoRule& sequence) {
   const ParsoRule* rule = &sequence;
@@ -44,14 +35,12 @@ std::size_t LeadingOpens(const std::vector<ParsoCode>& parts) {
   return static_cast<std::size_t>(std::ranges::find_if_not(parts, IsOpen) - parts.begin());
 }
 
-std::int32_t JumpOver(const ParsoCode& code) { return static_cast<std::int32_t>(code.size()) + 1; }
-
 }  // namespace
 
 ParsoBeginning ParsoCompiler::BeginningOf(const ParsoChild& alternative) {
-  const ParsoQuantifier quantifier =
-      Repeats(alternative.quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
-  return analysis_.BeginningOf(*alternative.rule).Quantified(quantifier).Closed();
+  return analysis_.BeginningOf(*alternative.rule)
+      .Quantified(AsAlternative(alternative.quantifier))
+      .Closed();
 }
 
 ParsoCode ParsoCompiler::ChoiceCode(const std::vector<ParsoChild>& children, bool attached,
@@ -79,12 +68,10 @@ ParsoCode ParsoCompiler::ChoiceCode(const std::vector<ParsoChild>& children, boo
 ParsoCode ParsoCompiler::AlternativeCode(const ParsoChild& child, bool attached,
                                          const ParsoRule* leafOfEmpty) {
   const bool isLeaf = leafOfEmpty != nullptr && analysis_.NodesOf(*child.rule).most == 0;
-  const ParsoQuantifier quantifier =
-      Repeats(child.quantifier) ? ParsoQuantifier::Some : ParsoQuantifier::One;
   ParsoCode code;
   if (isLeaf) code.push_back({ParsoOpcode::Mark});
   if (analysis_.MatchesEmpty(*child.rule)) code.push_back({ParsoOpcode::FailAtEnd});
-  AppendCode(code, ItemCode({child.rule, quantifier}, attached && !isLeaf));
+  AppendCode(code, ItemCode({child.rule, AsAlternative(child.quantifier)}, attached && !isLeaf));
   if (isLeaf) {
     code.push_back({ParsoOpcode::CloseLeaf});
     code.back().rule = leafOfEmpty;
@@ -105,14 +92,14 @@ ParsoCode ParsoCompiler::DispatchCode(const std::vector<Alternative>& alternativ
     const ParsoBeginning& beginning = alternatives[i].beginning;
     const auto bit = static_cast<ParsoDispatch::Mask>(1u << i);
     for (std::size_t unit = 0; unit < dispatch.first.size(); ++unit) {
-      if (beginning.first[unit]) dispatch.first[unit] |= bit;
-      if (beginning.second[unit]) dispatch.second[unit] |= bit;
+      if (beginning.first[unit] != 0) dispatch.first[unit] |= bit;
+      if (beginning.second[unit] != 0) dispatch.second[unit] |= bit;
     }
     dispatch.jumps[i] = static_cast<std::int32_t>(code.size());
     AppendCode(code, alternatives[i].code);
-    const bool leavesOthers = std::any_of(
-        alternatives.begin() + static_cast<std::ptrdiff_t>(i) + 1, alternatives.end(),
-        [&](const Alternative& later) { return later.beginning.Overlaps(beginning); });
+    const bool leavesOthers =
+        std::any_of(alternatives.begin() + static_cast<std::ptrdiff_t>(i) + 1, alternatives.end(),
+                    [&](const Alternative& later) { return later.beginning.Overlaps(beginning); });
     const auto here = static_cast<std::int32_t>(code.size());
     code.push_back({leavesOthers ? ParsoOpcode::EndAlternative : ParsoOpcode::Jump,
                     static_cast<std::int32_t>(end) - here});
@@ -185,8 +172,8 @@ std::optional<ParsoCode> ParsoCompiler::SharedBeginning(const ParsoChild& a, con
 }
 
 std::optional<std::size_t> ParsoCompiler::EndNameItem(const ParsoRule& rule) {
-  const bool bothThere = rule.constraint.size() == 2 && rule.constraint[0] != nullptr &&
-                         rule.constraint[1] != nullptr;
+  const bool bothThere =
+      rule.constraint.size() == 2 && rule.constraint[0] != nullptr && rule.constraint[1] != nullptr;
   if (!bothThere || !StartsWithFirstName(rule)) return std::nullopt;
   const ParsoRule& endName = *rule.constraint[1];
   for (std::size_t i = 0; i < rule.children.size(); ++i) {

@@ -1,7 +1,8 @@
 // A rule becomes code that matches it and hangs what is left of it after pruning into the list of
 // nodes above. Pruning looks only at how many children a node has, which for most rules is known
-// beforehand (ParsoAnalysis); such a rule makes its node at once, or none at all, and in rules whose
-// nodes are dropped nothing makes nodes. Rules that are short are put in the place of their call.
+// beforehand (ParsoAnalysis); such a rule makes its node at once, or none at all, and in rules
+// whose nodes are dropped nothing makes nodes. Rules that are short are put in the place of their
+// call.
 //
 // The trap is the end of the text: an item that can match nothing is not tried there, so it fails
 // where it is required and leaves no empty node where it is optional (FailAtEnd, JumpAtEnd). All
@@ -9,27 +10,11 @@
 #include "parsocompiler.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kelmora {
 namespace {
 
 constexpr std::uint32_t kInlineWeight = 70;  // heavier rules are called
-
-bool IsSequence(const ParsoRule& rule) {
-  const bool hasOperands = rule.kind == ParsoKind::Rule || rule.kind == ParsoKind::Group;
-  return hasOperands && (rule.op == ParsoOp::Sequence || rule.op == ParsoOp::None);
-}
-
-bool Repeats(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::Any || quantifier == ParsoQuantifier::Some;
-}
-
-bool IsRequired(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::One || quantifier == ParsoQuantifier::Some;
-}
-
-std::int32_t JumpOver(const ParsoCode& code) { return static_cast<std::int32_t>(code.size()) + 1; }
 
 ParsoInstruction LiteralInstruction(ParsoOpcode opcode, const ParsoRule& literal) {
   ParsoInstruction instruction{opcode};
@@ -61,6 +46,10 @@ void FuseName(ParsoCode& code, std::deque<ParsoName>& names) {
 }
 
 }  // namespace
+
+bool IsSequence(const ParsoRule& rule) {
+  return !rule.children.empty() && (rule.op == ParsoOp::Sequence || rule.op == ParsoOp::None);
+}
 
 ParsoCode JoinParts(const std::vector<ParsoCode>& parts) {
   ParsoCode code;
@@ -148,12 +137,12 @@ ParsoCode ParsoCompiler::MatchCode(const ParsoRule& rule, bool attached) {
     return SameNameCode(*constrained_->constraint[0], rule);
   }
   attached = attached && analysis_.NodesOf(rule).most > 0;
-  if (!IsActive(rule) && (rule.kind == ParsoKind::Group || analysis_.Weight(rule) <= kInlineWeight)) {
+  if (!IsActive(rule) &&
+      (rule.kind == ParsoKind::Group || analysis_.Weight(rule) <= kInlineWeight)) {
     return JoinParts(PartsOf(rule, attached, 0));
   }
   ParsoInstruction call{ParsoOpcode::Call};
-  call.routine =
-      program_.RoutineFor(rule, attached ? ParsoOutput::Attached : ParsoOutput::Dropped);
+  call.routine = program_.RoutineFor(rule, attached ? ParsoOutput::Attached : ParsoOutput::Dropped);
   return {call};
 }
 
@@ -226,11 +215,11 @@ void ParsoCompiler::AddSequence(const ParsoRule& rule, bool attached, int levels
                            child.quantifier == ParsoQuantifier::One && IsSequence(*child.rule) &&
                            ShapeOf(*child.rule, attached) != Shape::Leaf;
     // At the end of the text a later item that takes something would fail in any case.
-    const bool failsLater = std::any_of(
-        rule.children.begin() + static_cast<std::ptrdiff_t>(i) + 1, rule.children.end(),
-        [&](const ParsoChild& later) {
-          return IsRequired(later.quantifier) && !analysis_.MatchesEmpty(*later.rule);
-        });
+    const bool failsLater =
+        std::any_of(rule.children.begin() + static_cast<std::ptrdiff_t>(i) + 1, rule.children.end(),
+                    [&](const ParsoChild& later) {
+                      return !CanBeNone(later.quantifier) && !analysis_.MatchesEmpty(*later.rule);
+                    });
     if (child.quantifier == ParsoQuantifier::One && !failsLater &&
         analysis_.MatchesEmpty(*child.rule)) {
       body.push_back({{ParsoOpcode::FailAtEnd}});
@@ -336,8 +325,7 @@ void ParsoCompiler::LoopDispatch(ParsoCode& code) {
   const auto size = static_cast<std::int32_t>(code.size());
   for (std::int32_t i = 0; i < size; ++i) {
     ParsoInstruction& end = code[static_cast<std::size_t>(i)];
-    const bool isEnd =
-        end.opcode == ParsoOpcode::Jump || end.opcode == ParsoOpcode::EndAlternative;
+    const bool isEnd = end.opcode == ParsoOpcode::Jump || end.opcode == ParsoOpcode::EndAlternative;
     if (isEnd && i + end.jump == size) end.jump = -i;
   }
   code[0].opcode = ParsoOpcode::LoopDispatch;
@@ -352,7 +340,7 @@ std::optional<ParsoCode> ParsoCompiler::RunLoopCode(const ParsoRule& choice) {
   ParsoBeginning before;
   for (const ParsoChild& child : choice.children) {
     if (!run && (run = AnyNumberOf(child))) {
-      if ((before.first & BeginningOf(child).first).any()) return std::nullopt;
+      if (Meet(before.first, BeginningOf(child).first)) return std::nullopt;
       continue;
     }
     const ParsoBeginning beginning = BeginningOf(child);
@@ -398,8 +386,7 @@ std::optional<ParsoChild> ParsoCompiler::AsRun(const ParsoChild& child, bool att
   if (ShapeOf(rule, attached) != Shape::Dropped) return std::nullopt;
   const auto inner = AsRun(rule.children[0], false);
   if (!inner || inner->quantifier != ParsoQuantifier::Some) return std::nullopt;
-  const bool canBeNone = child.quantifier == ParsoQuantifier::Optional ||
-                         child.quantifier == ParsoQuantifier::Any;
+  const bool canBeNone = CanBeNone(child.quantifier);
   return ParsoChild{inner->rule, canBeNone ? ParsoQuantifier::Any : ParsoQuantifier::Some};
 }
 
@@ -442,12 +429,7 @@ const ParsoUnitSet* ParsoCompiler::SetOf(const ParsoRule& classRule) {
 
 const ParsoBeginningTable* ParsoCompiler::TableOf(const ParsoBeginning& beginning) {
   const ParsoBeginning closed = beginning.Closed();
-  ParsoBeginningTable table;
-  for (std::size_t i = 0; i < table.first.size(); ++i) {
-    table.first[i] = closed.first[i];
-    table.second[i] = closed.second[i];
-  }
-  return KeepOnce(program_.beginnings_, table);
+  return KeepOnce(program_.beginnings_, ParsoBeginningTable{closed.first, closed.second});
 }
 
 }  // namespace kelmora

@@ -10,8 +10,7 @@ namespace kelmora {
 
 class ParsoCompiler {
  public:
-  explicit ParsoCompiler(ParsoProgram& program)
-      : program_(program), analysis_(program.analysis_) {}
+  explicit ParsoCompiler(ParsoProgram& program) : program_(program), analysis_(program.analysis_) {}
 
   // False when the rule needs what the machine can't do; the routine then has no code.
   bool Compile(ParsoRoutine& routine);
@@ -60,8 +59,7 @@ class ParsoCompiler {
                        const ParsoRule* leafOfEmpty);
   ParsoCode AlternativeCode(const ParsoChild& child, bool attached, const ParsoRule* leafOfEmpty);
   ParsoCode DispatchCode(const std::vector<Alternative>& alternatives);
-  std::optional<ParsoCode> SharedBeginning(const ParsoChild& a, const ParsoChild& b,
-                                           bool attached);
+  std::optional<ParsoCode> SharedBeginning(const ParsoChild& a, const ParsoChild& b, bool attached);
   ParsoBeginning BeginningOf(const ParsoChild& alternative);
 
   // The operand of `rule` that holds the second name of its constraint; empty when the constraint
@@ -75,16 +73,25 @@ class ParsoCompiler {
 
   ParsoProgram& program_;
   ParsoAnalysis& analysis_;
-  std::vector<const ParsoRule*> active_;  // rules whose code is being made, each inside the one before
+  std::vector<const ParsoRule*>
+      active_;  // rules whose code is being made, each inside the one before
   const ParsoRule* constrained_ = nullptr;  // the rule whose end name is awaited
   bool unsupported_ = false;
 };
 
-// Helpers on code.
+// Whether the rule has operands that are matched one behind the other.
+bool IsSequence(const ParsoRule& rule);
+
+// One code out of the parts; a Run and a Literal behind it become one instruction.
 ParsoCode JoinParts(const std::vector<ParsoCode>& parts);
 void AppendCode(ParsoCode& code, const ParsoCode& more);
 bool SameCode(const ParsoCode& a, const ParsoCode& b);
+// The jump from the instruction in front of the code to the one behind it.
+inline std::int32_t JumpOver(const ParsoCode& code) {
+  return static_cast<std::int32_t>(code.size()) + 1;
+}
 
+// The value in a pool of operands, where it is added if it isn't there yet.
 template <class Pool, class Value>
 const Value* KeepOnce(Pool& pool, const Value& value) {
   for (const Value& kept : pool) {

@@ -51,8 +51,8 @@ class StreamLines {
     auto count = static_cast<std::int32_t>(ParsoGrammarLoader::kLongestLine);
     const ResultCode code = stream_.ReadLine(line_, count);
     if (code != streamresult::kSuccess) {
-      TQErrorLogger::ReportAndRaise(code, u"Could not read a deliminated file",
-                                    u"parsogrammar.cpp", __LINE__);
+      TQErrorLogger::ReportAndRaise(code, u"Could not read a deliminated file", u"parsogrammar.cpp",
+                                    __LINE__);
     }
     return {line_, static_cast<std::size_t>(count)};
   }
@@ -77,7 +77,9 @@ bool Load(ParsoGrammar& grammar, Lines lines) {
 
 }  // namespace
 
-ParsoGrammar::ParsoGrammar() : index_(kIndexSlots) { rules.reserve(kMaxRules); }
+ParsoGrammar::ParsoGrammar() : index_(kIndexSlots) {
+  rules.reserve(kMaxRules);
+}
 
 ParsoGrammar::ParsoGrammar(const char16_t* fileName) : ParsoGrammar() {
   if (fileName != nullptr) Init(fileName);
@@ -118,7 +120,9 @@ bool ParsoGrammar::Init(YStream& stream) {
   }
 }
 
-bool ParsoGrammar::LoadText(std::string_view text) { return Load(*this, TextLines(text)); }
+bool ParsoGrammar::LoadText(std::string_view text) {
+  return Load(*this, TextLines(text));
+}
 
 ParsoRule* ParsoGrammar::FindRule(std::u16string_view name, ParsoKind kind) const {
   if (name.empty()) return nullptr;

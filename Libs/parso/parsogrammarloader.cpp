@@ -128,8 +128,10 @@ std::size_t ParsoGrammarLoader::CompileBracketed(ParsoRule& rule, std::u16string
     AddChild(rule, FindOrCreate(text.substr(start, end - start), ParsoKind::Code));
     return end - 1;
   }
-  const char16_t closing = opening == u'(' ? u')' : opening == u'[' ? u']'
-                           : opening == u'{' ? u'}' : opening;
+  const char16_t closing = opening == u'('   ? u')'
+                           : opening == u'[' ? u']'
+                           : opening == u'{' ? u'}'
+                                             : opening;
   const bool nested = opening == u'(' || opening == u'[';
   const std::size_t end = FindClosing(text, start, closing, nested);
   const std::u16string_view inner = text.substr(start + 1, end - start - 1);
@@ -178,6 +180,8 @@ void ParsoGrammarLoader::AddChild(ParsoRule& rule, ParsoRule* child) {
   }
 }
 
-void ParsoGrammarLoader::Finish() { ParsoOptimiser(grammar_).Run(); }
+void ParsoGrammarLoader::Finish() {
+  ParsoOptimiser(grammar_).Run();
+}
 
 }  // namespace kelmora

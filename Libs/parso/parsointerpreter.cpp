@@ -1,7 +1,6 @@
 // Every rule or group that is being matched stands on `frames_`, so that the depth of a text costs
 // heap and no machine stack. A frame hands out the attempts that its operator asks for one by one
-// (NextAttempt); classes and literals are matched on the spot, all else gets a frame of its own.
-// What came of an attempt is delivered to the frame below. A frame without further attempts is
+// (NextAttempt); what came of it is delivered to it. A frame without further attempts is
 // closed: its node is pruned or has failed.
 //
 // A sequence never tries an item again that has matched, and a choice that has taken an
@@ -13,14 +12,6 @@
 
 namespace kelmora {
 namespace {
-
-bool Repeats(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::Any || quantifier == ParsoQuantifier::Some;
-}
-
-bool IsRequired(ParsoQuantifier quantifier) {
-  return quantifier == ParsoQuantifier::One || quantifier == ParsoQuantifier::Some;
-}
 
 bool Takes(const ParsoRule& rule, char16_t unit) {
   return (*rule.table)[std::min<std::size_t>(unit, rule.table->size() - 1)] != 0;
@@ -49,76 +40,77 @@ bool BeginsStop(const ParsoRule& stop, const char16_t* text) {
 }  // namespace
 
 std::uint32_t ParsoInterpreter::Match(ParsoNode* root) {
-  if (Start(root, ParsoQuantifier::One)) return result_;
+  if (root->rule->kind == ParsoKind::Class) {
+    const Frame whole = {.node = root, .cursor = root->text, .available = root->length, .line = 1};
+    const Result result = MatchClass(*root->rule, ParsoQuantifier::One, whole);
+    root->length = result.length;
+    return result.line;
+  }
+  Start(root);
   while (true) {
     Frame& frame = frames_.back();
-    if (ParsoNode* child = NextAttempt(frame)) {
-      if (Start(child, frame.node->rule->children[frame.item].quantifier)) Deliver(child, result_);
+    if (const ParsoChild* child = NextAttempt(frame)) {
+      Attempt(*child);
       continue;
     }
     ParsoNode* node = frame.node;
-    result_ = Close(frame);
+    const std::uint32_t line = Close(frame);
     frames_.pop_back();
-    if (frames_.empty()) return result_;
-    Deliver(node, result_);
+    if (frames_.empty()) return line;
+    Deliver(*node->rule, node, {line, node->length});
   }
 }
 
-// True when the node is finished, with its result in `result_`; else it has a frame now.
-bool ParsoInterpreter::Start(ParsoNode* node, ParsoQuantifier quantifier) {
-  switch (node->rule->kind) {
-    case ParsoKind::Class:
-      result_ = MatchClass(node, quantifier);
-      return true;
-    case ParsoKind::Literal:
-      result_ = MatchLiteral(node);
-      return true;
-    default:
-      break;
-  }
-  if (TakeMemo(node)) return true;
-  frames_.push_back({.node = node,
-                     .cursor = node->text,
-                     .available = node->length,
-                     .line = node->line});
+void ParsoInterpreter::Start(ParsoNode* node) {
+  frames_.push_back(
+      {.node = node, .cursor = node->text, .available = node->length, .line = node->line});
   node->matched = false;
   node->length = 0;
-  return false;
 }
 
-bool ParsoInterpreter::TakeMemo(ParsoNode* node) {
-  if (memoised_ == nullptr || !(*memoised_)[static_cast<std::size_t>(node->rule->index)]) {
-    return false;
+// Tries an operand of the topmost rule. Classes and literals are matched on the spot and without a
+// node, since none would stay; a rule or group gets a frame.
+void ParsoInterpreter::Attempt(const ParsoChild& child) {
+  const Frame& frame = frames_.back();
+  const ParsoRule& rule = *child.rule;
+  if (rule.kind == ParsoKind::Class) {
+    Deliver(rule, nullptr, MatchClass(rule, child.quantifier, frame));
+    return;
   }
-  const auto known = memo_.find({node->rule, node->text});
-  if (known == memo_.end()) return false;
-  node->length = known->second.length;
-  node->matched = known->second.line != 0;
-  result_ = known->second.line;
-  return true;
-}
-
-std::uint32_t ParsoInterpreter::MatchClass(ParsoNode* node, ParsoQuantifier quantifier) {
-  const ParsoRule& rule = *node->rule;
-  const std::int32_t most = Repeats(quantifier) ? node->length : 1;
-  std::uint32_t line = node->line;
-  std::int32_t length = 0;
-  while (length < most && Takes(rule, node->text[length])) {
-    line += LinesIn(node->text[length], rule.crSeen);
-    ++length;
+  if (rule.kind == ParsoKind::Literal) {
+    const bool matches = CompareLiteral(rule, frame.cursor);
+    const auto length = static_cast<std::int32_t>(rule.name.size());
+    Deliver(rule, nullptr, matches ? Result{frame.line, length} : Result{});
+    return;
   }
-  node->length = length;
-  node->matched = length > 0;
-  return node->matched ? line : 0;
+  if (IsMemoised(rule)) {
+    const auto known = memo_.find({&rule, frame.cursor});
+    if (known != memo_.end()) {
+      Deliver(rule, nullptr, known->second);
+      return;
+    }
+  }
+  ParsoNode* node = pool_.Take();
+  node->rule = &rule;
+  node->text = frame.cursor;
+  node->length = frame.available;
+  node->line = frame.line;
+  Start(node);
 }
 
-std::uint32_t ParsoInterpreter::MatchLiteral(ParsoNode* node) {
-  node->matched = CompareLiteral(*node->rule, node->text);
-  node->length = node->matched ? static_cast<std::int32_t>(node->rule->name.size()) : 0;
-  return node->matched ? node->line : 0;
+ParsoInterpreter::Result ParsoInterpreter::MatchClass(const ParsoRule& rule,
+                                                      ParsoQuantifier quantifier,
+                                                      const Frame& frame) {
+  const std::int32_t most = Repeats(quantifier) ? frame.available : std::min(frame.available, 1);
+  Result result = {frame.line, 0};
+  while (result.length < most && Takes(rule, frame.cursor[result.length])) {
+    result.line += LinesIn(frame.cursor[result.length], rule.crSeen);
+    ++result.length;
+  }
+  return result.length > 0 ? result : Result{};
 }
 
-ParsoNode* ParsoInterpreter::NextAttempt(Frame& frame) {
+const ParsoChild* ParsoInterpreter::NextAttempt(Frame& frame) {
   const ParsoRule& rule = *frame.node->rule;
   switch (rule.op) {
     case ParsoOp::None:
@@ -134,12 +126,12 @@ ParsoNode* ParsoInterpreter::NextAttempt(Frame& frame) {
   return nullptr;
 }
 
-ParsoNode* ParsoInterpreter::NextInSequence(Frame& frame) {
+const ParsoChild* ParsoInterpreter::NextInSequence(Frame& frame) {
   ParsoNode* node = frame.node;
   for (; frame.item < node->rule->children.size(); ++frame.item) {
     const ParsoChild& child = node->rule->children[frame.item];
-    if (frame.tryItem && frame.available > 0) return NewChild(frame, *child.rule);
-    if (frame.successes == 0 && IsRequired(child.quantifier)) {
+    if (frame.tryItem && frame.available > 0) return &child;
+    if (frame.successes == 0 && !CanBeNone(child.quantifier)) {
       RecordFailure(*node->rule, node->text, frame.item, node->length, node->line);
       return nullptr;
     }
@@ -151,12 +143,10 @@ ParsoNode* ParsoInterpreter::NextInSequence(Frame& frame) {
   return nullptr;
 }
 
-ParsoNode* ParsoInterpreter::NextInChoice(Frame& frame) {
+const ParsoChild* ParsoInterpreter::NextInChoice(Frame& frame) {
   ParsoNode* node = frame.node;
   for (; frame.item < node->rule->children.size(); ++frame.item) {
-    if (frame.tryItem && frame.available > 0) {
-      return NewChild(frame, *node->rule->children[frame.item].rule);
-    }
+    if (frame.tryItem && frame.available > 0) return &node->rule->children[frame.item];
     if (frame.successes > 0) break;
     frame.tryItem = true;
   }
@@ -164,26 +154,23 @@ ParsoNode* ParsoInterpreter::NextInChoice(Frame& frame) {
   return nullptr;
 }
 
-ParsoNode* ParsoInterpreter::NextInExcept(Frame& frame) {
+const ParsoChild* ParsoInterpreter::NextInExcept(Frame& frame) {
   if (!frame.tryItem || frame.available <= 0) return nullptr;
   frame.tryItem = false;
-  return NewChild(frame, *frame.node->rule->children[0].rule);
+  return &frame.node->rule->children[0];
 }
 
-ParsoNode* ParsoInterpreter::NextInStopAt(Frame& frame) {
+const ParsoChild* ParsoInterpreter::NextInStopAt(Frame& frame) {
   ParsoNode* node = frame.node;
-  const ParsoRule& left = *node->rule->children[0].rule;
-  const bool isFirst = frame.tryItem && frame.successes == 0;
-  if (isFirst) frame.available = ScanToStop(frame);
-  if (left.kind == ParsoKind::Class) {
+  const ParsoChild& left = node->rule->children[0];
+  if (frame.tryItem && frame.successes == 0) frame.available = ScanToStop(frame);
+  if (left.rule->kind == ParsoKind::Class) {
     node->length = frame.available;
     node->matched = frame.available > 0;
-    if (!node->matched) {
-      RecordFailure(*node->rule, frame.cursor, 0, 0, node->line);
-    }
+    if (!node->matched) RecordFailure(*node->rule, frame.cursor, 0, 0, node->line);
     return nullptr;
   }
-  if (frame.tryItem && frame.available > 0) return NewChild(frame, left);
+  if (frame.tryItem && frame.available > 0) return &left;
   node->matched = frame.successes > 0;
   return nullptr;
 }
@@ -207,57 +194,39 @@ std::int32_t ParsoInterpreter::ScanToStop(Frame& frame) {
   return count;
 }
 
-ParsoNode* ParsoInterpreter::NewChild(const Frame& frame, const ParsoRule& rule) {
-  ParsoNode* child = pool_.Take();
-  child->rule = &rule;
-  child->text = frame.cursor;
-  child->length = frame.available;
-  child->line = frame.line;
-  return child;
-}
-
-// Tells the frame on top what came of its attempt: `line` is the line reached, 0 for a failure.
-void ParsoInterpreter::Deliver(ParsoNode* child, std::uint32_t line) {
+// Tells the topmost frame what came of its attempt. `child` is null for what leaves no node.
+void ParsoInterpreter::Deliver(const ParsoRule& childRule, ParsoNode* child, Result result) {
   Frame& frame = frames_.back();
   ParsoNode* node = frame.node;
   const ParsoRule& rule = *node->rule;
-  if (line == 0) {
-    RecordFailure(*child->rule, frame.cursor, frame.item, child->length, frame.line);
+  if (result.line == 0) {
+    RecordFailure(childRule, frame.cursor, frame.item, result.length, frame.line);
     pool_.Release(child);
     frame.tryItem = false;
     return;
   }
   if (rule.op == ParsoOp::Except) {
     const std::u16string_view literal = rule.children[1].rule->name;
-    if (child->Text().size() == literal.size() &&
-        CompareIgnoringCase(child->text, literal.data(), literal.size())) {
+    if (static_cast<std::size_t>(result.length) == literal.size() &&
+        CompareIgnoringCase(frame.cursor, literal.data(), literal.size())) {
       RecordFailure(rule, frame.cursor, 0, 0, node->line);
       pool_.Release(child);
       return;
     }
     node->matched = true;
   }
-  Accept(frame, child, line);
-}
-
-void ParsoInterpreter::Accept(Frame& frame, ParsoNode* child, std::uint32_t line) {
-  const std::int32_t length = child->length;
-  const ParsoRule& rule = *frame.node->rule;
-  const bool repeats =
-      rule.op == ParsoOp::StopAt || Repeats(rule.children[frame.item].quantifier);
-  frame.node->length += length;
-  frame.available -= length;
-  frame.cursor += length;
-  frame.line = line;
+  const bool repeats = rule.op == ParsoOp::StopAt || Repeats(rule.children[frame.item].quantifier);
+  node->length += result.length;
+  frame.available -= result.length;
+  frame.cursor += result.length;
+  frame.line = result.line;
   ++frame.successes;
-  frame.tryItem = repeats && length > 0 && rule.op != ParsoOp::Except;
-  Attach(frame, child);
+  frame.tryItem = repeats && result.length > 0 && rule.op != ParsoOp::Except;
+  if (child != nullptr) Attach(frame, child);
 }
 
 void ParsoInterpreter::Attach(Frame& frame, ParsoNode* child) {
-  const ParsoRule& rule = *child->rule;
-  const bool leavesNode = rule.kind == ParsoKind::Group || rule.kind == ParsoKind::Rule;
-  if (!leavesNode || rule.flagNoNode) {
+  if (child->rule->flagNoNode) {
     pool_.Release(child);
     return;
   }
@@ -299,9 +268,7 @@ std::uint32_t ParsoInterpreter::Close(Frame& frame) {
     node->firstChild = nullptr;
   }
   const std::uint32_t line = node->matched ? frame.line : 0;
-  if (memoised_ != nullptr && (*memoised_)[static_cast<std::size_t>(node->rule->index)]) {
-    memo_[{node->rule, node->text}] = {node->length, line};
-  }
+  if (IsMemoised(*node->rule)) memo_[{node->rule, node->text}] = {line, node->length};
   if (line != 0 && ParsoMode::current.flatten) Prune(node);
   return line;
 }
@@ -313,8 +280,9 @@ void ParsoInterpreter::Prune(ParsoNode* node) {
     ParsoNode* first = child->firstChild;
     const bool isGroup = rule.kind == ParsoKind::Group;
     const bool isOnly = first != nullptr && first->next == nullptr;
-    const bool splices = first != nullptr && !rule.flagKeepNode &&
-                         (isGroup || (isOnly && !(rule.flagKeepApart && first->rule->flagKeepApart)));
+    const bool splices =
+        first != nullptr && !rule.flagKeepNode &&
+        (isGroup || (isOnly && !(rule.flagKeepApart && first->rule->flagKeepApart)));
     if (splices) {
       ParsoNode* last = first;
       while (last->next != nullptr) last = last->next;

@@ -29,11 +29,16 @@ class ParsoInterpreter {
     ParsoNode* node;
     ParsoNode* lastChild = nullptr;
     const char16_t* cursor;
-    std::int32_t available;       // units from `cursor` on
+    std::int32_t available;  // units from `cursor` on
     std::uint32_t line;
     std::uint32_t item = 0;       // the operand that is being tried
     std::uint32_t successes = 0;  // of that operand
     bool tryItem = true;
+  };
+  // What came of an attempt: the line reached, 0 for a failure, and the units consumed.
+  struct Result {
+    std::uint32_t line = 0;
+    std::int32_t length = 0;
   };
   struct MemoKey {
     const ParsoRule* rule;
@@ -45,24 +50,20 @@ class ParsoInterpreter {
       return std::hash<const void*>()(key.text) * 31 + std::hash<const void*>()(key.rule);
     }
   };
-  struct MemoResult {
-    std::int32_t length;
-    std::uint32_t line;
-  };
 
-  bool Start(ParsoNode* node, ParsoQuantifier quantifier);
-  bool TakeMemo(ParsoNode* node);
-  std::uint32_t MatchClass(ParsoNode* node, ParsoQuantifier quantifier);
-  std::uint32_t MatchLiteral(ParsoNode* node);
+  void Start(ParsoNode* node);
+  void Attempt(const ParsoChild& child);
+  static Result MatchClass(const ParsoRule& rule, ParsoQuantifier quantifier, const Frame& frame);
+  bool IsMemoised(const ParsoRule& rule) const {
+    return memoised_ != nullptr && (*memoised_)[static_cast<std::size_t>(rule.index)];
+  }
 
-  ParsoNode* NextAttempt(Frame& frame);
-  ParsoNode* NextInSequence(Frame& frame);
-  ParsoNode* NextInChoice(Frame& frame);
-  ParsoNode* NextInExcept(Frame& frame);
-  ParsoNode* NextInStopAt(Frame& frame);
-  ParsoNode* NewChild(const Frame& frame, const ParsoRule& rule);
-  void Deliver(ParsoNode* child, std::uint32_t line);
-  void Accept(Frame& frame, ParsoNode* child, std::uint32_t line);
+  const ParsoChild* NextAttempt(Frame& frame);
+  const ParsoChild* NextInSequence(Frame& frame);
+  const ParsoChild* NextInChoice(Frame& frame);
+  const ParsoChild* NextInExcept(Frame& frame);
+  const ParsoChild* NextInStopAt(Frame& frame);
+  void Deliver(const ParsoRule& childRule, ParsoNode* child, Result result);
   void Attach(Frame& frame, ParsoNode* child);
   void CheckConstraint(ParsoNode* node);
   std::int32_t ScanToStop(Frame& frame);
@@ -72,8 +73,7 @@ class ParsoInterpreter {
   ParsoNodePool& pool_;
   const std::vector<bool>* memoised_;
   std::vector<Frame> frames_;
-  std::uint32_t result_ = 0;  // of the node that was finished last
-  std::unordered_map<MemoKey, MemoResult, MemoHash> memo_;
+  std::unordered_map<MemoKey, Result, MemoHash> memo_;
 };
 
 }  // namespace kelmora

@@ -5,7 +5,7 @@
 #include "parsomachine.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 #include <new>
 
 #include "parso/parsoparser.h"
@@ -23,7 +23,9 @@ namespace {
 
 constexpr std::size_t kFirstEntries = 256;
 
-std::size_t EntryOf(char16_t unit) { return std::min<std::size_t>(unit, 255); }
+std::size_t EntryOf(char16_t unit) {
+  return std::min<std::size_t>(unit, 255);
+}
 
 PARSO_STEP bool SameUnits(const char16_t* a, const char16_t* b, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -57,6 +59,21 @@ PARSO_STEP void ParsoMachine::PopChoice(Registers& r) {
   r.choice = entries_.get() + r.choice->previousChoice;
 }
 
+PARSO_STEP void ParsoMachine::MakeChoicePoint(Registers& r) {
+  PushChoice(r, r.code + r.code->jump);
+  const std::uint16_t count = r.code->count;
+  for (std::uint16_t i = 0; i < count; ++i) {
+    Push(r);
+    *r.top = *(r.top - count - 1);
+  }
+}
+
+PARSO_STEP void ParsoMachine::Commit(Registers& r) {
+  PopChoice(r);
+  r.top -= r.code->count;
+  r.code += r.code->jump;
+}
+
 // False when there is no choice point left.
 PARSO_STEP bool ParsoMachine::GoBack(Registers& r) {
   Entry& entry = *r.choice;
@@ -71,7 +88,7 @@ PARSO_STEP bool ParsoMachine::GoBack(Registers& r) {
     PopChoice(r);
     return true;
   }
-  const int next = __builtin_ctz(entry.alternatives);
+  const int next = std::countr_zero(entry.alternatives);
   r.code += entry.code->dispatch->jumps[static_cast<std::size_t>(next)];
   entry.alternatives &= entry.alternatives - 1;
   if (entry.alternatives == 0) PopChoice(r);
@@ -137,7 +154,7 @@ PARSO_STEP bool ParsoMachine::Dispatch(Registers& r) {
   if (r.text[0] != 0) possible &= dispatch.second[EntryOf(r.text[1])];
   if (possible == 0) return false;
   const unsigned others = possible & (possible - 1);
-  const int next = __builtin_ctz(possible);
+  const int next = std::countr_zero(possible);
   if (others != 0) {
     PushChoice(r, r.code);
     r.choice->alternatives = others;
@@ -161,7 +178,7 @@ PARSO_STEP void ParsoMachine::LoopDispatch(Registers& r) {
     PushChoice(r, r.code);
     r.choice->alternatives = others;
   }
-  r.code += dispatch.jumps[static_cast<std::size_t>(__builtin_ctz(possible))];
+  r.code += dispatch.jumps[static_cast<std::size_t>(std::countr_zero(possible))];
 }
 
 PARSO_STEP void ParsoMachine::EndAlternative(Registers& r) {
@@ -203,40 +220,37 @@ PARSO_STEP void ParsoMachine::CloseNode(Registers& r) {
   Attach(r, node, node);
 }
 
-// ClosePruned, CloseGroup and CloseSpliced.
-PARSO_STEP void ParsoMachine::CloseFrame(Registers& r) {
-  const ParsoOpcode opcode = r.code->opcode;
+PARSO_STEP void ParsoMachine::CloseSpliced(Registers& r) {
   ParsoNode* first = r.first;
   ParsoNode* last = r.last;
-  const bool makesNode = (opcode == ParsoOpcode::ClosePruned && first != last) ||
-                         (opcode == ParsoOpcode::CloseGroup && first == nullptr);
-  if (makesNode) {
-    CloseNode(r);
-    return;
-  }
   r.first = r.top->first;
   r.last = r.top->last;
   --r.top;
   if (first != nullptr) Attach(r, first, last);
 }
 
+PARSO_STEP void ParsoMachine::ClosePruned(Registers& r) {
+  if (r.first == r.last) {
+    CloseSpliced(r);
+  } else {
+    CloseNode(r);
+  }
+}
+
+PARSO_STEP void ParsoMachine::CloseGroup(Registers& r) {
+  if (r.first != nullptr) {
+    CloseSpliced(r);
+  } else {
+    CloseNode(r);
+  }
+}
+
 PARSO_STEP bool ParsoMachine::Call(Registers& r) {
   ParsoRoutine* routine = r.code->routine;
-  if (routine->code.empty() && !program_.Complete(*routine)) [[unlikely]] {
-    unsupported_ = true;
-    return false;
-  }
+  if (routine->code.empty() && !program_.Complete(*routine)) return false;
   Push(r).code = r.code + 1;
   r.code = routine->code.data();
   return true;
-}
-
-// Pushes what lies right below the topmost choice point once more.
-void ParsoMachine::CopyOpenNodes(Registers& r, std::uint16_t count) {
-  for (std::uint16_t i = 0; i < count; ++i) {
-    Push(r);
-    *r.top = *(r.top - count - 1);
-  }
 }
 
 void ParsoMachine::Grow(Registers& r) {
@@ -256,142 +270,124 @@ void ParsoMachine::Grow(Registers& r) {
   r.choice = entries_.get() + choice;
 }
 
+// The instructions of one unit or one jump.
+PARSO_STEP bool ParsoMachine::MatchUnit(Registers& r) const {
+  const bool takes = r.code->set->Takes(*r.text);
+  r.text += takes ? 1 : 0;
+  return takes;
+}
+
+PARSO_STEP bool ParsoMachine::MatchRun(Registers& r) const {
+  const char16_t* start = r.text;
+  r.text = SkipRun(*r.code->set, start, end_);
+  return r.text != start;
+}
+
+PARSO_STEP bool ParsoMachine::MatchSpacedLiteral(Registers& r) const {
+  if (*r.text != *r.code->literal) MatchRun(r);
+  return MatchLiteral(r);
+}
+
+PARSO_STEP bool ParsoMachine::MatchName(Registers& r) const {
+  if (!r.code->name->first.Takes(*r.text)) return false;
+  r.text = SkipRun(r.code->name->rest, r.text + 1, end_);
+  return true;
+}
+
+PARSO_STEP bool ParsoMachine::MatchNameLeaf(Registers& r) {
+  const char16_t* start = r.text;
+  if (!MatchName(r)) return false;
+  ParsoNode* leaf = NewNode(r, start);
+  Attach(r, leaf, leaf);
+  return true;
+}
+
+PARSO_STEP void ParsoMachine::Open(Registers& r) {
+  Entry& entry = Push(r);
+  entry.text = r.text;
+  entry.first = r.first;
+  entry.last = r.last;
+  r.first = r.last = nullptr;
+}
+
+PARSO_STEP void ParsoMachine::CloseLeaf(Registers& r) {
+  ParsoNode* leaf = NewNode(r, r.top->text);
+  --r.top;
+  Attach(r, leaf, leaf);
+}
+
+// Every step ends with a jump of its own to the next one, by the address of a label, since the
+// processor then foresees the next instruction from the present one. A switch has one jump for all
+// and takes half as long again.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#define PARSO_GO() goto* kLabels[static_cast<std::size_t>(r.code->opcode)]
+#define PARSO_NEXT() \
+  ++r.code;          \
+  PARSO_GO()
+#define PARSO_NEXT_IF(matches) \
+  if (!(matches)) goto Failed; \
+  PARSO_NEXT()
+#define PARSO_GO_IF(matches)   \
+  if (!(matches)) goto Failed; \
+  PARSO_GO()
+#define PARSO_JUMP_IF(jumps)            \
+  r.code += (jumps) ? r.code->jump : 1; \
+  PARSO_GO()
+
 ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_t* text,
                                         std::int32_t length) {
+  static constexpr const void* kLabels[] = {
+#define PARSO_OPCODE(name) &&name,
+#include "parsoopcode.def"
+#undef PARSO_OPCODE
+  };
   end_ = text + length;
   Registers r{start.code.data(), text, nullptr, nullptr, nullptr, nullptr};
   Grow(r);
-  while (true) {
-    bool matches = true;
-    switch (r.code->opcode) {
-      case ParsoOpcode::Unit:
-        matches = r.code->set->Takes(*r.text);
-        r.text += matches;
-        break;
-      case ParsoOpcode::OptionalUnit:
-        r.text += r.code->set->Takes(*r.text);
-        break;
-      case ParsoOpcode::Run:
-        r.text = SkipRun(*r.code->set, r.text, end_);
-        break;
-      case ParsoOpcode::RequiredRun:
-        matches = r.code->set->Takes(*r.text);
-        r.text = SkipRun(*r.code->set, r.text, end_);
-        break;
-      case ParsoOpcode::Literal:
-        matches = MatchLiteral(r);
-        break;
-      case ParsoOpcode::SpacedLiteral:
-        if (*r.text != *r.code->literal) r.text = SkipRun(*r.code->set, r.text, end_);
-        matches = MatchLiteral(r);
-        break;
-      case ParsoOpcode::Name:
-        matches = r.code->name->first.Takes(*r.text);
-        if (matches) r.text = SkipRun(r.code->name->rest, r.text + 1, end_);
-        break;
-      case ParsoOpcode::ToStop:
-        matches = MatchStop(r);
-        break;
-      case ParsoOpcode::OptionalToStop:
-        MatchStop(r);
-        break;
-      case ParsoOpcode::FailAtEnd:
-        matches = r.text != end_;
-        break;
-      case ParsoOpcode::Jump:
-        r.code += r.code->jump;
-        continue;
-      case ParsoOpcode::JumpAtEnd:
-        r.code += r.text == end_ ? r.code->jump : 1;
-        continue;
-      case ParsoOpcode::JumpUnless:
-        r.code += CanBegin(*r.code->beginning, r.text) ? 1 : r.code->jump;
-        continue;
-      case ParsoOpcode::LiteralOrJump:
-        if (MatchLiteral(r)) break;
-        r.code += r.code->jump;
-        continue;
-      case ParsoOpcode::ChoicePoint:
-        PushChoice(r, r.code + r.code->jump);
-        if (r.code->count != 0) CopyOpenNodes(r, r.code->count);
-        break;
-      case ParsoOpcode::Commit:
-        PopChoice(r);
-        r.top -= r.code->count;
-        r.code += r.code->jump;
-        continue;
-      case ParsoOpcode::Repeat:
-        Repeat(r);
-        continue;
-      case ParsoOpcode::Dispatch:
-        if (Dispatch(r)) continue;
-        matches = false;
-        break;
-      case ParsoOpcode::LoopDispatch:
-        LoopDispatch(r);
-        continue;
-      case ParsoOpcode::EndAlternative:
-        EndAlternative(r);
-        continue;
-      case ParsoOpcode::Call:
-        if (Call(r)) continue;
-        if (unsupported_) return Outcome::Unsupported;
-        break;
-      case ParsoOpcode::Return:
-        r.code = r.top->code;
-        --r.top;
-        continue;
-      case ParsoOpcode::Accept:
-        if (r.text != end_) return Outcome::Failed;
-        tree_.root = r.first;
-        return Outcome::Matched;
-      case ParsoOpcode::Open: {
-        Entry& entry = Push(r);
-        entry.text = r.text;
-        entry.first = r.first;
-        entry.last = r.last;
-        r.first = r.last = nullptr;
-        break;
-      }
-      case ParsoOpcode::Mark:
-        Push(r).text = r.text;
-        break;
-      case ParsoOpcode::CloseLeaf: {
-        ParsoNode* leaf = NewNode(r, r.top->text);
-        --r.top;
-        Attach(r, leaf, leaf);
-        break;
-      }
-      case ParsoOpcode::CloseNode:
-        CloseNode(r);
-        break;
-      case ParsoOpcode::ClosePruned:
-      case ParsoOpcode::CloseGroup:
-      case ParsoOpcode::CloseSpliced:
-        CloseFrame(r);
-        break;
-      case ParsoOpcode::NameLeaf: {
-        matches = r.code->name->first.Takes(*r.text);
-        if (!matches) break;
-        const char16_t* name = r.text;
-        r.text = SkipRun(r.code->name->rest, name + 1, end_);
-        ParsoNode* leaf = NewNode(r, name);
-        Attach(r, leaf, leaf);
-        break;
-      }
-      case ParsoOpcode::Except:
-        matches = CheckExcept(r);
-        break;
-      case ParsoOpcode::SameName:
-        matches = MatchSameName(r);
-        break;
-    }
-    if (matches) [[likely]] {
-      ++r.code;
-    } else if (!GoBack(r)) {
-      return Outcome::Failed;
-    }
-  }
+  PARSO_GO();
+
+// clang-format off
+  Unit:            PARSO_NEXT_IF(MatchUnit(r));
+  OptionalUnit:    MatchUnit(r); PARSO_NEXT();
+  Run:             MatchRun(r); PARSO_NEXT();
+  RequiredRun:     PARSO_NEXT_IF(MatchRun(r));
+  Literal:         PARSO_NEXT_IF(MatchLiteral(r));
+  SpacedLiteral:   PARSO_NEXT_IF(MatchSpacedLiteral(r));
+  Name:            PARSO_NEXT_IF(MatchName(r));
+  ToStop:          PARSO_NEXT_IF(MatchStop(r));
+  OptionalToStop:  MatchStop(r); PARSO_NEXT();
+  FailAtEnd:       PARSO_NEXT_IF(r.text != end_);
+  Jump:            PARSO_JUMP_IF(true);
+  JumpAtEnd:       PARSO_JUMP_IF(r.text == end_);
+  JumpUnless:      PARSO_JUMP_IF(!CanBegin(*r.code->beginning, r.text));
+  LiteralOrJump:   PARSO_JUMP_IF(!MatchLiteral(r));
+  ChoicePoint:     MakeChoicePoint(r); PARSO_NEXT();
+  Commit:          Commit(r); PARSO_GO();
+  Repeat:          Repeat(r); PARSO_GO();
+  Dispatch:        PARSO_GO_IF(Dispatch(r));
+  LoopDispatch:    LoopDispatch(r); PARSO_GO();
+  EndAlternative:  EndAlternative(r); PARSO_GO();
+  Call:            if (!Call(r)) return Outcome::Unsupported; PARSO_GO();
+  Return:          r.code = (r.top--)->code; PARSO_GO();
+  Open:            Open(r); PARSO_NEXT();
+  Mark:            Push(r).text = r.text; PARSO_NEXT();
+  CloseLeaf:       CloseLeaf(r); PARSO_NEXT();
+  CloseNode:       CloseNode(r); PARSO_NEXT();
+  ClosePruned:     ClosePruned(r); PARSO_NEXT();
+  CloseGroup:      CloseGroup(r); PARSO_NEXT();
+  CloseSpliced:    CloseSpliced(r); PARSO_NEXT();
+  NameLeaf:        PARSO_NEXT_IF(MatchNameLeaf(r));
+  Except:          PARSO_NEXT_IF(CheckExcept(r));
+  SameName:        PARSO_NEXT_IF(MatchSameName(r));
+  Failed:          if (!GoBack(r)) return Outcome::Failed; PARSO_GO();
+  // clang-format on
+
+Accept:
+  if (r.text != end_) return Outcome::Failed;
+  tree_.root = r.first;
+  return Outcome::Matched;
 }
+#pragma GCC diagnostic pop
 
 }  // namespace kelmora

@@ -1,6 +1,7 @@
 // ParsoMachine: runs a ParsoProgram over a text. It records no failures: a text that it refuses is
-// given to ParsoInterpreter, which finds out why. For a text that parses its tree is the same as the
-// interpreter's with flatten and dropEndNames on and an exact compare, but that nobody counts lines.
+// given to ParsoInterpreter, which finds out why. For a text that parses its tree is the same as
+// the interpreter's with flatten and dropEndNames on and an exact compare, but that nobody counts
+// lines.
 #pragma once
 
 #include <cstdint>
@@ -40,25 +41,35 @@ class ParsoMachine {
     Entry* choice;  // the topmost choice point; the bottom entry when there is none
   };
 
-  // Each carries out one instruction and returns false when the match fails here.
+  // Each carries out one instruction. Those with a result return false when the match fails here.
+  bool MatchUnit(Registers& r) const;
+  bool MatchRun(Registers& r) const;
   bool MatchLiteral(Registers& r) const;
+  bool MatchSpacedLiteral(Registers& r) const;
+  bool MatchName(Registers& r) const;
   bool MatchStop(Registers& r) const;
   bool MatchSameName(Registers& r) const;
+  bool MatchNameLeaf(Registers& r);
   bool CheckExcept(Registers& r) const;
+  void MakeChoicePoint(Registers& r);
+  void Commit(Registers& r);
+  void Repeat(Registers& r);
   bool Dispatch(Registers& r);
   void LoopDispatch(Registers& r);
-  void Repeat(Registers& r);
-  void MoveLoop(Registers& r, const ParsoInstruction* behind, bool goesOn);
   void EndAlternative(Registers& r);
+  bool Call(Registers& r);  // false when the routine can't be made
+  void Open(Registers& r);
+  void CloseLeaf(Registers& r);
   void CloseNode(Registers& r);
-  void CloseFrame(Registers& r);
-  bool Call(Registers& r);
+  void ClosePruned(Registers& r);
+  void CloseGroup(Registers& r);
+  void CloseSpliced(Registers& r);
 
   Entry& Push(Registers& r);
   void PushChoice(Registers& r, const ParsoInstruction* alternative);
   void PopChoice(Registers& r);
-  void CopyOpenNodes(Registers& r, std::uint16_t count);
-  bool GoBack(Registers& r);
+  void MoveLoop(Registers& r, const ParsoInstruction* behind, bool goesOn);
+  bool GoBack(Registers& r);  // false when no choice point is left
   void Attach(Registers& r, ParsoNode* first, ParsoNode* last);
   ParsoNode* NewNode(const Registers& r, const char16_t* start);
   void Grow(Registers& r);
@@ -68,7 +79,6 @@ class ParsoMachine {
   const char16_t* end_ = nullptr;
   std::unique_ptr<Entry[]> entries_;
   Entry* limit_ = nullptr;
-  bool unsupported_ = false;
 };
 
 }  // namespace kelmora

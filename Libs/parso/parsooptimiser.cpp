@@ -5,7 +5,7 @@
 namespace kelmora {
 namespace {
 
-constexpr std::size_t kLastEntry = 255;  // answers for all units from there on
+constexpr int kLastEntry = 255;  // answers for all units from there on
 
 int HexDigit(char16_t unit) {
   if (unit >= u'0' && unit <= u'9') return unit - u'0';
@@ -62,9 +62,8 @@ ParsoClassTable CompileBracketClass(std::u16string_view text) {
     const Member member = ReadMember(text);
     text.remove_prefix(member.length);
     if (member.first == u'^' && member.length == 1) continue;
-    for (std::size_t code = 0; code < table.size(); ++code) {
-      const int value = static_cast<int>(code);
-      if (value >= member.first && value <= member.last) table[code] = 1;
+    for (int code = member.first; code <= std::min<int>(member.last, kLastEntry); ++code) {
+      table[static_cast<std::size_t>(code)] = 1;
     }
   }
   if (negated) {
@@ -90,7 +89,7 @@ void ParsoOptimiser::CompileClasses() {
       *table = CompileBracketClass(rule->name);
     } else {
       const int code = isCode ? HexCode(rule->name) : rule->name[0];
-      if (code >= 0) (*table)[std::min<std::size_t>(static_cast<std::size_t>(code), kLastEntry)] = 1;
+      if (code >= 0) (*table)[static_cast<std::size_t>(std::min(code, kLastEntry))] = 1;
     }
     rule->table = table;
     rule->kind = ParsoKind::Class;

@@ -118,10 +118,16 @@ std::int32_t ParsoParser::ErrorOffset() const {
   return furthest == nullptr ? 0 : static_cast<std::int32_t>(furthest - text_);
 }
 
-std::int32_t ParsoParser::ErrorLength() const { return ParsoErrorState::current.length; }
+std::int32_t ParsoParser::ErrorLength() const {
+  return ParsoErrorState::current.length;
+}
 
-const char16_t* ParsoParser::ErrorPosition() const { return ParsoErrorState::current.furthest; }
+const char16_t* ParsoParser::ErrorPosition() const {
+  return ParsoErrorState::current.furthest;
+}
 
-TQString ParsoParser::ErrorMessage() const { return DescribeFailure(ParsoErrorState::current); }
+TQString ParsoParser::ErrorMessage() const {
+  return DescribeFailure(ParsoErrorState::current);
+}
 
 }  // namespace kelmora

@@ -24,8 +24,8 @@ bool ParsoProgram::Complete(ParsoRoutine& routine) {
 }
 
 ParsoRoutine* ParsoProgram::RoutineFor(const ParsoRule& rule, ParsoOutput output) {
-  auto& place = routinesByRule_[static_cast<std::size_t>(output)]
-                               [static_cast<std::size_t>(rule.index)];
+  auto& place =
+      routinesByRule_[static_cast<std::size_t>(output)][static_cast<std::size_t>(rule.index)];
   if (place == nullptr) place = &routines_.emplace_back(ParsoRoutine{&rule, output, {}});
   return place;
 }

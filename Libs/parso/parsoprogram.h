@@ -17,46 +17,10 @@
 
 namespace kelmora {
 
-// Where a match fails, the machine goes back to the choice point that was made last. A choice point
-// "of its own" of an instruction is the one on top whose alternative is the instruction's.
 enum class ParsoOpcode : std::uint16_t {
-  // Matching. Each advances or fails.
-  Unit,              // one unit of `set`
-  OptionalUnit,      // one or none
-  Run,               // any number
-  RequiredRun,       // one or more
-  Literal,           // `count` units of `literal`
-  SpacedLiteral,     // Run, then Literal; the set lacks the literal's first unit
-  Name,              // a unit of `name->first`, then a run of `name->rest`
-  ToStop,            // units of `stop`, one or more
-  OptionalToStop,    // the same, or none
-  FailAtEnd,
-  // Going elsewhere. `jump` counts instructions from this one.
-  Jump,
-  JumpAtEnd,
-  JumpUnless,        // what stands here can't begin as `beginning`
-  LiteralOrJump,     // `count` units of `literal`, else jumps
-  ChoicePoint,       // makes one: on failure, go on at `jump`. `count` open nodes are to be closed
-                     // before the Commit, so it works on copies of them
-  Commit,            // takes the choice point away, and the `count` open nodes below; jumps
-  Repeat,            // jumps while `beginning` allows, with a choice point at the next instruction
-  Dispatch,          // to the first alternative of `dispatch` whose beginning allows
-  LoopDispatch,      // the same with a choice point at `jump`; goes there when there is none
-  EndAlternative,    // takes the choice point of the Dispatch at `owner` away, if it has one; jumps
-  Call,
-  Return,
-  Accept,            // the text must end here
-  // Nodes. Open and Mark push the place where a node begins; each Close pops one.
-  Open,              // starts a list of children
-  Mark,              // no list: nothing below makes nodes
-  CloseLeaf,         // of Mark: a node of `rule` without children
-  CloseNode,         // a node of `rule`
-  ClosePruned,       // its only child, or nothing for no child, or a node of `rule`
-  CloseGroup,        // its children or, without any, a node of `rule`
-  CloseSpliced,      // its children
-  NameLeaf,          // Mark, Name, CloseLeaf
-  Except,            // of Mark: fails if the text since then is `literal`, in whatever case
-  SameName,          // the text of the list's first name, a node of `rule`, as a whole `name`
+#define PARSO_OPCODE(name) name,
+#include "parsoopcode.def"
+#undef PARSO_OPCODE
 };
 
 struct ParsoName {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 
 #include "parso/parsorule.h"
@@ -77,7 +78,7 @@ inline const char16_t* SkipAccepted(const ParsoUnitSet& set, const char16_t* tex
       stop = _mm_or_si128(stop, _mm_cmpeq_epi16(above, _mm_setzero_si128()));
     }
     const int mask = _mm_movemask_epi8(stop);
-    if (mask != 0) return text + __builtin_ctz(static_cast<unsigned>(mask)) / 2;
+    if (mask != 0) return text + std::countr_zero(static_cast<unsigned>(mask)) / 2;
     text += kUnits;
   }
   return text;

@@ -1,5 +1,6 @@
 // Attribute lists. One XTreeDTDAttlist node of item List is one attribute definition; its items
 // are its children in the order name, type, default.
+#include <algorithm>
 #include <utility>
 
 #include "dtdreader.h"
@@ -99,7 +100,7 @@ bool DtdReader::ReadAttlist(const XTreeDTDAttlist& list, const Place& place) {
     }
     return ReadAttributeText(list, elementName, text, place);
   }
-  return ReadDefinition(*model_.AddElement({elementName, nullptr}), list);
+  return ReadDefinition(*model_.AddElement({elementName, nullptr}), list, list);
 }
 
 bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& elementName,
@@ -111,7 +112,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   expanded.TrimLeft(kXmlSpaces);
   expanded.TrimRight(kXmlSpaces);
   if (expanded.IsEmpty()) return true;
-  XTreeContainer* parsed =
+  const auto parsed =
       model_.ParseFragment(expanded, u"attlistText", XTreeKind::DTDAttlist, place.kind);
   if (parsed == nullptr) {
     if (model_.pass == 1 && model_.needAnotherPass) return true;
@@ -119,20 +120,21 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   }
   // The root holds the items of the first definition, and a list for each further one.
   ElementDecl& element = *model_.AddElement({elementName, nullptr});
-  for (const auto* definition = static_cast<const XTreeDTDAttlist*>(parsed);
-       definition != nullptr; definition = NextList(definition, parsed)) {
+  for (const auto* definition = static_cast<const XTreeDTDAttlist*>(parsed->root);
+       definition != nullptr; definition = NextList(definition, parsed->root)) {
     if (!IsComplete(*definition)) {
       return model_.Error().Record(ModelCode::ReplacementUnparsable, &list, elementName);
     }
-    if (!ReadDefinition(element, *definition)) return false;
+    if (!ReadDefinition(element, *definition, list)) return false;
   }
   return true;
 }
 
-bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& list) {
+bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& definition,
+                               const XTreeDTDAttlist& list) {
   TQString name;
-  const XTreeDTDAttlist* item = NextItem(list.first);
-  if (!ResolveName(*item, item->text, name)) return false;
+  const XTreeDTDAttlist* item = NextItem(definition.first);
+  if (!ResolveName(list, item->text, name)) return false;
   if (name.IsEmpty()) return true;
   AttributeDecl& attribute = element.AddAttribute({name, nullptr});
   // A later definition overwrites an earlier one field by field.
@@ -140,6 +142,7 @@ bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& list
   std::swap(fresh.name, attribute.name);  // the element's index holds a view of the name
   attribute = std::move(fresh);
   attribute.sourceNode = &list;
+  if (element.idAttribute == &attribute) element.idAttribute = nullptr;
   for (item = NextItem(item->next); item != nullptr; item = NextItem(item->next)) {
     switch (item->item) {
       case Item::Required: attribute.required = true; break;
@@ -147,26 +150,27 @@ bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& list
       case Item::Fixed: attribute.fixed = true; break;
       case Item::DefaultValue: attribute.defaultValue = item->text; break;
       case Item::TypePERef:
-        if (!ReadTypeReference(attribute, *item)) return false;
+        if (!ReadTypeReference(attribute, *item, list)) return false;
         break;
       case Item::TypeEnumeration:
         attribute.isEnumeration = true;
-        if (!ReadNames(attribute, *item)) return false;
+        if (!ReadNames(attribute, *item, list)) return false;
         break;
       default:
         for (const TypeName& type : kTypes) {
           if (type.item == item->item && type.flag != nullptr) attribute.*type.flag = true;
         }
-        if (item->item == Item::TypeNOTATION && !ReadNames(attribute, *item)) return false;
+        if (item->item == Item::TypeNOTATION && !ReadNames(attribute, *item, list)) return false;
     }
   }
   element.hasDefaults = true;
   return CheckDefinition(element, attribute, list);
 }
 
-bool DtdReader::ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlist& item) {
+bool DtdReader::ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlist& item,
+                                  const XTreeDTDAttlist& list) {
   TQString text;
-  if (!ExpandEntityReferences(&item, item.text, text, {.withParameterEntities = true})) {
+  if (!ExpandEntityReferences(&list, item.text, text, {.withParameterEntities = true})) {
     return false;
   }
   int at = 0;
@@ -184,10 +188,11 @@ bool DtdReader::ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlis
   return true;
 }
 
-bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item) {
+bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item,
+                          const XTreeDTDAttlist& list) {
   for (const auto* name = NextItem(item.first); name != nullptr; name = NextItem(name->next)) {
     TQString text;
-    if (!ExpandEntityReferences(name, name->text, text, {.withParameterEntities = true})) {
+    if (!ExpandEntityReferences(&list, name->text, text, {.withParameterEntities = true})) {
       return false;
     }
     int at = 0;
@@ -201,24 +206,19 @@ bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item)
 
 bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
                                 const XTreeDTDAttlist& list) {
-  for (const TQString& value : attribute.enumeration) {
-    if (!attribute.enumerationText.IsEmpty()) attribute.enumerationText += u" | ";
-    attribute.enumerationText += value;
-  }
+  attribute.JoinEnumeration();
   if (attribute.isID) {
-    for (const auto& other : element.attributes) {
-      if (other->isID && other->name != attribute.name) {
-        return model_.Error().Record(ModelCode::SecondID, &list, attribute.name.local);
-      }
+    if (element.idAttribute != nullptr) {
+      return model_.Error().Record(ModelCode::SecondID, &list, attribute.name.local);
     }
+    element.idAttribute = &attribute;
     if (!attribute.required && !attribute.implied) {
       return model_.Error().Record(ModelCode::IDWithDefault, &list, attribute.name.local);
     }
   }
-  if (attribute.enumeration.empty() || attribute.defaultValue.IsEmpty()) return true;
-  for (const TQString& value : attribute.enumeration) {
-    if (value == attribute.defaultValue) return true;
-  }
+  if (!attribute.isEnumeration || attribute.defaultValue.IsEmpty()) return true;
+  const auto& names = attribute.enumeration;
+  if (std::find(names.begin(), names.end(), attribute.defaultValue) != names.end()) return true;
   return model_.Error().Record(ModelCode::DefaultNotInEnumeration, &list, attribute.defaultValue);
 }
 

@@ -51,9 +51,11 @@ bool DtdReader::ResolveName(const XTreeNode& node, View text, TQString& name) {
   name = text;
   if (text.find(u'%') == View::npos) return true;
   if (!ExpandEntityReferences(&node, text, name, {.withParameterEntities = true})) return false;
-  name.Squeeze(kXmlSpaces, u' ');
-  name.TrimLeft();
-  name.TrimRight();
+  int cursor = 0;
+  const TQString expanded = std::move(name);
+  for (char16_t unit : expanded.View()) {
+    if (!IsXmlSpace(unit)) name.AppendUnitAt(unit, cursor, expanded.Length());
+  }
   return true;
 }
 
@@ -62,33 +64,30 @@ bool DtdReader::ReadElement(const XTreeDTDElement& node, const Place& place) {
   if (!ResolveName(node, node.name, name)) return false;
   if (name.IsEmpty()) return true;  // an unknown entity in the first pass
   ElementDecl& element = *model_.AddElement({name, nullptr});
-  if (element.declared) return model_.Error().Record(ModelCode::DeclaredTwice, &node, name);
+  if (element.declared && model_.pass == 1) {
+    return model_.Error().Record(ModelCode::DeclaredTwice, &node, name);
+  }
   element.declared = true;
   element.sourceNode = &node;
-  element.particles.clear();
-  element.locals.clear();
+  element.ClearContent();
   return ReadContent(element, node, place);
 }
 
 bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node,
                             const Place& place) {
-  if (node.item != Item::PERef) {
-    ReadGroup(element, node);
-    return true;
-  }
+  if (node.item != Item::PERef) return ReadGroup(element, node, node);
   TQString text;
   if (!ExpandEntityReferences(&node, node.text, text, {.withParameterEntities = true})) {
     return false;
   }
   for (const ContentRule& candidate : kContentRules) {
-    XTreeContainer* parsed =
+    const auto parsed =
         model_.ParseFragment(text, candidate.rule, XTreeKind::DTDElement, place.kind);
     if (parsed == nullptr) continue;
-    auto& content = static_cast<XTreeDTDElement&>(*parsed);
+    auto& content = static_cast<XTreeDTDElement&>(*parsed->root);
     if (candidate.item >= 0) content.item = candidate.item;
     if (content.item == Item::PERef) break;  // a reference again: there is no end to that
-    ReadGroup(element, content);
-    return true;
+    return ReadGroup(element, content, node);
   }
   if (model_.pass == 1 && model_.needAnotherPass) return true;
   return model_.Error().Record(ModelCode::BadContentModel, &node, element.name.local);
@@ -96,8 +95,9 @@ bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node,
 
 // A name becomes a particle, a group a nested declaration; groups wait on a list, so that a deep
 // content model does not recur.
-void DtdReader::ReadGroup(ElementDecl& element, const XTreeDTDElement& node) {
-  std::vector<std::pair<ElementDecl*, const XTreeDTDElement*>> pending{{&element, &node}};
+bool DtdReader::ReadGroup(ElementDecl& element, const XTreeDTDElement& content,
+                          const XTreeDTDElement& node) {
+  std::vector<std::pair<ElementDecl*, const XTreeDTDElement*>> pending{{&element, &content}};
   while (!pending.empty()) {
     const auto [group, source] = pending.back();
     pending.pop_back();
@@ -110,19 +110,23 @@ void DtdReader::ReadGroup(ElementDecl& element, const XTreeDTDElement& node) {
       const auto& part = static_cast<const XTreeDTDElement&>(*child);
       const Occurrence& occurrence = kOccurrences[part.repeat];
       if (IsGroup(part.item)) {
-        ElementDecl* nested = group->AddLocal();
+        ElementDecl* nested = model_.MakeElement();
         nested->isGroup = true;
         group->AddParticle(nested, occurrence.least, occurrence.most);
         pending.emplace_back(nested, &part);
         continue;
       }
-      TQString name;
-      if (!ResolveName(part, part.name, name) || name.IsEmpty()) continue;
-      ElementDecl* named = group->AddLocal();
-      named->name = {std::move(name), nullptr};
-      group->AddParticle(named, occurrence.least, occurrence.most);
+      View name = part.name;
+      TQString resolved;
+      if (name.starts_with(u'%')) {
+        if (!ResolveName(node, name, resolved)) return false;
+        name = resolved;
+      }
+      if (name.empty()) continue;  // an unknown entity in the first pass
+      group->AddParticle(model_.AddElement({name, nullptr}), occurrence.least, occurrence.most);
     }
   }
+  return true;
 }
 
 }  // namespace kelmora

@@ -53,9 +53,9 @@ std::vector<View> QuotedWords(View text) {
 
 }  // namespace
 
-void DtdReader::EnterPredefinedEntities(DocumentModel& model) {
+void DocumentModel::EnterPredefinedEntities() {
   for (const PredefinedEntity& predefined : kPredefined) {
-    EntityDecl& entity = Enter(model.generalEntities, predefined.name);
+    EntityDecl& entity = Enter(generalEntities, predefined.name);
     entity.value = predefined.value;
     entity.simple = true;
   }
@@ -68,6 +68,7 @@ bool DtdReader::ReadEntity(const XTreeNode& node, const Place& place) {
   if (!isParameter && (name == u"lt" || name == u"amp")) return true;
   EntityDecl& entity =
       Enter(isParameter ? model_.parameterEntities : model_.generalEntities, name);
+  if (entity.fromPreviousPass && model_.pass > 1) entity.declared = true;
   if (entity.declared) return true;  // the first declaration binds
   entity.parameter = isParameter;
   return StoreValue(entity, node, place);
@@ -86,7 +87,13 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
   value.TrimRight(kXmlSpaces);
   entity.sourceNode = &node;
   entity.baseUrl = place.url;
-  entity.external = value.View().starts_with(kPublic) || value.View().starts_with(kSystem);
+  const bool isPublic = value.View().starts_with(kPublic);
+  entity.external = isPublic || value.View().starts_with(kSystem);
+  entity.publicText.Clear();
+  if (isPublic) {
+    const std::vector<View> words = QuotedWords(value);
+    if (!words.empty()) entity.publicText = words.front();
+  }
   if (!entity.external) {
     const int length = value.Length();
     const char16_t quote = length > 0 ? value[0] : u'\0';
@@ -95,7 +102,6 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
     }
     value = value.Mid(1, length - 2);
   }
-  model_.CountEntityText(value.Length());
   entity.simple = value.FindOneOf(kNotSimple) == TQString::kNotFound;
   if (entity.parameter && !entity.external) value = u" " + value + u" ";
   entity.value = std::move(value);
@@ -145,62 +151,70 @@ View DtdReader::ReplacementOf(EntityDecl& entity, bool normalised) {
   return entity.normalised;
 }
 
+bool DtdReader::ExpandReference(const XTreeNode* node, View reference, TQString& out, int& cursor,
+                                const Expansion& options, int& expanded) {
+  const bool isParameter = reference[0] == u'%';
+  const View name = reference.substr(1, reference.size() - 2);
+  const auto& table = isParameter ? model_.parameterEntities : model_.generalEntities;
+  const auto entry = table.find(name);
+  EntityDecl* entity = entry == table.end() ? nullptr : entry->second.get();
+  if (entity == nullptr && model_.pass <= 1 && !options.inContent) {
+    model_.needAnotherPass = true;
+    model_.passLimit = 2;
+    return true;
+  }
+  if (entity != nullptr && entity->external) {
+    LoadEntityDocument(*entity, node);
+    if (entity->document == nullptr) entity = nullptr;
+  }
+  if (entity == nullptr) {
+    out.AppendAt(reference, cursor, 0);
+    if (options.withParameterEntities && !isParameter) return true;
+    return model_.Error().Record(ModelCode::UnknownEntity, node, name);
+  }
+  const View replacement = ReplacementOf(*entity, options.normalised);
+  if (!options.inContent) {
+    model_.CountEntityText(static_cast<std::int64_t>(replacement.size()));
+  }
+  out.AppendAt(replacement, cursor, 0);
+  if (options.inContent && model_.budget != nullptr) model_.budget->Check(cursor);
+  ++expanded;
+  return true;
+}
+
 bool DtdReader::ExpandEntityReferences(const XTreeNode* node, View text, TQString& out,
                                        const Expansion& options) {
-  const View starters = options.withParameterEntities ? View(u"&%") : View(u"&");
-  const bool firstPass = model_.pass <= 1 && !options.inContent;
   bool failed = false;
   int expanded = 0;
   int cursor = 0;
   out.ReserveEmpty(static_cast<int>(text.size()));
-  const auto append = [&](View piece) { out.AppendAt(piece, cursor, 0); };
-
+  const auto isStart = [&](char16_t unit) {
+    return unit == u'&' || (unit == u'%' && options.withParameterEntities);
+  };
   std::size_t at = 0;
-  while (at < text.size()) {
-    const std::size_t start = std::min(text.find_first_of(starters, at), text.size());
-    append(text.substr(at, start - at));
+  while (true) {
+    const auto found = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
+                                    isStart);
+    const auto start = static_cast<std::size_t>(found - text.begin());
+    out.AppendAt(text.substr(at, start - at), cursor, 0);
     at = start;
     if (start == text.size()) break;
     const View rest = text.substr(start + 1);
-    const bool isParameter = text[start] == u'%';
     // "&#" stays as written, and so does a percent sign that begins no reference.
-    if (isParameter ? rest.empty() || IsXmlSpace(rest[0]) : rest.starts_with(u'#')) {
-      append(text.substr(at++, 1));
-      continue;
-    }
-    const std::size_t end = rest.find_first_of(u"; \t\r\n");
-    if (end == View::npos || rest[end] != u';') {
-      model_.Error().Record(ModelCode::ReferenceWithoutEnd, node, rest.substr(0, end));
-      failed = true;
-      append(text.substr(at++, 1));
-      continue;
-    }
-    const View name = rest.substr(0, end);
-    const View reference = text.substr(start, end + 2);
-    at = start + reference.size();
-    const auto& table = isParameter ? model_.parameterEntities : model_.generalEntities;
-    const auto entry = table.find(name);
-    EntityDecl* entity = entry == table.end() ? nullptr : entry->second.get();
-    if (entity == nullptr && firstPass) {
-      model_.needAnotherPass = true;
-      model_.passLimit = 2;
-      continue;
-    }
-    if (entity != nullptr && entity->external) {
-      LoadEntityDocument(*entity, node);
-      if (entity->document == nullptr) entity = nullptr;
-    }
-    if (entity == nullptr) {
-      if (!options.withParameterEntities || isParameter) {
-        model_.Error().Record(ModelCode::UnknownEntity, node, name);
+    const bool isPlain = text[start] == u'%' ? rest.empty() || IsXmlSpace(rest[0])
+                                             : rest.starts_with(u'#');
+    const std::size_t end = isPlain ? 0 : rest.find_first_of(u"; \t\r\n");
+    if (isPlain || end == View::npos || rest[end] != u';') {
+      if (!isPlain) {
+        model_.Error().Record(ModelCode::ReferenceWithoutEnd, node, rest.substr(0, end));
         failed = true;
       }
-      append(reference);
+      out.AppendAt(text.substr(at++, 1), cursor, 0);
       continue;
     }
-    ++expanded;
-    append(ReplacementOf(*entity, options.normalised));
-    if (options.inContent && model_.budget != nullptr) model_.budget->Check(cursor);
+    const View reference = text.substr(start, end + 2);
+    at = start + reference.size();
+    failed |= !ExpandReference(node, reference, out, cursor, options, expanded);
   }
   return !failed || (options.requireExpansion && expanded > 0);
 }

@@ -2,7 +2,10 @@
 // declarations, and conditional sections.
 #include "dtdreader.h"
 
+#include <utility>
+
 #include "tqcore/tqtext.h"
+#include "xmltree/documentmanager.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {
@@ -42,28 +45,31 @@ bool IsParameterEntityReference(View text) {
   return text.starts_with(u'%') && expression.Match(text) == XMLRegExp::kMatch;
 }
 
-bool DtdReader::ReadDTD(const XTreeContainer& root) {
+// An entity keeps its value from pass to pass until it is declared again; one that stood before the
+// DTD keeps it for good.
+void DtdReader::BeginPass() {
+  ++model_.pass;
+  model_.needAnotherPass = false;
+  model_.Error().Clear();
+  model_.ResetEntityText();
+  for (DocumentModel::EntityMap* table :
+       {&model_.generalEntities, &model_.parameterEntities, &model_.notations}) {
+    for (auto& [name, entity] : *table) {
+      entity->declared = false;
+      entity->loaded = false;
+    }
+  }
+}
+
+bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   const bool prepared = model_.pass > 0;
   model_.pass = prepared ? 1 : 0;
   model_.passLimit = prepared ? 2 : 1;
-  const Place place{documentUrl_, root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
+  const Place place{TQString(url),
+                    root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
   bool complete = false;
   do {
-    ++model_.pass;
-    model_.needAnotherPass = false;
-    model_.Error().Clear();
-    if (model_.pass == 1) EnterPredefinedEntities(model_);
-    for (DocumentModel::EntityMap* table : {&model_.generalEntities, &model_.parameterEntities,
-                             &model_.notations}) {
-      for (auto& [name, entity] : *table) {
-        entity->fromPreviousPass = true;
-        entity->declared = false;
-        entity->loaded = false;
-      }
-    }
-    for (auto& [uri, table] : model_.elements) {
-      for (auto& [name, element] : table) element->declared = false;
-    }
+    BeginPass();
     complete = ReadDeclarations(root, place);
   } while (complete && model_.needAnotherPass);
   return complete;
@@ -139,12 +145,11 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
 }
 
 bool DtdReader::ReadReplacement(const XTreeNode& node, View text, const Place& place) {
-  XTreeContainer* parsed =
-      model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
+  auto parsed = model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
     return model_.Error().Record(ModelCode::ReplacementUnparsable, &node, node.GetText());
   }
-  return ReadDeclarations(*parsed, place);
+  return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }
 
 EntityDecl* DtdReader::FindParameterEntity(const XTreeNode& node, View reference, bool& goOn) {
@@ -170,10 +175,16 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
   }
   const ReadingGuard guard(*entity);
   if (!entity->external) {
+    model_.CountEntityText(entity->value.Length());
     return IsBlank(entity->value) || ReadReplacement(node, entity->value, place);
   }
   LoadEntityDocument(*entity, &node);
   if (entity->document == nullptr) return false;
+  // The first reading is the size of the input; only further ones multiply it.
+  if (entity->readInPass == model_.pass) {
+    model_.CountEntityText(entity->document->document->Text().Length());
+  }
+  entity->readInPass = model_.pass;
   return ReadDeclarations(*entity->document->Root()->AsContainer(),
                           {entity->document->path, kDtdKind});
 }
@@ -205,10 +216,9 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   }
   const View inside = text.substr(start + 1, end - start - 1);
   if (IsBlank(inside)) return true;
-  XTreeContainer* parsed =
-      model_.ParseFragment(inside, u"extSubsetDecl", XTreeKind::DocType, place.kind);
+  auto parsed = model_.ParseFragment(inside, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) return model_.Error().Record(ModelCode::BadSection, &node, keyword);
-  return ReadDeclarations(*parsed, place);
+  return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }
 
 }  // namespace kelmora

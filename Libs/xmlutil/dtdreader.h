@@ -15,11 +15,11 @@ namespace kelmora {
 
 class DtdReader {
  public:
-  // `url` is that of the document that holds the DOCTYPE.
-  DtdReader(DocumentModel& model, std::u16string_view url) : model_(model), documentUrl_(url) {}
+  explicit DtdReader(DocumentModel& model) : model_(model) {}
 
-  // All passes. False when a problem ended the reading; it stands in the model's record.
-  bool ReadDTD(const XTreeContainer& root);
+  // All passes. `url` is that of the document that holds the DOCTYPE, or of the DTD itself. False
+  // when a problem ended the reading; it stands in the model's record.
+  bool ReadDTD(const XTreeContainer& root, std::u16string_view url);
 
   struct Expansion {
     bool withParameterEntities = false;
@@ -31,8 +31,6 @@ class DtdReader {
   bool ExpandEntityReferences(const XTreeNode* node, std::u16string_view text, TQString& out,
                               const Expansion& options);
 
-  static void EnterPredefinedEntities(DocumentModel& model);
-
  private:
   // Where declarations stand: the file that relative URLs start from and the grammar in which
   // pieces of it parse.
@@ -42,6 +40,7 @@ class DtdReader {
   };
 
   bool ReadDeclarations(const XTreeContainer& parent, const Place& place);
+  void BeginPass();
   bool ReadDoctype(const XTreeContainer& doctype, const Place& place);
   bool ReadText(const XTreeNode& node, const Place& place);
   bool ReadSection(const XTreeNode& node, const Place& place);
@@ -56,23 +55,31 @@ class DtdReader {
   bool StoreValue(EntityDecl& entity, const XTreeNode& node, const Place& place);
   void LoadEntityDocument(EntityDecl& entity, const XTreeNode* node);
   std::u16string_view ReplacementOf(EntityDecl& entity, bool normalised);
+  // One reference, "&name;" or "%name;": copied as it is or replaced. False when it failed.
+  bool ExpandReference(const XTreeNode* node, std::u16string_view reference, TQString& out,
+                       int& cursor, const Expansion& options, int& expanded);
 
   bool ReadElement(const XTreeDTDElement& node, const Place& place);
   bool ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place);
-  void ReadGroup(ElementDecl& element, const XTreeDTDElement& node);
+  // `node` is the node of the document that the content, or the text of it, came from.
+  bool ReadGroup(ElementDecl& element, const XTreeDTDElement& content,
+                 const XTreeDTDElement& node);
   // A name that may be a parameter entity reference, without white space.
   bool ResolveName(const XTreeNode& node, std::u16string_view text, TQString& name);
 
   bool ReadAttlist(const XTreeDTDAttlist& list, const Place& place);
   bool ReadAttributeText(const XTreeDTDAttlist& list, const TQString& elementName,
                          std::u16string_view text, const Place& place);
-  bool ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& list);
-  bool ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlist& item);
-  bool ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item);
+  // `list` is the node of the document that the definition, or the text of it, came from.
+  bool ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& definition,
+                      const XTreeDTDAttlist& list);
+  bool ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlist& item,
+                         const XTreeDTDAttlist& list);
+  bool ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item,
+                 const XTreeDTDAttlist& list);
   bool CheckDefinition(ElementDecl& element, AttributeDecl& attribute, const XTreeDTDAttlist& list);
 
   DocumentModel& model_;
-  TQString documentUrl_;
   int nesting_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include "datetimevalue.h"
@@ -143,6 +144,8 @@ class EnumerationFacet final : public Facet {
  public:
   using Facet::Facet;
   bool Check(std::int32_t typeCode, const TQString& text) const override {
+    if (ComparisonOf(typeCode) == Comparison::None) return texts_.contains(text);
+    XMLRegExp::steps += static_cast<std::int64_t>(values_.size());
     return std::any_of(values_.begin(), values_.end(), [&](const TQString& candidate) {
       const std::optional<int> order = Compare(typeCode, text, candidate);
       return order ? *order == 0 : candidate == text;
@@ -161,10 +164,12 @@ class EnumerationFacet final : public Facet {
   }
   void SetValues(const std::vector<TQString>& values) override {
     values_ = values;
+    texts_ = {values.begin(), values.end()};
     Facet::SetValues(values);
   }
   void SetValue(const TQString& text) override {  // collects
     values_.push_back(text);
+    texts_.insert(text);
     value = values_.front();
   }
   bool IsValidFor(const SimpleType& type) const override {
@@ -179,6 +184,7 @@ class EnumerationFacet final : public Facet {
 
  private:
   std::vector<TQString> values_;
+  std::unordered_set<TQString, TextHash, TextEqual> texts_;
 };
 
 class WhiteSpaceFacet final : public Facet {

@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "tqcore/tqerrorlogger.h"
 #include "tqcore/tqsingleton.h"
 #include "xmlutil/xmlregexp.h"
 
@@ -94,6 +95,9 @@ XMLRegExpGrammar& XMLRegExpGrammar::Instance() {
 }
 
 XMLRegExpGrammar::XMLRegExpGrammar() : grammar_(kGrammarFile) {
+  if (!grammar_.valid) {
+    TQErrorLogger::ReportAndRaise(kUnexpected, u"See Manual", u"regexpgrammar.cpp", __LINE__);
+  }
   rules_.assign(grammar_.rules.size(), RegExpRule::Other);
   for (std::size_t i = 0; i < std::size(kRuleNames); ++i) {
     const ParsoRule* rule = grammar_.FindRule(kRuleNames[i]);
@@ -122,6 +126,7 @@ std::unique_ptr<ParsoTree> XMLRegExpGrammar::Parse(const TQString& pattern) {
   if (!parser.Parse(pattern, kRoot)) {
     lastErrorOffset = parser.ErrorOffset();
     lastErrorLength = parser.ErrorLength();
+    lastErrorPosition = parser.ErrorPosition();
     lastErrorMessage = parser.ErrorMessage();
     return nullptr;
   }
@@ -129,6 +134,7 @@ std::unique_ptr<ParsoTree> XMLRegExpGrammar::Parse(const TQString& pattern) {
   if (!IsDeeperThan(tree->root, kMaxTreeDepth)) return tree;
   lastErrorOffset = 0;
   lastErrorLength = pattern.Length();
+  lastErrorPosition = pattern.c_str();
   lastErrorMessage = u"Regular expression nested too deeply";
   return nullptr;
 }

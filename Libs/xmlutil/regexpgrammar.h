@@ -39,6 +39,7 @@ class XMLRegExpGrammar {
 
   std::int32_t lastErrorOffset = 0;
   std::int32_t lastErrorLength = 0;
+  const char16_t* lastErrorPosition = nullptr;
   TQString lastErrorMessage;
 
  private:

@@ -172,15 +172,12 @@ std::int32_t TypeCodeFromName(View name, bool xdrDialect) {
 
 SimpleType::SimpleType(std::int32_t code) : typeCode(code) {}
 
-SimpleType::SimpleType(const SimpleType& other)
-    : typeCode(other.typeCode), isList(other.isList), next(other.next) {
-  for (const auto& facet : other.facets) facets.push_back(facet->Clone());
-}
+SimpleType::SimpleType(const SimpleType& other) = default;
 
 // Members form a chain as long as the union; it is let go one by one.
 SimpleType::~SimpleType() {
   while (next != nullptr && next.use_count() == 1) {
-    next = std::const_pointer_cast<SimpleType>(next)->next;
+    next = std::shared_ptr<SimpleType>(next)->next;
   }
 }
 
@@ -208,9 +205,10 @@ TQString SimpleType::GetXDRName() const {
   return DisplayName([](const BuiltinType& type) { return type.xdrName; });
 }
 
+// The last one is that of the most derived type.
 View SimpleType::WhiteSpace() const {
-  for (const auto& facet : facets) {
-    if (facet->code == FacetCode::WhiteSpace) return facet->value;
+  for (auto facet = facets.rbegin(); facet != facets.rend(); ++facet) {
+    if ((*facet)->code == FacetCode::WhiteSpace) return (*facet)->value;
   }
   return {};
 }

@@ -211,6 +211,7 @@ bool XMLRegExp::Run::MatchNode(const ParsoNode* node, const char16_t*& cursor, b
                                char16_t* outUnit) {
   const ParsoNode* first = node->firstChild;
   const View text = node->Text();
+  ++steps;
   switch (grammar_.RuleOf(node)) {
     case RegExpRule::RegExp:
       return MatchRegExp(node, cursor, negated);
@@ -299,6 +300,9 @@ int XMLRegExp::Match(const char16_t* text) const {
 
 std::int32_t XMLRegExp::LastErrorOffset() { return XMLRegExpGrammar::Instance().lastErrorOffset; }
 std::int32_t XMLRegExp::LastErrorLength() { return XMLRegExpGrammar::Instance().lastErrorLength; }
+const char16_t* XMLRegExp::LastErrorPosition() {
+  return XMLRegExpGrammar::Instance().lastErrorPosition;
+}
 const TQString& XMLRegExp::LastErrorMessage() {
   return XMLRegExpGrammar::Instance().lastErrorMessage;
 }

@@ -4,6 +4,7 @@
 
 #include "tqcore/tqtext.h"
 #include "treedump.h"
+#include "xmltree/sourcewriter.h"
 
 namespace kelmora {
 namespace {
@@ -226,8 +227,13 @@ TEST(TreeBuilder, HandlesDepthAndBreadth) {
     const auto parsed = ParseText(text);
     if (parsed->tree == nullptr) return -1;
     const OwnedTree root(builder.Build(*parsed->tree->root, model, false, u""));
+    const OwnedTree copy(XPathNode::Copy(*root, true, nullptr));
+    TQString out;
+    int cursor = 0;
+    WriteSource(*parsed->tree->root, out, cursor, 0, {});
+    copy->AppendStringValue(out, cursor);
     int nodes = 0;
-    for (const XPathNode* n = root.get(); n != nullptr; n = n->NextInDocument(true)) ++nodes;
+    for (const XPathNode* n = copy.get(); n != nullptr; n = n->NextInDocument(true)) ++nodes;
     return nodes;
   };
   std::u16string deep;

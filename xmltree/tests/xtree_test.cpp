@@ -148,40 +148,6 @@ TEST(XTree, ParserMessagesNameThePlace) {
   }
 }
 
-TEST(XTree, KindsKnowWhatTheyCanHold) {
-  XTree tree;
-  const char* const allowed[] = {
-      "3 4 8 9 10",
-      "3 4 5 6 7 8 9",
-      "3 6 8 9 12 13 14 15",
-      "5",
-      "4 5 6 7 8 9",
-      "",
-      "",
-      "",
-      "",
-      "",
-      "6 8 9 11 12 13 14 15",
-      "",
-      "12",
-      "13",
-      "",
-      "",
-  };
-  for (int kind = 0; kind < 16; ++kind) {
-    const XTreeNode* node = tree.MakeOfKind(static_cast<XTreeKind>(kind));
-    std::string found;
-    for (int child = 0; child < 17; ++child) {
-      if (node->CanContain(static_cast<XTreeKind>(child))) found += Join(" ", std::to_string(child));
-    }
-    EXPECT_EQ(found.empty() ? found : found.substr(1), allowed[kind]) << kind;
-    EXPECT_EQ(static_cast<int>(node->kind), kind);
-  }
-  EXPECT_EQ(tree.MakeOfKind(XTreeKind::Any), nullptr);
-}
-
-// Element holds own text and [element, text, attribute]: what Normalize makes of a tree that was
-// put together by hand.
 TEST(XTree, NormalizeTidiesTreesOfOtherOrigin) {
   XTree tree;
   auto* element = tree.Make<XTreeElement>();

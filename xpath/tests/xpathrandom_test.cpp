@@ -43,11 +43,11 @@ class Generator {
                Pick({"=", "!=", "<", ">", "<=", ">=", " or ", " and ", "+", "*", " - ", " mod "}) +
                Expression(depth + 1);
       case 5:
-        return Path(depth) + "|" + Expression(depth + 1);
+        return Path(depth) + "|(" + Expression(depth + 1) + ")";
       case 6:
         return "(" + Expression(depth + 1) + ")" + Predicates(depth);
       case 7:
-        return "$set" + Predicates(depth) + "/" + Path(depth + 1);
+        return "$set" + Predicates(depth) + Pick({"/", "//"}) + Steps(depth + 1);
       case 8:
         return Pick({"count", "not", "boolean", "string", "number", "sum", "name", "local-name",
                      "string-length", "normalize-space", "generate-id", "floor", "nosuch"}) +
@@ -63,8 +63,11 @@ class Generator {
   }
 
   std::string Path(int depth) {
-    std::string path = Pick({"", "", "", "/", "//", "./", ".//", "../"});
-    path += Step(depth);
+    return Pick({"", "", "", "/", "//", "./", ".//", "../"}) + Steps(depth);
+  }
+
+  std::string Steps(int depth) {
+    std::string path = Step(depth);
     for (int more = Below(3); more > 0; --more) path += Pick({"/", "/", "//"}) + Step(depth);
     return path;
   }
@@ -140,7 +143,7 @@ class RandomTest : public testing::TestWithParam<unsigned> {
                   const XPathNodeList* input, XPathPatternKind kind) {
     XPathExpression expression;
     expression.SetExpression(&map_, Wide(text), kind);
-    if (!expression.Parse(true, kExprGrammar)) return "no parse";
+    EXPECT_TRUE(expression.Parse(true, kExprGrammar)) << text;
     expression.SetPlainEvaluation(plain);
     expression.SetXsltFunctions(true);
     expression.SetVariables(&variables_);
@@ -156,6 +159,36 @@ class RandomTest : public testing::TestWithParam<unsigned> {
       shown += " " + std::to_string(entry.position) + ":" + std::to_string(entry.node->orderNumber);
     }
     return shown;
+  }
+
+  // The conversions that need no value against those of the value.
+  void CheckConversions(const std::string& text, XPathNode* context, const XPathNodeList* input) {
+    XPathExpression expression;
+    expression.SetExpression(&map_, Wide(text), kNoPattern);
+    ASSERT_TRUE(expression.Parse(true, kExprGrammar)) << text;
+    expression.SetXsltFunctions(true);
+    auto prepare = [&] {
+      expression.SetVariables(&variables_);
+      expression.SetCurrent(context);
+    };
+    XPathRequest request{context, context, input, 2, 7};
+    XPathValue value;
+    prepare();
+    bool succeeds = expression.Evaluate(context, context, value, input, 2, 7);
+    bool truth = false;
+    prepare();
+    ASSERT_EQ(expression.EvaluateToBoolean(request, truth), succeeds) << text;
+    double number = 0;
+    prepare();
+    ASSERT_EQ(expression.EvaluateToNumber(request, number), succeeds) << text;
+    TQString scratch;
+    std::u16string_view asText;
+    prepare();
+    ASSERT_EQ(expression.EvaluateToText(request, scratch, asText), succeeds) << text;
+    if (!succeeds) return;
+    EXPECT_EQ(truth, ToBoolean(value)) << text;
+    EXPECT_EQ(Narrow(NumberToText(number)), Narrow(NumberToText(ToNumber(value)))) << text;
+    EXPECT_EQ(Narrow(asText), Narrow(ToString(value))) << text;
   }
 
   XPathNodeList NodesOf(XPathNode* root, const char* path) {
@@ -199,9 +232,11 @@ TEST_P(RandomTest, FastEvaluationEqualsPlain) {
         generator.Below(static_cast<int>(from.Nodes().size())))];
     if (context->kind >= XPathNodeKind::XMLDeclaration) context = from.Root();
     const XPathNodeList* input = i % 5 == 0 ? &mixed : nullptr;
-    XPathPatternKind kind = i % 7 == 0 ? kTemplatePattern : kNoPattern;
+    bool isPattern = i % 3 == 0 && text.find('$') == std::string::npos;
+    XPathPatternKind kind = isPattern ? kTemplatePattern : kNoPattern;
     ASSERT_EQ(Run(text, false, context, input, kind), Run(text, true, context, input, kind))
         << text << " at " << Show(*context) << ", kind " << kind;
+    CheckConversions(text, context, input);
   }
   for (const TestTree* from : {&tree, &other, &fragment}) {
     for (const XPathNode* node : from->Nodes()) ASSERT_EQ(node->mark, 0);

@@ -37,8 +37,7 @@ TEST(Instructions, ScopesOfLiteralElements) {
       {"declarations in the order of prefixes, ahead of attributes",
        "<a z='1' xmlns:y='2' xmlns='1' xmlns:b='3'/>",
        "<a xmlns=\"1\" xmlns:b=\"3\" xmlns:p=\"urn:p\" xmlns:y=\"2\" z=\"1\"/>"},
-      {"out of a default namespace",
-       "<xsl:element name='a' namespace='u'><b/></xsl:element>",
+      {"out of a default namespace", "<xsl:element name='a' namespace='u'><b/></xsl:element>",
        "<a xmlns=\"u\"><b xmlns=\"\" xmlns:p=\"urn:p\"/></a>"},
       {"an excluded namespace of the element itself stays",
        "<a xsl:exclude-result-prefixes='p'><b/><p:c/><b/></a>",
@@ -48,10 +47,10 @@ TEST(Instructions, ScopesOfLiteralElements) {
        "<o xmlns:p=\"urn:p\"><a/><b xmlns:x=\"u\"/></o>"},
       {"one prefix, two URIs", "<a xmlns:x='u'><x:b xmlns:x='v'><x:c/></x:b><x:d/></a>",
        "<a xmlns:p=\"urn:p\" xmlns:x=\"u\"><x:b xmlns:x=\"v\"><x:c/></x:b><x:d/></a>"},
-      {"braces in literal attributes", "<a b='{1+1}' c='{{x}}' d='&quot;{2}&quot;' e='{name(*)}!'/>",
+      {"braces in literal attributes",
+       "<a b='{1+1}' c='{{x}}' d='&quot;{2}&quot;' e='{name(*)}!'/>",
        "<a xmlns:p=\"urn:p\" b=\"2\" c=\"{x}\" d=\"&quot;{2}&quot;\" e=\"r!\"/>"},
-      {"a CDATA section becomes text", "<a><![CDATA[<]]></a>",
-       "<a xmlns:p=\"urn:p\">&lt;</a>"},
+      {"a CDATA section becomes text", "<a><![CDATA[<]]></a>", "<a xmlns:p=\"urn:p\">&lt;</a>"},
       {"an extension element runs its first fallback",
        "<a xmlns:e='x' xsl:extension-element-prefixes='e'><e:go k='{$no}'>lost"
        "<xsl:fallback>1</xsl:fallback><xsl:fallback>2</xsl:fallback></e:go><e:none/></a>",
@@ -79,7 +78,8 @@ TEST(Instructions, ElementAndAttribute) {
        "<xsl:element name='x:a' namespace='u'><xsl:element name='y:b' namespace='u'/>"
        "<xsl:element name='x:c' namespace='u'/></xsl:element>",
        "<x:a xmlns:x=\"u\"><y:b xmlns:y=\"u\"/><x:c/></x:a>"},
-      {"into no namespace", "<xsl:element name='a' namespace='u'><xsl:element name='b' namespace=''>"
+      {"into no namespace",
+       "<xsl:element name='a' namespace='u'><xsl:element name='b' namespace=''>"
        "<xsl:element name='c' namespace=''/></xsl:element></xsl:element>",
        "<a xmlns=\"u\"><b xmlns=\"\"><c/></b></a>"},
       {"a later attribute takes the place of the first",
@@ -107,8 +107,7 @@ TEST(Instructions, ElementAndAttribute) {
        "</xsl:attribute></xsl:element>",
        "<a x=\"14\"/>"},
       {"an attribute named xmlns is none",
-       "<xsl:element name='a'><xsl:attribute name='xmlns'>u</xsl:attribute></xsl:element>",
-       "<a/>"},
+       "<xsl:element name='a'><xsl:attribute name='xmlns'>u</xsl:attribute></xsl:element>", "<a/>"},
       {"xml needs no declaration",
        "<xsl:element name='a'><xsl:attribute name='xml:lang'>en</xsl:attribute></xsl:element>",
        "<a xml:lang=\"en\"/>"},
@@ -146,17 +145,17 @@ TEST(Instructions, AttributeSets) {
       "<xsl:attribute-set name='s'><xsl:attribute name='d'>s2</xsl:attribute></xsl:attribute-set>"
       "<xsl:attribute-set name='g'><xsl:attribute name='v'><xsl:value-of select='$v'/>"
       "</xsl:attribute></xsl:attribute-set>"
-      "<xsl:attribute-set name='bad' use-attribute-sets='gone'/><xsl:variable name='v' select='1'/>";
+      "<xsl:attribute-set name='bad' use-attribute-sets='gone'/><xsl:variable name='v' "
+      "select='1'/>";
   const Row rows[] = {
       {"used sets first, all definitions of a name", "<e xsl:use-attribute-sets='s'/>",
        "<e b=\"s\" c=\"t\" a=\"s\" d=\"s2\"/>"},
       {"the element's own attributes win on either side",
-       "<e a='1' xsl:use-attribute-sets='s' d='2'/>",
-       "<e a=\"1\" b=\"s\" c=\"t\" d=\"2\"/>"},
+       "<e a='1' xsl:use-attribute-sets='s' d='2'/>", "<e a=\"1\" b=\"s\" c=\"t\" d=\"2\"/>"},
       {"xsl:element's own attribute names count",
-       "<xsl:element use-attribute-sets='t' name='e'>x</xsl:element>",
-       "<e b=\"t\" c=\"t\">x</e>"},
-      {"xsl:copy", "<xsl:for-each select='r'><xsl:copy use-attribute-sets='t s'>y</xsl:copy>"
+       "<xsl:element use-attribute-sets='t' name='e'>x</xsl:element>", "<e b=\"t\" c=\"t\">x</e>"},
+      {"xsl:copy",
+       "<xsl:for-each select='r'><xsl:copy use-attribute-sets='t s'>y</xsl:copy>"
        "</xsl:for-each>",
        "<r b=\"s\" c=\"t\" a=\"s\" d=\"s2\">y</r>"},
       {"a set sees global variables only",
@@ -188,7 +187,8 @@ TEST(Instructions, CopyAndCopyOf) {
        "<a><xsl:for-each select='*/@a'><xsl:copy><b/><xsl:comment>x</xsl:comment>"
        "<xsl:copy-of select='/'/></xsl:copy></xsl:for-each><c/></a>",
        "<a a=\"{1}\"><c/></a>", source},
-      {"the namespace node xml", "<a><xsl:for-each select='*/namespace::*'><xsl:copy>x</xsl:copy>"
+      {"the namespace node xml",
+       "<a><xsl:for-each select='*/namespace::*'><xsl:copy>x</xsl:copy>"
        "</xsl:for-each></a>",
        "<a d=\"u\"/>", source},
       {"the document without its declaration", "<xsl:copy-of select='/'/>",
@@ -196,14 +196,14 @@ TEST(Instructions, CopyAndCopyOf) {
        source},
       {"missing declarations, the last one first", "<xsl:copy-of select='//e'/>",
        "<e xmlns:d=\"u\" xmlns:f=\"v\" f:b=\"2\">t&lt;</e>", source},
-      {"declared above", "<o xmlns:d='u'><xsl:copy-of select='//e'/><xsl:copy-of select='//e'/></o>",
-       "<o xmlns:d=\"u\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e></o>",
+      {"declared above",
+       "<o xmlns:d='u'><xsl:copy-of select='//e'/><xsl:copy-of select='//e'/></o>",
+       "<o xmlns:d=\"u\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e><e xmlns:f=\"v\" "
+       "f:b=\"2\">t&lt;</e></o>",
        source},
       {"a declaration that a nearer one hides counts",
-       "<o xmlns:d='u'><i xmlns:d='w'><xsl:copy-of select='*'/></i></o>",
-       "<o xmlns:d=\"u\"><i xmlns:d=\"w\"><d:r a=\"{1}\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e></d:r>"
-       "</i></o>",
-       source},
+       "<o xmlns:d='u'><i xmlns:d='w'><xsl:copy-of select='//e'/></i></o>",
+       "<o xmlns:d=\"u\"><i xmlns:d=\"w\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e></i></o>", source},
       {"in a fragment nothing above it counts",
        "<o xmlns:d='u'><xsl:variable name='f'><xsl:copy-of select='//e'/></xsl:variable>"
        "<xsl:copy-of select='$f'/></o>",
@@ -212,8 +212,8 @@ TEST(Instructions, CopyAndCopyOf) {
        "<o xmlns:d='u'><xsl:variable name='f'><e k='1'>t</e></xsl:variable>"
        "<i xmlns:d='w'><xsl:copy-of select='$f'/></i></o>",
        "<o xmlns:d=\"u\"><i xmlns:d=\"w\"><e k=\"1\" xmlns:d=\"u\">t</e></i></o>", source},
-      {"an attribute behind content", "<a>t<xsl:copy-of select='*/@a'/><xsl:copy-of select='1+1'/></a>",
-       "<a>t2</a>", source},
+      {"an attribute behind content",
+       "<a>t<xsl:copy-of select='*/@a'/><xsl:copy-of select='1+1'/></a>", "<a>t2</a>", source},
       {"output escaping travels with a copy",
        "<xsl:variable name='f'><xsl:value-of disable-output-escaping='yes' select='\"&lt;\"'/>"
        "</xsl:variable><xsl:copy-of select='$f'/><xsl:value-of select='$f'/>",
@@ -246,19 +246,24 @@ TEST(Instructions, NamespaceAliases) {
 
 TEST(Instructions, TextsCommentsAndMessages) {
   const Row rows[] = {
-      {"comments", "<a><xsl:comment/><xsl:comment>a---b-</xsl:comment><xsl:comment><i>x</i>y"
+      {"comments",
+       "<a><xsl:comment/><xsl:comment>a---b-</xsl:comment><xsl:comment><i>x</i>y"
        "</xsl:comment></a>",
        "<a><!--a- - -b- --><!--xy--></a>"},
-      {"processing instructions", "<a><xsl:processing-instruction name='p'/>"
-       "<xsl:processing-instruction name='{\"q\"}'>x?>y<i>lost</i></xsl:processing-instruction></a>",
+      {"processing instructions",
+       "<a><xsl:processing-instruction name='p'/>"
+       "<xsl:processing-instruction "
+       "name='{\"q\"}'>x?>y<i>lost</i></xsl:processing-instruction></a>",
        "<a><?p ?><?q x? >y?></a>"},
       {"no target", "<xsl:processing-instruction name='Xml'/>",
        "code 39 at xsl:stylesheet/xsl:template/xsl:processing-instruction/@name "
        "[xsl:processing-instruction xsl:template xsl:stylesheet]"},
-      {"texts", "<a><xsl:text disable-output-escaping='yes'>&lt;</xsl:text><xsl:text>&lt;</xsl:text>"
+      {"texts",
+       "<a><xsl:text disable-output-escaping='yes'>&lt;</xsl:text><xsl:text>&lt;</xsl:text>"
        "<xsl:text/><xsl:value-of select='*'/></a>",
        "<a><&lt;v</a>", "<r>v</r>"},
-      {"string values", "<xsl:value-of select='r'/>|<xsl:value-of select='//@k'/>|"
+      {"string values",
+       "<xsl:value-of select='r'/>|<xsl:value-of select='//@k'/>|"
        "<xsl:value-of select='//b'/>|<xsl:value-of select='2 div 4'/>|<xsl:value-of select='/..'/>",
        "x1y|&amp;|1|0.5|", "<r>x<b k='&amp;'>1</b>y</r>"},
       {"a message that ends the run", "<a/><xsl:message terminate='yes'>m<b>n</b></xsl:message>",
@@ -278,21 +283,24 @@ TEST(Instructions, ControlFlow) {
   const Row rows[] = {
       {"sorted, with a parameter in the caller's context",
        "<xsl:for-each select='r/i[2]'><xsl:apply-templates select='../i'><xsl:sort/>"
-       "<xsl:with-param name='p' select='concat(., position())'/></xsl:apply-templates></xsl:for-each>",
+       "<xsl:with-param name='p' select='concat(., "
+       "position())'/></xsl:apply-templates></xsl:for-each>",
        "[11331][22331][33331]"},
       {"no nodes: the parameters run, no rule",
        "<xsl:apply-templates select='/none'><xsl:with-param name='p' select='$no'/>"
        "</xsl:apply-templates>",
        "code 1 (6) at xsl:stylesheet/xsl:template/xsl:apply-templates/xsl:with-param "
        "[xsl:with-param xsl:apply-templates xsl:template xsl:stylesheet]"},
-      {"a call keeps the context", "<xsl:for-each select='r'><xsl:call-template name='t'>"
+      {"a call keeps the context",
+       "<xsl:for-each select='r'><xsl:call-template name='t'>"
        "<xsl:with-param name='p' select='1'/></xsl:call-template><xsl:call-template name='t'/>"
        "</xsl:for-each>",
        "(r1)(r)"},
       {"an unknown template", "<xsl:call-template name='u'/>",
        "code 8 at xsl:stylesheet/xsl:template/xsl:call-template/@name "
        "[xsl:call-template xsl:template xsl:stylesheet]"},
-      {"a variable in each pass", "<xsl:for-each select='r/i'><xsl:variable name='v' select='.'/>"
+      {"a variable in each pass",
+       "<xsl:for-each select='r/i'><xsl:variable name='v' select='.'/>"
        "<xsl:value-of select='$v * 2'/>,</xsl:for-each>",
        "4,6,2,"},
       {"sorts alone", "<xsl:for-each select='r/i'><xsl:sort/></xsl:for-each>.", "."},
@@ -301,21 +309,25 @@ TEST(Instructions, ControlFlow) {
       {"no node set", "<xsl:for-each select='1'>x</xsl:for-each>",
        "code 29 at xsl:stylesheet/xsl:template/xsl:for-each/@select "
        "[xsl:for-each xsl:template xsl:stylesheet]"},
-      {"choose", "<xsl:for-each select='r/i'><xsl:choose><xsl:when test='. = 1'>a</xsl:when>"
+      {"choose",
+       "<xsl:for-each select='r/i'><xsl:choose><xsl:when test='. = 1'>a</xsl:when>"
        "<xsl:when test='. &lt; 3'>b</xsl:when><xsl:otherwise>c</xsl:otherwise></xsl:choose>"
        "</xsl:for-each>",
        "bca"},
-      {"a branch behind otherwise is reached late", "<xsl:choose><xsl:when test='true()'>a</xsl:when>"
+      {"a branch behind otherwise is reached late",
+       "<xsl:choose><xsl:when test='true()'>a</xsl:when>"
        "<xsl:otherwise/><xsl:when test='1'/></xsl:choose>",
        "a"},
-      {"otherwise isn't last", "<xsl:choose><xsl:when test='false()'/><xsl:otherwise/>"
+      {"otherwise isn't last",
+       "<xsl:choose><xsl:when test='false()'/><xsl:otherwise/>"
        "<xsl:when test='1'/></xsl:choose>",
        "code 27 at xsl:stylesheet/xsl:template/xsl:choose/xsl:otherwise "
        "[xsl:choose xsl:template xsl:stylesheet]"},
       {"otherwise comes first", "<xsl:choose><xsl:otherwise/></xsl:choose>",
-       "code 22 at xsl:stylesheet/xsl:template/xsl:choose [xsl:choose xsl:template xsl:stylesheet]"},
-      {"fallback as an ordinary child", "<xsl:if test='r'>1<xsl:fallback>2</xsl:fallback>3</xsl:if>",
-       "123"},
+       "code 22 at xsl:stylesheet/xsl:template/xsl:choose [xsl:choose xsl:template "
+       "xsl:stylesheet]"},
+      {"fallback as an ordinary child",
+       "<xsl:if test='r'>1<xsl:fallback>2</xsl:fallback>3</xsl:if>", "123"},
   };
   for (const Row& row : rows) {
     const StylesheetRun run{.stylesheet = Sheet(show + AtRoot(row.body)), .source = source};
@@ -325,10 +337,11 @@ TEST(Instructions, ControlFlow) {
 
 TEST(Instructions, UnknownElementsOfALaterVersion) {
   const StylesheetRun run{
-      .stylesheet = "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-                    "<xsl:output method='text'/><xsl:template match='/'><xsl:new>lost<xsl:fallback>1"
-                    "</xsl:fallback><b/><xsl:fallback>2</xsl:fallback></xsl:new><xsl:none/>"
-                    "</xsl:template></xsl:stylesheet>"};
+      .stylesheet =
+          "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+          "<xsl:output method='text'/><xsl:template match='/'><xsl:new>lost<xsl:fallback>1"
+          "</xsl:fallback><b/><xsl:fallback>2</xsl:fallback></xsl:new><xsl:none/>"
+          "</xsl:template></xsl:stylesheet>"};
   EXPECT_EQ(run.Result(), "12");
 }
 
@@ -343,7 +356,8 @@ TEST(Instructions, FramesOnTheStack) {
       {"<xsl:if test='1'>x</xsl:if>", 4},
       {"<a xsl:use-attribute-sets='s'/>", 7},
       {"<xsl:choose><xsl:when test='1'>x</xsl:when></xsl:choose>", 5},
-      {"<xsl:call-template name='t'><xsl:with-param name='p'>x</xsl:with-param></xsl:call-template>",
+      {"<xsl:call-template name='t'><xsl:with-param "
+       "name='p'>x</xsl:with-param></xsl:call-template>",
        5},
   };
   for (const auto& row : rows) {

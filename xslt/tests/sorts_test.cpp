@@ -15,12 +15,12 @@ class Sorts : public testing::Test {
 
   // The values "2 10 x" as elements v, sorted and joined again.
   static std::string Sorted(const std::string& sorts, const std::string& values) {
-    std::string source = "<r><v>";
+    std::string source = "<?xml version='1.0' encoding='UTF-8'?><r><v>";
     for (const char unit : values) source += unit == ' ' ? "</v><v>" : std::string(1, unit);
-    const StylesheetRun run{
-        .stylesheet = RootTemplate("<xsl:for-each select='r/v'>" + sorts +
-                                   "<xsl:value-of select='.'/><xsl:text> </xsl:text></xsl:for-each>"),
-        .source = source + "</v></r>"};
+    const StylesheetRun run{.stylesheet = RootTemplate(
+                                "<xsl:for-each select='r/v'>" + sorts +
+                                "<xsl:value-of select='.'/><xsl:text> </xsl:text></xsl:for-each>"),
+                            .source = source + "</v></r>"};
     std::string result = run.Result();
     while (!result.empty() && result.back() == ' ') result.pop_back();
     return result;
@@ -34,7 +34,7 @@ TEST_F(Sorts, Orders) {
     const char* sorted;
   } rows[] = {
       {"<xsl:sort/>", "b B a _ ab 10 9", "10 9 B _ a ab b"},
-      {"<xsl:sort order='descending'/>", "abcdefghi abcdefghij abcdefgh", 
+      {"<xsl:sort order='descending'/>", "abcdefghi abcdefghij abcdefgh",
        "abcdefghij abcdefghi abcdefgh"},
       {"<xsl:sort data-type='number'/>", "10 9 x -1 1e1 0.5", "x -1 0.5 9 10 1e1"},
       {"<xsl:sort data-type='number' order='{\"descending\"}'/>", "10 x 9 y -1", "10 9 -1 x y"},
@@ -71,7 +71,8 @@ TEST_F(Sorts, LanguageOfTheEnvironment) {
   const struct {
     const char* locale;
     bool isUnits;
-  } rows[] = {{"C", true}, {"POSIX", true}, {"C.UTF-8", true}, {"xx_YY", true}, {"de_DE.UTF-8", false}};
+  } rows[] = {
+      {"C", true}, {"POSIX", true}, {"C.UTF-8", true}, {"xx_YY", true}, {"de_DE.UTF-8", false}};
   for (const auto& row : rows) {
     setenv("LC_ALL", row.locale, 1);
     Collations collations;

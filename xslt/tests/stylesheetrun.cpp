@@ -123,9 +123,8 @@ std::string StylesheetRun::Result() const {
 }
 
 std::string Sheet(std::string_view body) {
-  return "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">"
-         "<xsl:output method=\"text\"/>" +
-         std::string(body) + "</xsl:stylesheet>";
+  return "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">" +
+         std::string(body) + "<xsl:output method=\"text\"/></xsl:stylesheet>";
 }
 
 std::string RootTemplate(std::string_view body) {

@@ -47,7 +47,9 @@ TEST(TemplateRulesTest, Selection) {
   } rows[] = {
       {"", "x"},
       {Rule("a", "1") + Rule("a", "2"), "2"},
-      {Rule("a|b", "1") + Rule("node()", "2"), "1122"},
+      {Rule("a|b", "1") + Rule("r", "r<xsl:apply-templates select='node()'/>") +
+           Rule("node()", "2"),
+       "r1122"},
       {Rule("a", "1", "priority='1'") + Rule("a", "2"), "1"},
       {Rule("a", "1", "priority=' -.5 '") + Rule("*[1]", "(<xsl:apply-templates/>)"), "((x))"},
       {Rule("a[. = '|' or 'b|c']", "1"), "1"},
@@ -76,13 +78,18 @@ TEST(TemplateRulesTest, Selection) {
       {"<xsl:template/>", "code 48 at xsl:stylesheet/xsl:template [xsl:stylesheet]"},
       {Rule("a|b", "", "name='n'"), "code 11 at nowhere [xsl:stylesheet]"},
       {Rule("a[", "1"), "code 6 at xsl:stylesheet/xsl:template/@match"
-                        " [xsl:apply-templates xsl:template xsl:stylesheet]"},
-      {Rule("*[", "1", "priority='-1'") + Rule("*|text()", "2"), "2"},
+                        " [xsl:stylesheet]"},
+      {Rule("*[", "1", "priority='-1'") + Rule("/", "(<xsl:apply-templates/>)") +
+           Rule("*|text()", "2"),
+       "(2)"},
       {Rule("a[$v]", "1"), "code 46 at xsl:stylesheet/xsl:template/@match"
-                           " [xsl:apply-templates xsl:template xsl:stylesheet]"},
+                           " [xsl:stylesheet]"},
       {Rule("self::a", "1"), "code 1 (12) at xsl:stylesheet/xsl:template/@match"
-                             " [xsl:apply-templates xsl:template xsl:stylesheet]"},
-      {Rule("a[b]/..", "1", "priority='-3'"), "x"},
+                             " [xsl:stylesheet]"},
+      {Rule("/", "<xsl:apply-templates/>") + Rule("r", "<xsl:apply-templates/>") +
+           Rule("a[b]/..", "1", "priority='-3'"),
+       "code 1 (12) at xsl:stylesheet/xsl:template/@match"
+       " [xsl:apply-templates xsl:template xsl:apply-templates xsl:template xsl:stylesheet]"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ((StylesheetRun{Sheet(row.rules), source}.Result()), row.expected) << row.rules;

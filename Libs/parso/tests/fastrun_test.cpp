@@ -74,8 +74,8 @@ class TextMaker {
     for (const ParsoChild& child : rule.children) {
       const int operand = Height(*child.rule);
       if (rule.op == ParsoOp::Choice) height = std::min(height, operand);
-      const bool isNeeded = child.quantifier == ParsoQuantifier::One ||
-                            child.quantifier == ParsoQuantifier::Some;
+      const bool isNeeded =
+          child.quantifier == ParsoQuantifier::One || child.quantifier == ParsoQuantifier::Some;
       if (rule.op != ParsoOp::Choice && isNeeded) height = std::max(height, operand);
     }
     return std::min(height + 1, kEndless);
@@ -101,7 +101,8 @@ class TextMaker {
       for (std::size_t i = 1 + Below(4); i > 0; --i) AddUnit(*rule.children[0].rule->table);
     } else if (rule.op == ParsoOp::Except) {
       Add(*rule.children[0].rule);
-    } else if (rule.grammarRule == GrammarRule::ElementNameEnd && !names_.empty() && Below(40) != 0) {
+    } else if (rule.grammarRule == GrammarRule::ElementNameEnd && !names_.empty() &&
+               Below(40) != 0) {
       text_ += names_.back();
       names_.pop_back();
     } else {
@@ -114,9 +115,8 @@ class TextMaker {
 
   const ParsoChild& ChooseAlternative(const ParsoRule& rule) {
     if (!IsLong()) return rule.children[Below(rule.children.size())];
-    return *std::ranges::min_element(rule.children, {}, [&](const ParsoChild& child) {
-      return Height(*child.rule);
-    });
+    return *std::ranges::min_element(rule.children, {},
+                                     [&](const ParsoChild& child) { return Height(*child.rule); });
   }
 
   void AddItem(const ParsoChild& child, bool canBeNone) {
@@ -206,8 +206,8 @@ void CompareOn(const char16_t* file, int rounds, double leastMatches) {
       if (routine == nullptr) continue;
       const auto outcome = ParsoMachine(grammar.Program(), tree)
                                .Run(*routine, text.c_str(), static_cast<std::int32_t>(text.size()));
-      EXPECT_EQ(outcome, plain.matches ? ParsoMachine::Outcome::Matched
-                                       : ParsoMachine::Outcome::Failed)
+      EXPECT_EQ(outcome,
+                plain.matches ? ParsoMachine::Outcome::Matched : ParsoMachine::Outcome::Failed)
           << Narrow(start->name) << ": " << Narrow(text);
     }
   }
@@ -215,11 +215,21 @@ void CompareOn(const char16_t* file, int rounds, double leastMatches) {
   EXPECT_LT(matches, texts * 0.9);
 }
 
-TEST(FastRun, EqualsPlainRunXml) { CompareOn(u"gra_xml.txt", 100, 0.4); }
-TEST(FastRun, EqualsPlainRunDtd) { CompareOn(u"gra_dtd.txt", 100, 0.4); }
-TEST(FastRun, EqualsPlainRunEntity) { CompareOn(u"gra_ent.txt", 300, 0.4); }
-TEST(FastRun, EqualsPlainRunLax) { CompareOn(u"gra_3dml.txt", 300, 0.4); }
-TEST(FastRun, EqualsPlainRunRegExp) { CompareOn(u"gra_re.txt", 300, 0.4); }
+TEST(FastRun, EqualsPlainRunXml) {
+  CompareOn(u"gra_xml.txt", 100, 0.4);
+}
+TEST(FastRun, EqualsPlainRunDtd) {
+  CompareOn(u"gra_dtd.txt", 100, 0.4);
+}
+TEST(FastRun, EqualsPlainRunEntity) {
+  CompareOn(u"gra_ent.txt", 300, 0.4);
+}
+TEST(FastRun, EqualsPlainRunLax) {
+  CompareOn(u"gra_3dml.txt", 300, 0.4);
+}
+TEST(FastRun, EqualsPlainRunRegExp) {
+  CompareOn(u"gra_re.txt", 300, 0.4);
+}
 
 TEST(FastRun, KnowsAllSystemGrammars) {
   for (const char16_t* file :

@@ -122,7 +122,7 @@ TEST(ParsoGrammar, KeepsItsLimits) {
 TEST(ParsoGrammar, CompilesClasses) {
   const struct {
     const char16_t* text;
-    const char* taken;    // units that the class takes
+    const char* taken;  // units that the class takes
     const char* refused;
   } rows[] = {
       {u"abc", "abc", "d-"},
@@ -151,10 +151,11 @@ TEST(ParsoGrammar, CompilesClasses) {
 
 TEST(ParsoGrammar, Optimises) {
   ParsoGrammar grammar;
-  ASSERT_TRUE(grammar.LoadText("a ::= S Digit Digits b-\r\n"
-                               "S! ::= (#x20 | #x09)+\r\n"
-                               "Digit! ::= [0-9] | '.'\r\n"
-                               "Digits ::= Digit*\r\n"));
+  ASSERT_TRUE(
+      grammar.LoadText("a ::= S Digit Digits b-\r\n"
+                       "S! ::= (#x20 | #x09)+\r\n"
+                       "Digit! ::= [0-9] | '.'\r\n"
+                       "Digits ::= Digit*\r\n"));
   EXPECT_EQ(Describe(grammar.FindRule(u"S")), "i! []+") << "a quantifier keeps a rule apart";
   EXPECT_EQ(grammar.FindRule(u"Digit"), nullptr) << "a class has no name";
   EXPECT_EQ(Describe(grammar.FindRule(u"Digits")), "i []*");
@@ -178,18 +179,29 @@ struct SystemGrammarRow {
 };
 
 const SystemGrammarRow kSystemGrammars[] = {
-    {u"gra_xml.txt", 11731, 296, u"document",
+    {u"gra_xml.txt",
+     11731,
+     296,
+     u"document",
      {u"CharNoWhite", u"Letter", u"NameChar", u"Digit", u"PubidChar", u"PubidCharNoQu",
       u"CharNoDash", u"Char"}},
-    {u"gra_dtd.txt", 10485, 263, u"extSubset",
+    {u"gra_dtd.txt",
+     10485,
+     263,
+     u"extSubset",
      {u"Letter", u"NameChar", u"Digit", u"Char", u"PubidChar", u"PubidCharNoQu", u"CharNoDash"}},
-    {u"gra_ent.txt", 3451, 114, u"extParsedEnt",
+    {u"gra_ent.txt",
+     3451,
+     114,
+     u"extParsedEnt",
      {u"CharNoWhite", u"Letter", u"NameChar", u"Digit", u"CharNoDash", u"Char"}},
-    {u"gra_3dml.txt", 3276, 103, u"document",
-     {u"CharNoWhite", u"CharData", u"Letter", u"NameChar", u"Digit", u"PubidChar",
-      u"PubidCharNoQu", u"CharNoDash"}},
-    {u"gra_re.txt", 3718, 91, u"regExp",
-     {u"Char", u"WildcardEsc", u"XmlChar", u"XmlCharIncDash"}},
+    {u"gra_3dml.txt",
+     3276,
+     103,
+     u"document",
+     {u"CharNoWhite", u"CharData", u"Letter", u"NameChar", u"Digit", u"PubidChar", u"PubidCharNoQu",
+      u"CharNoDash"}},
+    {u"gra_re.txt", 3718, 91, u"regExp", {u"Char", u"WildcardEsc", u"XmlChar", u"XmlCharIncDash"}},
 };
 
 TEST(SystemGrammars, AreWhatTheyWere) {

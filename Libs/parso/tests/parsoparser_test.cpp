@@ -51,8 +51,7 @@ TEST(ParsoParser, BuildsTrees) {
        "document(realElemTag(ElementName 'a', content(TextData 'x&amp;', TextData ']]>&#x1F;', "
        "cdSect(CData '<]]'), cdSect '<![CDATA[]]>')))"},
       {kXml, "content", "", "content ''"},
-      {kXml, "content", "\xE9<\xE9/>",
-       "content(TextData '?', emptyElemTag(ElementName '?'))"},
+      {kXml, "content", "\xE9<\xE9/>", "content(TextData '?', emptyElemTag(ElementName '?'))"},
       {kXml, "PITarget", "xml-x", "PITarget 'xml-x'"},
       {kXml, "elementdecl", "<!ELEMENT a (#PCDATA)>",
        "elementdecl(ElementDeclName 'a', elementSpec(elementSpecFormatted(elementText("
@@ -77,7 +76,8 @@ TEST(ParsoParser, BuildsTrees) {
        "AttTypeIDREFS 'IDREFS')), attDefault(attDefValue(AttValue2 'x')))))"},
       {kDtd, "", "<![ INCLUDE [<!ENTITY % e 'v'>]]>",
        "extSubset(DocTypeText '<![ INCLUDE [<!ENTITY % e 'v'>]]>')"},
-      {kDtd, "ignoreSectContents", "a<![b]]>c", "ignoreSectContents(Ignore 'a', Ignore 'b', Ignore 'c')"},
+      {kDtd, "ignoreSectContents", "a<![b]]>c",
+       "ignoreSectContents(Ignore 'a', Ignore 'b', Ignore 'c')"},
       {kLax, "", "<?xml a='&'?>< a b=\"&\">&x</a>",
        "document(xmlDecl(attribute(AttName 'a', AttValue2 '&')), realElemTag(sTag("
        "ElementName 'a', attribute(AttName 'b', AttValue1 '&')), content(TextData '&x')))"},
@@ -242,14 +242,14 @@ TEST(ParsoParser, GoesDeep) {
       {u"gra_re.txt", u"", Repeated(u"[a-", kDeep) + u"[b]" + Repeated(u"]", kDeep), true},
       {u"gra_re.txt", u"", Repeated(u"[a-", kDeep) + u"[b]", false},
       {u"gra_dtd.txt", u"", Repeated(u"<![INCLUDE[", kDeep) + Repeated(u"]]>", kDeep), true},
-      {u"gra_dtd.txt", u"", u"<![IGNORE[a" + Repeated(u"<![a", kDeep) + Repeated(u"]]>a", kDeep) +
-       u"]]>", true},
-      {u"gra_xml.txt", u"elementSpec", Repeated(u"(", kDeep) + u"a" + Repeated(u",b)", kDeep) + u">",
-       true},
-      {u"gra_xml.txt", u"elementSpec", Repeated(u"(", kDeep) + u"a" + Repeated(u"|b)", kDeep) + u">",
-       true},
-      {u"gra_xml.txt", u"elementSpec", Repeated(u"(", kDeep) + u"a" + Repeated(u",b)", kDeep - 1) +
-       u">", false},
+      {u"gra_dtd.txt", u"",
+       u"<![IGNORE[a" + Repeated(u"<![a", kDeep) + Repeated(u"]]>a", kDeep) + u"]]>", true},
+      {u"gra_xml.txt", u"elementSpec",
+       Repeated(u"(", kDeep) + u"a" + Repeated(u",b)", kDeep) + u">", true},
+      {u"gra_xml.txt", u"elementSpec",
+       Repeated(u"(", kDeep) + u"a" + Repeated(u"|b)", kDeep) + u">", true},
+      {u"gra_xml.txt", u"elementSpec",
+       Repeated(u"(", kDeep) + u"a" + Repeated(u",b)", kDeep - 1) + u">", false},
   };
   for (const auto& row : rows) {
     ParsoParser parser(&SystemGrammar(row.grammar));

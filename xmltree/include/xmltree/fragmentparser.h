@@ -20,8 +20,9 @@ namespace kelmora {
                                                 std::u16string_view startRule, XTreeKind rootKind,
                                                 bool normalize, LoadError& error);
 
-// The same for a piece of text that nobody else keeps: the tree holds it in its `buffer`. Why a
-// piece does not parse is nobody's question.
+// The same for a piece of text that nobody else keeps: the tree holds a copy. Pieces are expected
+// to be many and small; their trees share memory, which is free when the last of them is gone. Why
+// a piece does not parse is nobody's question.
 [[nodiscard]] std::unique_ptr<XTree> ParseFragment(const DocumentKindRow& row,
                                                    std::u16string_view text,
                                                    std::u16string_view startRule,

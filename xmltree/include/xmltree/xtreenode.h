@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "tqcore/arena.h"
 #include "tqcore/tqstring.h"
@@ -218,24 +219,25 @@ inline bool XTreeNode::CanHaveChildren() const {
   return kind <= XTreeKind::Element || kind >= XTreeKind::DocType;
 }
 
-// Owner of the nodes and of the made text of one tree.
+// Owner of the nodes and of the made text of one tree. Many small trees that die together can share
+// one arena.
 class XTree {
  public:
+  XTree() : XTree(std::make_shared<Arena>()) {}
+  explicit XTree(std::shared_ptr<Arena> arena) : arena_(std::move(arena)) {}
+
   template <class Node>
   Node* Make() {
-    return arena_.Make<Node>();
+    return arena_->Make<Node>();
   }
   XTreeNode* MakeOfKind(XTreeKind kind);  // null for XTreeKind::Any
-  // A copy of the text that lives as long as the tree.
-  std::u16string_view Keep(std::u16string_view text) { return arena_.Keep(text); }
+  // A copy of the text that lives as long as the tree, with a 0 behind it.
+  std::u16string_view Keep(std::u16string_view text) { return arena_->Keep(text); }
 
   XTreeContainer* root = nullptr;
 
-  // Text that the views of this tree point into, when the tree itself has to keep it.
-  TQString buffer;
-
  private:
-  Arena arena_;
+  std::shared_ptr<Arena> arena_;
 };
 
 }  // namespace kelmora

@@ -67,6 +67,15 @@ class XPathKeys {
                                       std::u16string_view value) = 0;
 };
 
+// Where an evaluation starts; the meaning is that of the arguments of Evaluate.
+struct XPathRequest {
+  XPathNode* documentNode = nullptr;
+  XPathNode* contextNode = nullptr;
+  const XPathNodeList* inputNodes = nullptr;
+  std::int32_t position = 1;
+  std::int32_t size = 1;
+};
+
 class XPathExpression {
  public:
   XPathExpression();
@@ -104,6 +113,14 @@ class XPathExpression {
                               const XPathNodeList* inputNodes = nullptr, std::int32_t position = 1,
                               std::int32_t size = 1, bool allowFragment = true);
 
+  // Evaluate and the conversion in one, without making the value where none is needed. A result
+  // tree fragment is allowed.
+  [[nodiscard]] bool EvaluateToBoolean(const XPathRequest& request, bool& result);
+  [[nodiscard]] bool EvaluateToNumber(const XPathRequest& request, double& result);
+  // The view lives until `scratch`, the documents or a variable's value change.
+  [[nodiscard]] bool EvaluateToText(const XPathRequest& request, TQString& scratch,
+                                    std::u16string_view& result);
+
   XPathError ErrorCode() const { return errorCode_; }
   std::int32_t ErrorFunction() const { return errorFunction_; }  // -1: no function
   std::int32_t ErrorPosition() const { return errorPosition_; }
@@ -118,6 +135,8 @@ class XPathExpression {
   virtual void OnLocationPath(const XPathValue& value);
 
  private:
+  class Evaluator;
+
   TQString text_;
   XPathParseNodeRef tree_;
   XPathParseNodeRef borrowedTree_;
@@ -136,6 +155,7 @@ class XPathExpression {
   bool xsltFunctions_ = false;
   bool plainEvaluation_ = false;
   XPathPatternKind patternKind_ = kNoPattern;
+  XPathValue spareInput_;  // its memory serves the next evaluation
 };
 
 // Names, as the scanner sees them.

@@ -16,8 +16,8 @@ enum class GrammarKind : std::uint32_t {
   DTD = 0,
   XML = 1,
   Entity = 2,
-  Lax = 3,         // 3DML
-  XmlTD = 4,       // kinds 4 and 5 have a file name, but no such file exists
+  Lax = 3,    // 3DML
+  XmlTD = 4,  // kinds 4 and 5 have a file name, but no such file exists
   Stylesheet = 5,
 };
 inline constexpr std::uint32_t kGrammarKindCount = 6;

@@ -60,8 +60,8 @@ class ParsoGrammar {
   void IndexRule(ParsoRule* rule);
   void IndexAllRules();
 
-  Arena arena_;                      // names, descriptions, class tables
-  std::vector<ParsoRule*> index_;    // hash table over kind and name, open addressing
+  Arena arena_;                    // names, descriptions, class tables
+  std::vector<ParsoRule*> index_;  // hash table over kind and name, open addressing
   mutable std::unique_ptr<ParsoProgram> program_;
 };
 

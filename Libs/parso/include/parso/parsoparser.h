@@ -34,11 +34,11 @@ struct ParsoMode {
 struct ParsoErrorState {
   const char16_t* furthest = nullptr;  // null: nothing recorded
   const ParsoRule* failedRule = nullptr;
-  TQString explicitMessage;            // counts only with hasExplicitMessage
+  TQString explicitMessage;  // counts only with hasExplicitMessage
   bool hasExplicitMessage = false;
-  std::int32_t length = 0;             // units of the failed attempt
+  std::int32_t length = 0;  // units of the failed attempt
   std::uint32_t line = 0;
-  std::int32_t childIndex = 0;         // which operand of the rule failed
+  std::int32_t childIndex = 0;  // which operand of the rule failed
 
   static ParsoErrorState current;
 };

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -23,6 +24,8 @@
 #include "xmlutil/modelerror.h"
 
 namespace kelmora {
+
+struct SchemaDeclarations;
 
 // What a document refers to, or what a file is.
 enum class SchemaKind : std::uint8_t {
@@ -36,8 +39,8 @@ enum class SchemaKind : std::uint8_t {
   None = 7,
 };
 
-// Bound on the units that all entity declarations of one document may hold after expansion.
-inline constexpr std::int64_t kEntityTextLimit = std::int64_t{1} << 24;
+// Bound on the units that the references in one document's declarations may be replaced by.
+inline constexpr std::int64_t kEntityTextLimit = 10'000'000;
 // Bound on parameter entities and external subsets that are read inside one another.
 inline constexpr int kDeclarationNesting = 64;
 
@@ -46,17 +49,23 @@ struct SchemaReference {
   const XTreeNode* attributeNode = nullptr;  // the attribute that decided
   const XTreeNode* schemaRootNode = nullptr;
   TQString schemaRootName;
-  std::vector<TQString> namespaces;  // parallel lists
+  std::vector<TQString> namespaces;  // parallel lists, never empty
   std::vector<TQString> locations;
+};
+
+// A schema document that is to be read, with what the document that names it says of it.
+struct SchemaSource {
+  const XTreeNode* root = nullptr;  // of the tree
+  TQString url;
+  TQString targetNamespace;
 };
 
 class DocumentModel final : public TreeModel {
  public:
   using EntityMap = std::unordered_map<TQString, std::unique_ptr<EntityDecl>, TextHash, TextEqual>;
-  using ElementTable =
-      std::unordered_map<TQString, std::unique_ptr<ElementDecl>, TextHash, TextEqual>;
 
-  explicit DocumentModel(DocumentManager* manager);  // borrowed
+  // The manager is borrowed; a model without one loads what it needs by itself.
+  explicit DocumentModel(DocumentManager* manager);
   ~DocumentModel() override;
 
   // --- TreeModel -----------------------------------------------------------------------------
@@ -75,27 +84,42 @@ class DocumentModel final : public TreeModel {
   // What a loaded file is; records an error for a file that mixes languages.
   SchemaKind DetectFileKind(const XTreeNode& root);
 
+  // --- the readers of schemas ----------------------------------------------------------------
+  // False when a problem ended the reading; it stands in the record. Linear in the documents that
+  // are read; declarations are copied no more than kSchemaCopyLimit times.
+  bool ReadXMLSchema(const std::vector<SchemaSource>& rootDocuments);
+  bool ReadXDR(const SchemaSource& document);
+  bool ReadDCD(const SchemaSource& document);
+
   // --- services of the readers ---------------------------------------------------------------
   // Loads a DTD (kind 0), entity (2), or schema (1) that `referrerUrl`'s document names; one that
   // is loaded already is not read again. Null when it cannot be read, which is silent.
   LoadRecord* LoadReferencedDocument(const TQString& url, std::u16string_view referrerUrl,
                                      std::uint32_t kind);
-  // Parses a piece of a document of that kind from a rule; null when it does not parse. The model
-  // owns the tree.
-  XTreeContainer* ParseFragment(std::u16string_view text, const char16_t* startRule,
-                                XTreeKind holder, std::uint32_t kind);
-  ElementDecl* FindElement(std::u16string_view local, InternedURI uri) const;
-  ElementDecl* AddElement(const QName& name);  // the existing one if there is one
+  // Parses a piece of a document of that kind from a rule; null when it does not parse.
+  std::unique_ptr<XTree> ParseFragment(std::u16string_view text, const char16_t* startRule,
+                                       XTreeKind holder, std::uint32_t kind) const;
+  // Keeps such a tree, so that declarations can point into it.
+  const XTreeContainer& Keep(std::unique_ptr<XTree> fragment);
+  ElementDecl* FindElement(const NameKey& name) const;
+  ElementDecl* AddElement(const NameKey& name);  // the existing one if there is one
+  // Declarations that no table names; they live as long as the model.
+  ElementDecl* MakeElement() { return &elementStore_.emplace_back(this); }
+  AttributeDecl* MakeAttribute() { return &attributeStore_.emplace_back(); }
+  // What the readers of schemas keep besides elements.
+  SchemaDeclarations& Schema();
 
-  // Adds to the sum that kEntityTextLimit bounds; throws TQTreeLimitError beyond it.
+  // Adds to the sum that kEntityTextLimit bounds, throwing TQTreeLimitError beyond it; a pass
+  // over the declarations begins anew.
   void CountEntityText(std::int64_t units);
+  void ResetEntityText() { entityText_ = 0; }
+  void EnterPredefinedEntities();
 
   ModelError& Error() { return error_; }
   const ModelError& Error() const { return error_; }
-  DocumentManager& Manager() const { return *manager_; }
-  XPathTreeBuilder* Builder() const { return builder_; }
+  XPathTreeBuilder& Builder() const { return *builder_; }  // only while a schema is read
 
-  std::unordered_map<InternedURI, ElementTable> elements;
+  NameMap<std::unique_ptr<ElementDecl>> elements;
   EntityMap generalEntities;
   EntityMap parameterEntities;
   EntityMap notations;
@@ -106,13 +130,22 @@ class DocumentModel final : public TreeModel {
   SchemaKind schemaKind = SchemaKind::None;
 
  private:
-  bool ReadReferenced(XTreeNode& root, const SchemaReference& reference);
+  struct OwnServices;
 
+  bool ReadReferenced(XTreeNode& root, const SchemaReference& reference);
+  bool ReadSchemaOfKind(SchemaKind kind, const SchemaSource& source,
+                        const SchemaReference& reference);
+  bool ReadReferencedDTD(const SchemaSource& source, const SchemaReference& reference);
+
+  std::unique_ptr<OwnServices> ownServices_;  // of a model without a manager
   DocumentManager* manager_;
   XPathTreeBuilder* builder_ = nullptr;
   TQString url_;
   std::int64_t entityText_ = 0;
   ModelError error_;
+  std::deque<ElementDecl> elementStore_;
+  std::deque<AttributeDecl> attributeStore_;
+  std::unique_ptr<SchemaDeclarations> schema_;
   std::vector<std::unique_ptr<XTree>> fragments_;
 };
 

@@ -30,10 +30,14 @@ enum : std::int32_t {
   Month = 13,
   HexBinary = 14,
   Base64Binary = 15,
+  NOTATION = 18,
   IDREFS = 22,
   ENTITIES = 23,
+  NMTOKEN = 24,
   NMTOKENS = 25,
   ID = 28,
+  IDREF = 29,
+  ENTITY = 30,
   Integer = 31,
   NonPositiveInteger = 32,
   NegativeInteger = 33,
@@ -57,7 +61,7 @@ std::int32_t TypeCodeFromName(std::u16string_view name, bool xdrDialect);
 class SimpleType {
  public:
   explicit SimpleType(std::int32_t code = TypeCode::String);
-  SimpleType(const SimpleType& other);  // with copies of the facets
+  SimpleType(const SimpleType& other);  // shares the facets
   SimpleType& operator=(const SimpleType&) = delete;
   ~SimpleType();
 
@@ -73,8 +77,8 @@ class SimpleType {
 
   std::int32_t typeCode = TypeCode::String;
   bool isList = false;  // a list, separated by white space, of values of the type
-  std::vector<std::unique_ptr<Facet>> facets;
-  std::shared_ptr<const SimpleType> next;  // the next member of a union
+  std::vector<std::shared_ptr<Facet>> facets;
+  std::shared_ptr<SimpleType> next;  // the next member of a union
 
  private:
   TypeCheck CheckList(const TQString& value, TQString& facetText) const;

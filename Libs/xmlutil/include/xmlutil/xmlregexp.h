@@ -62,6 +62,11 @@ class XMLRegExp {
   static std::int32_t LastErrorOffset();
   static std::int32_t LastErrorLength();
   static const TQString& LastErrorMessage();
+  static const char16_t* LastErrorPosition();  // in the pattern that failed, while that lives
+
+  // What all matches of the process have taken, in nodes of expressions that were tried. Who runs
+  // expressions of others can bound what they cost.
+  static inline std::int64_t steps = 0;
 
  private:
   class Run;

@@ -1,0 +1,90 @@
+// What a hostile DTD may not do: grow, recur, take time without end.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "modeltesting.h"
+
+namespace kelmora {
+namespace {
+
+std::string Repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
+// Each row is a document that ends in the message for entities that expand to too much.
+TEST_F(ModelTest, EntitiesCannotGrowWithoutEnd) {
+  std::string tenfold = "<!ENTITY e0 'xxxxxxxxxx'>";
+  std::string parameters = "<!ENTITY % e0 'xxxxxxxxxx'>";
+  for (int i = 1; i < 12; ++i) {
+    const std::string number = std::to_string(i);
+    const std::string before = std::to_string(i - 1);
+    tenfold += "<!ENTITY e" + number + " '" + Repeat("&e" + before + ";", 10) + "'>";
+    parameters += "<!ENTITY % e" + number + " '" + Repeat("%e" + before + ";", 10) + "'>";
+  }
+  const std::string big(500000, 'y');
+  const struct {
+    const char* symptom;
+    std::string subset;
+    std::string content;
+  } rows[] = {
+      {"ten by ten", tenfold, "&e11;"},
+      {"declared and not used", parameters, ""},
+      {"one declaration with many references",
+       "<!ENTITY b '" + big + "'><!ENTITY c '" + Repeat("&b;", 1000) + "'>", ""},
+      {"one entity read as declarations again and again",
+       "<!ENTITY % d '<!--" + big + "-->'>" + Repeat("%d;\n<!---->", 1000), ""},
+      {"one entity in many lists",
+       "<!ENTITY % a 'x CDATA #IMPLIED " + Repeat("xyz CDATA #IMPLIED ", 30000) + "'>" +
+           Repeat("<!ATTLIST r %a;>", 1000),
+       ""},
+      {"used again and again", "<!ENTITY b '" + big + "'>", Repeat("<a>&b;</a>", 1000)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.symptom);
+    EXPECT_THROW(Build("<!DOCTYPE r [" + row.subset + "]><r>" + row.content + "</r>"),
+                 TQTreeLimitError);
+  }
+}
+
+// An entity inside itself takes what the passes know of it, and no more.
+TEST_F(ModelTest, RecursiveEntitiesEnd) {
+  EXPECT_EQ(Build("<!DOCTYPE a [<!ENTITY a 'x&b;y'><!ENTITY b 'p&a;q'>]><a>&a;</a>"),
+            "(a'xpxyqy')");
+  EXPECT_EQ(Build("<!DOCTYPE a [<!ENTITY s 'm&s;n'>]><a>&s;</a>"), "(a'mn')");
+  Write("chain.dtd", "<!ENTITY % s SYSTEM 'other.dtd'>%s;");
+  Write("other.dtd", "<!ENTITY % t SYSTEM 'chain.dtd'>%t;");
+  Build("<!DOCTYPE a SYSTEM 'chain.dtd'><a/>");
+  EXPECT_EQ(Error(), ModelCode::WrongEntityKind);
+  Write("self.ent", "<b>&s;</b>");
+  EXPECT_THROW(Build("<!DOCTYPE a [<!ENTITY s SYSTEM 'self.ent'>]><a>&s;</a>"),
+               TQTreeLimitError);
+}
+
+// Depth and length of declarations cost heap, and time in proportion.
+TEST_F(ModelTest, LongAndDeepDeclarations) {
+  constexpr int kMany = 20000;
+  const std::string deep = Repeat("(", kMany) + "b" + Repeat(")", kMany);
+  std::string names = "b0";
+  std::string attributes;
+  std::string redefinitions;
+  for (int i = 1; i < kMany; ++i) {
+    names += "|b" + std::to_string(i);
+    attributes += " a" + std::to_string(i) + " CDATA #IMPLIED";
+    redefinitions += "<!ATTLIST a id ID #IMPLIED>";
+  }
+  const std::function<std::string(const std::string&)> withList = [](const std::string& list) {
+    return "<!ATTLIST a" + list + " z CDATA 'last'>";
+  };
+  EXPECT_EQ(Build("<!DOCTYPE a [<!ELEMENT a " + deep + ">" + withList("") + "]><a/>"),
+            "(a z=last)");
+  EXPECT_EQ(Build("<!DOCTYPE a [<!ELEMENT a (" + names + ")*>" + withList(attributes) +
+                  redefinitions + "]><a/>"),
+            "(a z=last)");
+}
+
+}  // namespace
+}  // namespace kelmora

@@ -1,0 +1,96 @@
+// The fixture of the tests of DTDs and schemas.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "tqcore/tqtext.h"
+#include "xmltree/documentmanager.h"
+#include "xmlutil/documentmodel.h"
+
+namespace kelmora {
+
+// A document on disk with its files, loaded and built; prints its tree in one line.
+class ModelTest : public testing::Test {
+ protected:
+  ModelTest() {
+    TQString ignored;
+    kinds_.Fill(false, ignored);
+    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = std::filesystem::path(testing::TempDir()) /
+                 (std::string("model_") + info->name());
+    std::filesystem::create_directories(directory_);
+  }
+  ~ModelTest() override {
+    XPathNode::DeleteTree(root_);
+    std::filesystem::remove_all(directory_);
+  }
+
+  void Write(const std::string& name, const std::string& text) {
+    std::ofstream(directory_ / name, std::ios::binary) << text;
+  }
+
+  // Loads `text` as a document and builds it; the dump of the tree below the root.
+  std::string Build(const std::string& text) {
+    Write("in.xml", text);
+    XPathNode::DeleteTree(root_);
+    root_ = nullptr;
+    model_.reset();
+    builder_ = std::make_unique<XPathTreeBuilder>();
+    manager_ = std::make_unique<DocumentManager>(kinds_);  // forgets the files of the last build
+    const TQString path = FromNative((directory_ / "in.xml").string());
+    auto record = std::make_unique<LoadRecord>();
+    auto document = manager_->CreateDocument();
+    document->SetKind(manager_->RowFor(1));
+    LoadError error;
+    document->Load(path, error, record.get());
+    record->document = std::move(document);
+    EXPECT_FALSE(error.HasError()) << ToNative(error.message);
+    XTreeNode* tree = manager_->AdoptRecord(std::move(record))->Root();
+    if (tree == nullptr) return "no tree";
+    model_ = std::make_unique<DocumentModel>(manager_.get());
+    root_ = builder_->Build(*tree, *model_, true, path);
+    std::string out;
+    for (XPathNode* child = root_->firstChild; child != nullptr; child = child->next) {
+      if (child->kind == XPathNodeKind::Element) Dump(*child, out);
+    }
+    return out;
+  }
+
+  std::int32_t Error() const { return model_->Error().Code(); }
+  std::string ErrorText() const { return ToNative(model_->Error().Text()); }
+
+  static void Dump(const XPathNode& node, std::string& out) {
+    out += '(';
+    out += ToNative(node.GetName());
+    for (XPathNode* child = node.firstChild; child != nullptr; child = child->next) {
+      if (child->kind == XPathNodeKind::Element) {
+        Dump(*child, out);
+      } else if (child->kind == XPathNodeKind::Attribute) {
+        if (child->GetLocalName().ends_with(u"chemaLocation")) continue;
+        out += ' ';
+        out += ToNative(child->GetName());
+        out += '=';
+        out += ToNative(child->GetValue());
+      } else {
+        out += '\'';
+        out += ToNative(child->GetValue());
+        out += '\'';
+      }
+    }
+    out += ")";
+  }
+
+  std::filesystem::path directory_;
+  DocumentKindTable kinds_;
+  std::unique_ptr<DocumentManager> manager_;
+  std::unique_ptr<XPathTreeBuilder> builder_;
+  std::unique_ptr<DocumentModel> model_;
+  XPathNode* root_ = nullptr;
+};
+
+}  // namespace kelmora

@@ -1,0 +1,512 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "modeltesting.h"
+#include "schemawalker.h"
+#include "xmlschemareader.h"
+
+namespace kelmora {
+namespace {
+
+class SchemaTest : public ModelTest {
+ protected:
+  // Builds `<r>` with `content`, described by a schema of no namespace with `declarations`.
+  std::string BuildWith(const std::string& declarations, const std::string& content = {}) {
+    Write("s.xsd", InSchema(declarations));
+    return Build("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
+                 " xsi:noNamespaceSchemaLocation='s.xsd'>" + content + "</r>");
+  }
+  static std::string InSchema(const std::string& declarations, const std::string& more = {}) {
+    return "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' " + more + ">" +
+           declarations + "</xs:schema>";
+  }
+};
+
+struct ErrorRow {
+  const char* declarations;
+  std::int32_t code;
+  const char* text = "";
+};
+
+// The element `last` stands behind the problem: nothing of it may have been read.
+#define IN_TYPE(content) \
+  "<xs:element name='r'><xs:complexType>" content "</xs:complexType></xs:element>"
+#define IN_SEQUENCE(content) IN_TYPE("<xs:sequence>" content "</xs:sequence>")
+#define SIMPLE(content) "<xs:simpleType name='t'>" content "</xs:simpleType>"
+#define CONTENT(kind, derivation, base, content)                                              \
+  "<xs:complexType name='c'><xs:" kind "><xs:" derivation " base='" base "'>" content         \
+  "</xs:" derivation "></xs:" kind "></xs:complexType>"
+
+// What the tables do not allow, in the order of the tables.
+constexpr ErrorRow kNotAllowed[] = {
+    {"<xs:foo/>", 7536,
+     "- expected: (xs:include | xs:import | xs:redefine | xs:annotation | xs:simpleType | "
+     "xs:complexType | xs:element | xs:group | xs:attribute | xs:attributeGroup | xs:notation)"},
+    {"<element name='x'/>", 7536,
+     "- expected: (xs:include | xs:import | xs:redefine | xs:annotation | xs:simpleType | "
+     "xs:complexType | xs:element | xs:group | xs:attribute | xs:attributeGroup | xs:notation)"},
+    {"<xs:include name='x'/>", 7536, "- expected: (id | schemaLocation)"},
+    {"<xs:import uri='x'/>", 7536, "- expected: (id | schemaLocation)"},
+    {"<xs:complexType name='c' base='x'/>", 7536,
+     "- expected: (abstract | block | final | id | mixed | name)"},
+    {"<xs:complexType name='c'><xs:element name='x'/></xs:complexType>", 7536,
+     "- expected: (xs:annotation | xs:simpleContent | xs:complexContent | xs:group | xs:all | "
+     "xs:choice | xs:sequence | xs:attribute | xs:attributeGroup | xs:anyAttribute)"},
+    {"<xs:complexType name='c'><xs:complexContent a=''/></xs:complexType>", 7536,
+     "- expected: (id | mixed)"},
+    {"<xs:complexType name='c'><xs:simpleContent a=''><xs:list/></xs:simpleContent>"
+     "</xs:complexType>",
+     7536, "- expected: (xs:annotation | xs:restriction | xs:extension)"},
+    {CONTENT("simpleContent", "extension", "xs:int", "<xs:length value='1'/>"), 7536,
+     "- facets are only allowed inside simpleContent/restriction"},
+    {CONTENT("complexContent", "restriction", "xs:anyType", "<xs:pattern value='1'/>"), 7536,
+     "- facets are only allowed inside simpleContent/restriction"},
+    {CONTENT("complexContent", "extension", "xs:anyType", "<xs:any/>"), 7536,
+     "- expected: (xs:annotation | xs:group | xs:all | xs:choice | xs:sequence | xs:attribute | "
+     "xs:attributeGroup | xs:anyAttribute)"},
+    {"<xs:complexType name='c'><xs:simpleContent><xs:extension type='x'/></xs:simpleContent>"
+     "</xs:complexType>",
+     7536, "- expected: (id | base)"},
+    {"<xs:simpleType kind='x'/>", 7536, "- expected: (id | final | name)"},
+    {SIMPLE("<xs:element/>"), 7536,
+     "- expected: (xs:annotation | xs:list | xs:restriction | xs:union)"},
+    {SIMPLE("<xs:list itemType='xs:int' other='passes'><xs:union/></xs:list>"), 7536,
+     "- expected: (xs:annotation | xs:simpleType)"},
+    {SIMPLE("<xs:restriction type='x'/>"), 7536, "- expected: (base | id | name)"},
+    {SIMPLE("<xs:restriction base='xs:int'><xs:attribute/></xs:restriction>"), 7536,
+     "- expected: (xs:annotation | xs:simpleType | xs:length | xs:minLength | xs:maxLength | "
+     "xs:whiteSpace | xs:enumeration | xs:totalDigits | xs:fractionDigits | xs:pattern | "
+     "xs:minExclusive | xs:minInclusive | xs:maxExclusive | xs:maxInclusive)"},
+    {SIMPLE("<xs:restriction base='xs:int'><xs:length value='1' fixed='true'/></xs:restriction>"),
+     7536, "- expected: (id | value)"},
+    {"<xs:group name='g' max='1'/>", 7536,
+     "- expected: (id | minOccurs | maxOccurs | name | ref)"},
+    {IN_SEQUENCE("<xs:attribute/>"), 7536,
+     "- expected: (xs:annotation | xs:element | xs:group | xs:all | xs:choice | xs:sequence | "
+     "xs:any)"},
+    {IN_SEQUENCE("<xs:any name='x'/>"), 7536,
+     "- expected: (id | maxOccurs | minOccurs | namespace | processContents)"},
+    {IN_SEQUENCE("<xs:any><xs:element/></xs:any>"), 7536, "- expected: xs:annotation"},
+    {IN_TYPE("<xs:anyAttribute minOccurs='0'/>"), 7536,
+     "- expected: (id | namespace | processContents)"},
+    {"<xs:attributeGroup type='x'/>", 7536, "- expected: (id | name | ref)"},
+    {"<xs:notation uri='x'/>", 7536, "- expected: (id | name | public | system)"},
+    {"<xs:attribute name='a' nillable='x'/>", 7536,
+     "- expected: (default | fixed | form | id | name | ref | type | use)"},
+    {"<xs:element name='a' minOccurs='0'/>", 7536,
+     "- expected: (abstract | block | default | substitutionGroup | final | fixed | form | id | "
+     "name | nillable | ref | type)"},
+    {IN_SEQUENCE("<xs:element name='a' use='x'/>"), 7536,
+     "- expected: (abstract | block | default | substitutionGroup | final | fixed | form | id | "
+     "maxOccurs | minOccurs | name | nillable | ref | type)"},
+    {"<xs:element name='a'><xs:unique name='u'><xs:key/></xs:unique></xs:element>", 7536,
+     "- expected: (xs:annotation | xs:selector | xs:field)"},
+};
+
+constexpr ErrorRow kBadValues[] = {
+    {"<xs:element name='a' abstract='yes'/>", 7536, "- expected: (true | false)"},
+    {"<xs:element name='a' form='x'/>", 7536, "- expected: (qualified | unqualified)"},
+    {"<xs:element name='a' final='substitution'/>", 7536,
+     "- expected: (#all | List of (extension | restriction) )"},
+    {"<xs:element name='a' block='list'/>", 7536,
+     "- expected: (#all | List of (extension | restriction | substitution) )"},
+    {"<xs:simpleType name='t' final='x'/>", 7536,
+     "- expected: (#all | List of (extension | list | restriction | union) )"},
+    {IN_SEQUENCE("<xs:any processContents='x'/>"), 7536, "- expected: (skip | lax | strict)"},
+    {IN_TYPE("<xs:attribute name='a' use='x'/>"), 7537,
+     "- expected: (optional | prohibited | required)"},
+    {IN_SEQUENCE("<xs:element name='a' minOccurs='unbounded'/>"), 7537,
+     "- expected: nonNegativeInteger or 'unbounded'"},
+    {IN_TYPE("<xs:all><xs:element name='a' maxOccurs='2'/></xs:all>"), 7537,
+     "- expected: 0 or 1 (maxOccurs inside an 'all' group is limited to these values)"},
+    {IN_TYPE("<xs:all><xs:element name='a' minOccurs='2'/></xs:all>"), 7537,
+     "- expected: 0 or 1 (minOccurs inside an 'all' group is limited to these values)"},
+    {"<xs:element name='a:b'/>", 7548},
+    {IN_TYPE("<xs:attribute name='a' type='xs:int' default='x'/>"), 7587, "int"},
+    {IN_TYPE("<xs:attribute name='a' type='xs:byte' fixed='300'/>"), 7588, "byte"},
+    {"<xs:element name='a' default='3'><xs:simpleType><xs:restriction base='xs:int'>"
+     "<xs:enumeration value='1'/><xs:enumeration value='2'/></xs:restriction></xs:simpleType>"
+     "</xs:element>",
+     7590, "int"},
+    {"<xs:element name='a' type='xs:int' default=' 5 '/>", 7587, "int"},
+    {SIMPLE("<xs:restriction base='xs:int'><xs:enumeration value='x'/></xs:restriction>"), 7587,
+     "int"},
+    {SIMPLE("<xs:restriction base='xs:string'><xs:length value='x'/></xs:restriction>"), 7587,
+     "string"},
+    {SIMPLE("<xs:restriction base='xs:string'><xs:pattern value='a('/></xs:restriction>"), 7547,
+     "Regular Expression (branch|branch|...) expected at position 2"},
+    {"<xs:element name='a'><xs:key name='k'><xs:selector xpath='.//a/@b'/></xs:key></xs:element>",
+     7546, ".//a/@b"},
+};
+
+constexpr ErrorRow kMissingAndDouble[] = {
+    {"<xs:include/>", 7563, "schemaLocation"},
+    {"<xs:include schemaLocation='none.xsd'/>", 7509, "none.xsd"},
+    {"<xs:import namespace='u'/>", 7506},
+    {"<xs:notation name='n'/>", 7563, "public"},
+    {SIMPLE("<xs:restriction/>"), 7563, "base"},
+    {"<xs:element/>", 7563, "name or ref"},
+    {"<xs:element name='a' default='x' fixed='y'/>", 7541},
+    {IN_TYPE("<xs:attribute name='a' default='x' fixed='y'/>"), 7541},
+    {IN_TYPE("<xs:attribute name='a' default='x' use='required'/>"), 7542},
+    {IN_TYPE("<xs:attribute name='a' ref='g'/>") "<xs:attribute name='g'/>", 7540},
+    {IN_SEQUENCE("<xs:group name='a' ref='g'/>"), 7540},
+    {"<xs:attributeGroup name='a' ref='g'/>", 7540},
+    {IN_TYPE("<xs:attribute name='a' type='xs:int'><xs:simpleType/></xs:attribute>"), 7536,
+     "- only one of type or simpleType may be used"},
+    {"<xs:element name='a' type='xs:int'><xs:complexType/></xs:element>", 7536,
+     "- only one of type, simpleType, or complexType may be used"},
+    {"<xs:element name='a' type='xs:int'/><xs:element name='a' type='xs:string'/>", 7512, "a"},
+    {"<xs:element name='a' type='xs:int'/><xs:element name='a' type='xs:int'/>", 7500},
+    {IN_SEQUENCE("<xs:element name='a' type='xs:int'/><xs:element name='a' type='xs:byte'/>"),
+     7513, "a"},
+    {IN_TYPE("<xs:attribute name='a'/><xs:attribute name='a'/>"), 7514, "a"},
+    {"<xs:element name='a'><xs:key name='k'/><xs:key name='k'/></xs:element>", 7545, "k"},
+    {"<xs:element name='a'><xs:complexType/></xs:element><xs:element name='b' default='1'>"
+     "<xs:complexType/></xs:element>",
+     7610},
+};
+
+constexpr ErrorRow kReferences[] = {
+    {"<xs:element name='a' type='xs:foo'/>", 7537, "xs:foo"},
+    {"<xs:element name='a' type='xs:uuid'/>", 7537, "xs:uuid"},
+    {"<xs:element name='a' type='foo'/>", 7537, "foo"},
+    {IN_SEQUENCE("<xs:group ref='g'/>"), 7518, "g"},
+    {IN_TYPE("<xs:attribute ref='g'/>"), 7520, "g"},
+    {IN_TYPE("<xs:attributeGroup ref='g'/>"), 7521, "g"},
+    {IN_SEQUENCE("<xs:element ref='g'/>"), 7517, "g"},
+    {"<xs:group name='g'><xs:sequence><xs:group ref='g'/></xs:sequence></xs:group>"
+     "<xs:element name='r'/>",
+     7519},
+    {"<xs:group name='g'><xs:choice><xs:group ref='h'/></xs:choice></xs:group>"
+     "<xs:group name='h'><xs:sequence><xs:choice><xs:group ref='g'/></xs:choice></xs:sequence>"
+     "</xs:group><xs:element name='r'/>",
+     7519},
+    {CONTENT("complexContent", "restriction", "xs:anyType",
+             "<xs:attribute name='a' use='prohibited'/>") "<xs:element name='r' type='c'/>",
+     7520, "a"},
+    {"<xs:simpleType name='s'><xs:list itemType='xs:int'/></xs:simpleType>" CONTENT(
+         "simpleContent", "restriction", "s", ""),
+     7537,
+     "- you must use a complexType instead of 's', because a simpleContent/restriction can't be "
+     "based on a simpleType"},
+    {"<xs:complexType name='b'><xs:sequence/></xs:complexType>" CONTENT("simpleContent",
+                                                                       "extension", "b", ""),
+     7536, "- simpleContent can not have a base that is a complexType with complexContent"},
+    {"<xs:complexType name='b' final='#all'/>" CONTENT("complexContent", "extension", "b", ""),
+     7549, "extension restriction"},
+    {"<xs:simpleType name='b' final='list'><xs:restriction base='xs:int'/></xs:simpleType>" SIMPLE(
+         "<xs:list itemType='b'/>"),
+     7549, "list"},
+    {"<xs:simpleType name='b' final='union'><xs:restriction base='xs:int'/></xs:simpleType>" SIMPLE(
+         "<xs:union memberTypes='xs:int b'/>"),
+     7549, "union"},
+    {IN_SEQUENCE("<xs:element name='a' substitutionGroup='r'/>"), 7595},
+    {"<xs:element name='a' substitutionGroup='h'/>", 7596},
+    {"<xs:element name='h' block='#all'/><xs:element name='a' substitutionGroup='h'/>", 7549,
+     "extension restriction substitution"},
+};
+
+void PrintTo(const ErrorRow& row, std::ostream* out) { *out << row.declarations; }
+
+class SchemaErrorTest : public SchemaTest,
+                        public testing::WithParamInterface<std::span<const ErrorRow>> {};
+
+TEST_P(SchemaErrorTest, FirstErrorIsRecorded) {
+  for (const ErrorRow& row : GetParam()) {
+    SCOPED_TRACE(row.declarations);
+    BuildWith(row.declarations);
+    EXPECT_EQ(Error(), row.code);
+    EXPECT_EQ(ErrorText(), row.text);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, SchemaErrorTest,
+                         testing::Values(std::span(kNotAllowed), std::span(kBadValues),
+                                         std::span(kMissingAndDouble), std::span(kReferences)));
+
+// The text of a default stands at the attribute or element that lacks it.
+TEST_F(SchemaTest, Effects) {
+  const struct {
+    const char* symptom;
+    const char* declarations;
+    const char* content;
+    const char* tree;
+  } rows[] = {
+      {"nothing to add", "<xs:element name='r'/>", "<a/>", "(r(a))"},
+      {"attributes and elements", IN_SEQUENCE(
+           "<xs:element name='a' type='xs:int' default='1'/>"
+           "<xs:element name='b' type='xs:int' fixed='2'/>"),
+       "<a/><b/><b>3</b>", "(r(a'1')(b'2')(b'3'))"},
+      {"the local declaration comes before the global one",
+       "<xs:element name='a' type='xs:string' default='global'/>" IN_SEQUENCE(
+           "<xs:element name='a' type='xs:string' default='local'/>"),
+       "<a/><x><a/></x>", "(r(a'local')(x(a'global')))"},
+      {"through nested groups", IN_SEQUENCE(
+           "<xs:choice><xs:sequence><xs:group ref='g'/></xs:sequence></xs:choice>")
+           "<xs:group name='g'><xs:choice><xs:element name='a' type='xs:string' default='1'/>"
+           "</xs:choice></xs:group>",
+       "<a/>", "(r(a'1'))"},
+      {"a group that holds itself in an element",
+       "<xs:group name='g'><xs:sequence><xs:element name='a'><xs:complexType><xs:sequence>"
+       "<xs:group ref='g'/></xs:sequence><xs:attribute name='x' default='1'/></xs:complexType>"
+       "</xs:element></xs:sequence></xs:group>" IN_TYPE("<xs:group ref='g'/>"),
+       "<a><a/></a>", "(r(a x=1(a x=1)))"},
+      {"types used in front of their definition",
+       "<xs:element name='r' type='c'/>"
+       "<xs:complexType name='c'><xs:complexContent><xs:extension base='b'>"
+       "<xs:attribute name='x' default='c'/></xs:extension></xs:complexContent></xs:complexType>"
+       "<xs:complexType name='b'><xs:attribute name='y' type='t' default='1'/></xs:complexType>"
+       "<xs:simpleType name='t'><xs:restriction base='u'/></xs:simpleType>"
+       "<xs:simpleType name='u'><xs:restriction base='xs:int'/></xs:simpleType>",
+       "", "(r y=1 x=c)"},
+      {"a restriction keeps attributes and overwrites them",
+       "<xs:complexType name='b'><xs:sequence><xs:element name='a' type='xs:int' default='1'/>"
+       "</xs:sequence><xs:attribute name='x' default='1'/><xs:attribute name='y' default='2'/>"
+       "</xs:complexType>"
+       CONTENT("complexContent", "restriction", "b", "<xs:attribute name='y' default='3'/>")
+       "<xs:element name='r' type='c'/>",
+       "<a/>", "(r x=1 y=3(a))"},
+      {"simple content from a complex type",
+       "<xs:complexType name='b'><xs:simpleContent><xs:extension base='xs:int'>"
+       "<xs:attribute name='x' default='1'/></xs:extension></xs:simpleContent></xs:complexType>"
+       CONTENT("simpleContent", "restriction", "b", "<xs:maxInclusive value='9'/>")
+       "<xs:element name='r' type='c' default='9'/>",
+       "", "(r x=1'9')"},
+      {"groups of attributes in one another",
+       "<xs:attributeGroup name='o'><xs:attributeGroup ref='i'/>"
+       "<xs:attribute ref='g'/></xs:attributeGroup>"
+       "<xs:attributeGroup name='i'><xs:attribute name='x' default='1'/></xs:attributeGroup>"
+       "<xs:attribute name='g' default='2'/>" IN_TYPE("<xs:attributeGroup ref='o'/>"),
+       "", "(r x=1 g=2)"},
+      {"a reference overrides the default",
+       "<xs:attribute name='g' default='1'/>" IN_TYPE("<xs:attribute ref='g' default='2'/>"),
+       "", "(r g=2)"},
+      {"the head of a substitution group",
+       "<xs:element name='h'><xs:complexType><xs:attribute name='x' default='1'/>"
+       "</xs:complexType></xs:element><xs:element name='a' substitutionGroup='h'/>",
+       "<a/>", "(r(a x=1))"},
+      {"lists, unions, entities and character references",
+       IN_TYPE("<xs:attribute name='l' default='1 2'><xs:simpleType><xs:list itemType='xs:int'/>"
+               "</xs:simpleType></xs:attribute>"
+               "<xs:attribute name='u' default='no' type='u'/>"
+               "<xs:attribute name='e' default='&lt;&#65;&amp;'/>")
+           "<xs:simpleType name='u'><xs:union memberTypes='xs:int'><xs:simpleType>"
+           "<xs:restriction base='xs:string'><xs:enumeration value='y&#101;s'/>"
+           "<xs:enumeration value='no'/></xs:restriction></xs:simpleType></xs:union>"
+           "</xs:simpleType>",
+       "", "(r l=1 2 u=no e=<A&)"},
+      {"foreign attributes and documentation",
+       "<xs:annotation><xs:documentation xml:lang='en'>x</xs:documentation></xs:annotation>"
+       "<xs:element name='r' f:x='1' xmlns:f='f' id='i'><xs:complexType id='j'>"
+       "<xs:attribute name='x' default='1'><xs:annotation/></xs:attribute></xs:complexType>"
+       "<xs:key name='k'><xs:selector xpath='a|.//b'/><xs:field xpath='@c'/></xs:key>"
+       "</xs:element>",
+       "", "(r x=1)"},
+      {"read up to the problem",
+       IN_TYPE("<xs:attribute name='x' default='1'/>") "<xs:element name='a' fixed='2'/>", "",
+       "(r x=1)"},
+      {"no element after an unknown child of the schema",
+       IN_TYPE("<xs:attribute name='x' default='1'/>") "<xs:foo/>", "", "(r)"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(BuildWith(row.declarations, row.content), row.tree) << row.symptom;
+  }
+}
+
+// Chains of forward references: each open name buys a pass, three at most.
+TEST_F(SchemaTest, Passes) {
+  const auto chain = [](int length) {
+    std::string types = "<xs:element name='r' type='t0'/>";
+    for (int i = 0; i < length; ++i) {
+      const std::string base = "t" + std::to_string(i + 1);
+      types += "<xs:complexType name='t" + std::to_string(i) +
+               "'><xs:complexContent><xs:extension base='" + base +
+               "'/></xs:complexContent></xs:complexType>";
+    }
+    return types + "<xs:complexType name='t" + std::to_string(length) +
+           "'><xs:attribute name='x' default='1'/></xs:complexType>";
+  };
+  EXPECT_EQ(BuildWith(chain(3)), "(r x=1)");
+  EXPECT_EQ(model_->pass, 4);
+  EXPECT_EQ(BuildWith(chain(4)), "(r)");
+  EXPECT_EQ(model_->pass, 4);
+  BuildWith("<xs:element name='r' type='a'/><xs:complexType name='a'/>");
+  EXPECT_EQ(model_->pass, 1);
+  BuildWith(IN_SEQUENCE("<xs:group ref='g'/><xs:group ref='g'/>") "<xs:group name='g'/>");
+  EXPECT_EQ(model_->pass, 1);
+  BuildWith("<xs:complexType name='a'><xs:group ref='g'/></xs:complexType>"
+            "<xs:group name='g'/><xs:element name='r'/>");
+  EXPECT_EQ(model_->pass, 2);
+}
+
+TEST_F(SchemaTest, Namespaces) {
+  const std::string qualified =
+      "targetNamespace='u' xmlns:t='u' elementFormDefault='qualified' "
+      "attributeFormDefault='qualified'";
+  const std::string declarations =
+      IN_SEQUENCE("<xs:element name='a' type='t:c'/>")
+      "<xs:complexType name='c'><xs:attribute name='x' default='1'/>"
+      "<xs:attribute name='y' form='unqualified' default='2'/></xs:complexType>";
+  Write("s.xsd", InSchema(declarations, qualified));
+  const std::string location = " xsi:schemaLocation='u s.xsd' xmlns:xsi='i'";
+  EXPECT_EQ(Build("<p:r xmlns:p='u'" + location + "><p:a/><a/></p:r>"),
+            "(p:r xmlns:p=u xmlns:xsi=i(p:a p:x=1 y=2)(a))");
+  // Of several prefixes the first one in their order serves, and the default namespace is none.
+  EXPECT_EQ(Build("<r xmlns='u' xmlns:q='u' xmlns:b='u'" + location + "><a/></r>"),
+            "(r xmlns=u xmlns:q=u xmlns:b=u xmlns:xsi=i(a x=1 y=2))");
+  EXPECT_EQ(Build("<q:r xmlns:q='u' xmlns:b='u'" + location + "><q:a/></q:r>"),
+            "(q:r xmlns:q=u xmlns:b=u xmlns:xsi=i(q:a b:x=1 y=2))");
+  // A schema without a target namespace declares in that of the reference.
+  Write("s.xsd", InSchema(IN_TYPE("<xs:attribute name='x' type='t' default='1'/>") SIMPLE(
+                     "<xs:restriction base='xs:int'/>")));
+  EXPECT_EQ(Build("<r xmlns='u'" + location + "/>"), "(r xmlns=u xmlns:xsi=i x=1)");
+}
+
+TEST_F(SchemaTest, DocumentsThatNameOneAnother) {
+  const std::string inU = "targetNamespace='u' xmlns:t='u' xmlns:v='v'";
+  Write("s.xsd",
+        InSchema("<xs:include schemaLocation='sub/more.xsd'/>"
+                 "<xs:import namespace='v' schemaLocation='v.xsd'/>" IN_TYPE(
+                     "<xs:attributeGroup ref='t:g'/><xs:attribute ref='v:w'/>"), inU));
+  std::filesystem::create_directories(directory_ / "sub");
+  Write("sub/more.xsd", InSchema("<xs:include schemaLocation='../s.xsd'/>"
+                                 "<xs:include schemaLocation='types.xsd'/>"
+                                 "<xs:attributeGroup name='g'>"
+                                 "<xs:attribute name='x' type='t:n' default='1'/>"
+                                 "</xs:attributeGroup>", inU));
+  // Without a namespace of its own, so its names are those of whoever includes it.
+  Write("sub/types.xsd", InSchema("<xs:simpleType name='n'><xs:restriction base='m'/>"
+                                  "</xs:simpleType><xs:simpleType name='m'>"
+                                  "<xs:restriction base='xs:int'/></xs:simpleType>"));
+  Write("v.xsd", InSchema("<xs:import namespace='u' schemaLocation='s.xsd'/>"
+                          "<xs:attribute name='w' default='2'/>", "targetNamespace='v'"));
+  const std::string document =
+      "<p:r xmlns:p='u' xmlns:q='v' xmlns:xsi='i' xsi:schemaLocation='u s.xsd'/>";
+  const std::string tree = "(p:r xmlns:p=u xmlns:q=v xmlns:xsi=i";
+  EXPECT_EQ(Build(document), tree + " x=1 q:w=2)");
+  EXPECT_EQ(Error(), ModelCode::None);
+
+  Write("s.xsd", InSchema("<xs:include schemaLocation='v.xsd'/>", inU));
+  Build(document);
+  EXPECT_EQ(Error(), ModelCode::OtherTargetNamespace);
+
+  // The element of the including document is declared in the included one too.
+  Write("s.xsd", InSchema("<xs:include schemaLocation='twice.xsd'/><xs:element name='r' "
+                          "type='t:c'/>", inU));
+  Write("twice.xsd", InSchema("<xs:element name='a' type='xs:int'/>"
+                              "<xs:element name='a' type='xs:byte'/>", inU));
+  Build(document);
+  EXPECT_EQ(Error(), ModelCode::BadValue);
+
+  Write("s.xsd", InSchema("<xs:redefine schemaLocation='base.xsd'>"
+                          "<xs:complexType name='c'><xs:complexContent>"
+                          "<xs:extension base='t:c'><xs:attribute name='y' default='2'/>"
+                          "</xs:extension></xs:complexContent></xs:complexType>"
+                          "</xs:redefine>", inU));
+  Write("base.xsd", InSchema("<xs:element name='r' type='t:c'/><xs:complexType name='c'>"
+                             "<xs:attribute name='x' default='1'/></xs:complexType>"
+                             "<xs:element name='s' type='t:c'/>", inU));
+  EXPECT_EQ(Build(document), tree + " x=1)");
+  EXPECT_EQ(Error(), ModelCode::None);
+}
+
+TEST_F(SchemaTest, WhereTheSchemaIs) {
+  const struct {
+    const char* symptom;
+    const char* document;
+    const char* tree;
+    std::int32_t error;
+  } rows[] = {
+      {"a schema for schemas describes itself",
+       "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' "
+       "targetNamespace='http://www.w3.org/2001/XMLSchema'>"
+       "<xs:element name='element'><xs:complexType><xs:attribute name='x' default='1'/>"
+       "</xs:complexType></xs:element></xs:schema>",
+       "(xs:schema xmlns:xs=http://www.w3.org/2001/XMLSchema "
+       "targetNamespace=http://www.w3.org/2001/XMLSchema(xs:element name=element x=1"
+       "(xs:complexType(xs:attribute name=x default=1))))",
+       ModelCode::None},
+      {"a schema without the prefix is not read", "<r noNamespaceSchemaLocation='plain.xsd'/>",
+       "(r)", ModelCode::NoTargetNamespace},
+      {"no file", "<r noNamespaceSchemaLocation='none.xsd'/>", "(r)",
+       ModelCode::SchemaLoadFailed},
+      {"another language", "<r noNamespaceSchemaLocation='s.xdr'/>", "(r)",
+       ModelCode::KindMismatch},
+      {"an older namespace", "<r noNamespaceSchemaLocation='old.xsd'/>", "(r)",
+       ModelCode::Schema1999},
+      {"a DTD, with the prefix for its names",
+       "<p:r xmlns:p='u' i:schemaLocation='u names.dtd'/>", "(p:r xmlns:p=u x=1)",
+       ModelCode::None},
+      {"a DTD without a prefix", "<r noNamespaceSchemaLocation='names.dtd'/>", "(r x=1)",
+       ModelCode::None},
+      {"entities stay when a schema is read as well",
+       "<!DOCTYPE r [<!ENTITY e 'text'>]><r noNamespaceSchemaLocation='s.xsd'>&e;</r>",
+       "(r x=1'text')", ModelCode::None},
+  };
+  Write("s.xsd", InSchema(IN_TYPE("<xs:attribute name='x' default='1'/>")));
+  Write("plain.xsd", "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='r'/>"
+                     "</schema>");
+  Write("s.xdr", "<Schema xmlns='urn:schemas-microsoft-com:xml-data'/>");
+  Write("old.xsd", "<x:schema xmlns:x='http://www.w3.org/1999/XMLSchema'/>");
+  Write("names.dtd", "<!ENTITY % p 'none:'><!ENTITY % s ':none'><!ENTITY % r '%p;r'>"
+                     "<!ATTLIST %r; x CDATA '1'>");
+  for (const auto& row : rows) {
+    EXPECT_EQ(Build(row.document), row.tree) << row.symptom;
+    EXPECT_EQ(Error(), row.error) << row.symptom;
+  }
+}
+
+// --- limits ------------------------------------------------------------------------------------
+
+std::string Repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
+TEST_F(SchemaTest, NestingIsBounded) {
+  const auto nested = [](int depth) {
+    return IN_TYPE("<xs:attribute name='x' default='1'/>") "<xs:group name='g'>" +
+           Repeat("<xs:sequence>", depth) + Repeat("</xs:sequence>", depth) + "</xs:group>";
+  };
+  EXPECT_EQ(BuildWith(nested(kSchemaNesting - 3)), "(r x=1)");
+  EXPECT_EQ(Error(), ModelCode::None);
+  for (int depth : {kSchemaNesting, 100000}) {
+    EXPECT_EQ(BuildWith(nested(depth)), "(r)");
+    EXPECT_EQ(Error(), ModelCode::NotAllowed);
+  }
+}
+
+TEST_F(SchemaTest, CopiesAndChecksAreBounded) {
+  std::string doubling = "<xs:simpleType name='u0'><xs:restriction base='xs:int'/></xs:simpleType>";
+  for (int i = 1; i < 40; ++i) {
+    const std::string before = "u" + std::to_string(i - 1);
+    doubling += "<xs:simpleType name='u" + std::to_string(i) + "'><xs:union memberTypes='" +
+                before + " " + before + "'/></xs:simpleType>";
+  }
+  std::string wide = "<xs:attributeGroup name='g'>";
+  for (int i = 0; i < 5000; ++i) {
+    wide += "<xs:attribute name='a" + std::to_string(i) + "'/>";
+  }
+  wide += "</xs:attributeGroup>" +
+          Repeat("<xs:element name='r'><xs:complexType>", 1) +
+          Repeat("<xs:attributeGroup ref='g'/>", 5000) + "</xs:complexType></xs:element>";
+  const std::string slow =
+      "<xs:simpleType name='p'><xs:restriction base='xs:string'>"
+      "<xs:pattern value='((a*)*|b*)*c'/></xs:restriction></xs:simpleType>" +
+      Repeat("<xs:attribute name='x' type='p' default='" + std::string(300, 'a') + "c'/>", 1) +
+      "<xs:simpleType name='q'><xs:restriction base='p'>" +
+      Repeat("<xs:enumeration value='" + std::string(300, 'a') + "'/>", 1) +
+      "</xs:restriction></xs:simpleType>";
+  for (const std::string& declarations : {doubling, wide}) {
+    BuildWith(declarations);
+    EXPECT_EQ(Error(), ModelCode::NotAllowed);
+  }
+  BuildWith(slow);
+  EXPECT_EQ(Error(), ModelCode::ValueInvalid);
+}
+
+}  // namespace
+}  // namespace kelmora
