@@ -87,7 +87,7 @@ bool XPathStepNode::EvaluateBelow(XPathContext& context) const {
     bool allStamped = std::all_of(input.begin(), input.end(), [](const XPathNodeRef& entry) {
       return entry.node->documentNumber > 0;
     });
-    if (allStamped && harmless && CanFilterTogether(context)) {
+    if (allStamped && harmless && filtersByNode_ && context.StepsCannotFail()) {
       return EvaluateTogether(context, Axis::Descendant);
     }
   }

@@ -64,16 +64,45 @@ struct XSLTProcessorBase::Evaluation {
   std::int32_t position;  // -1: the whole list is the input
 };
 
+namespace {
+
+// Machine stack, in bytes, that evaluations inside of one another may use before the innermost one
+// starts: keys whose use expressions ask for the next key nest as deep as there are keys.
+constexpr std::uintptr_t kNestedStack = std::uintptr_t{1} << 20;
+
+// Marks that an evaluation runs, and where on the machine stack the outermost one began.
+class EvaluationScope {
+ public:
+  explicit EvaluationScope(std::uintptr_t& base) : base_(base), isOutermost_(base == 0) {
+    if (isOutermost_) base_ = Here();
+  }
+  ~EvaluationScope() {
+    if (isOutermost_) base_ = 0;
+  }
+  EvaluationScope(const EvaluationScope&) = delete;
+  EvaluationScope& operator=(const EvaluationScope&) = delete;
+
+  bool IsOutermost() const { return isOutermost_; }
+  bool IsTooDeep() const { return base_ - Here() > kNestedStack && Here() < base_; }
+
+ private:
+  static std::uintptr_t Here() {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  }
+
+  std::uintptr_t& base_;
+  bool isOutermost_;
+};
+
+}  // namespace
+
 void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, XPathValue& value) {
-  struct Busy {
-    explicit Busy(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
-    ~Busy() { flag_ = before_; }
-    bool& flag_;
-    bool before_;
-  };
+  const EvaluationScope scope(evaluationBase_);
+  if (scope.IsTooDeep()) {
+    throw TQXSLTError(XsltCode::UnexpectedFailure, evaluation.scopeNode);
+  }
   std::unique_ptr<XPathEvaluator> nested;
-  if (evaluating_) nested = std::make_unique<XPathEvaluator>(this);
-  const Busy busy(evaluating_);
+  if (!scope.IsOutermost()) nested = std::make_unique<XPathEvaluator>(this);
   XPathEvaluator& evaluator = nested != nullptr ? *nested : *Evaluator;
 
   const FrameVariables variables(*this, evaluation.frame);

@@ -31,6 +31,11 @@ bool IsClose(const ParsoCode& part) {
          opcode == ParsoOpcode::CloseGroup;
 }
 
+bool CanEndWithJump(ParsoOpcode opcode) {
+  return opcode == ParsoOpcode::CloseLeaf || opcode == ParsoOpcode::CloseLeafUnlessEmpty ||
+         opcode == ParsoOpcode::CloseNode || opcode == ParsoOpcode::Call;
+}
+
 std::size_t LeadingOpens(const std::vector<ParsoCode>& parts) {
   return static_cast<std::size_t>(std::ranges::find_if_not(parts, IsOpen) - parts.begin());
 }
@@ -50,12 +55,13 @@ ParsoCode ParsoCompiler::ChoiceCode(const std::vector<ParsoChild>& children, boo
     const ParsoBeginning beginning = BeginningOf(children[i]);
     if (i + 1 < children.size()) {
       const ParsoBeginning next = BeginningOf(children[i + 1]);
-      if (beginning.Overlaps(next)) {
-        if (auto shared = SharedBeginning(children[i], children[i + 1], attached)) {
-          alternatives.push_back({std::move(*shared), beginning.Or(next)});
-          ++i;
-          continue;
-        }
+      auto shared = beginning.Overlaps(next)
+                        ? SharedCode(children[i], children[i + 1], attached, leafOfEmpty)
+                        : std::nullopt;
+      if (shared) {
+        alternatives.push_back({std::move(*shared), beginning.Or(next)});
+        ++i;
+        continue;
       }
     }
     alternatives.push_back({AlternativeCode(children[i], attached, leafOfEmpty), beginning});
@@ -84,10 +90,9 @@ ParsoCode ParsoCompiler::DispatchCode(const std::vector<Alternative>& alternativ
     unsupported_ = true;
     return {};
   }
-  std::size_t end = 1;  // the instruction behind the choice, counted from the Dispatch
-  for (const Alternative& alternative : alternatives) end += alternative.code.size() + 1;
   ParsoDispatch dispatch;
   ParsoCode code(1);
+  std::vector<std::size_t> ends;  // of the alternatives
   for (std::size_t i = 0; i < alternatives.size(); ++i) {
     const ParsoBeginning& beginning = alternatives[i].beginning;
     const auto bit = static_cast<ParsoDispatch::Mask>(1u << i);
@@ -100,13 +105,88 @@ ParsoCode ParsoCompiler::DispatchCode(const std::vector<Alternative>& alternativ
     const bool leavesOthers =
         std::any_of(alternatives.begin() + static_cast<std::ptrdiff_t>(i) + 1, alternatives.end(),
                     [&](const Alternative& later) { return later.beginning.Overlaps(beginning); });
-    const auto here = static_cast<std::int32_t>(code.size());
-    code.push_back({leavesOthers ? ParsoOpcode::EndAlternative : ParsoOpcode::Jump,
-                    static_cast<std::int32_t>(end) - here});
-    code.back().owner = -here;
+    if (leavesOthers) {
+      code.push_back({ParsoOpcode::EndAlternative});
+      code.back().owner = 1 - static_cast<std::int64_t>(code.size());
+    } else if (!CanEndWithJump(code.back().opcode)) {
+      code.push_back({ParsoOpcode::Jump});
+    }
+    ends.push_back(code.size());
+  }
+  std::size_t start = 1;
+  for (const std::size_t end : ends) {
+    Retarget(code, start, end, code.size());
+    start = end;
   }
   code[0] = {ParsoOpcode::Dispatch};
   code[0].dispatch = KeepOnce(program_.dispatches_, dispatch);
+  return code;
+}
+
+// One code for two neighbouring alternatives that overlap, if there is a way to share it.
+std::optional<ParsoCode> ParsoCompiler::SharedCode(const ParsoChild& a, const ParsoChild& b,
+                                                   bool attached, const ParsoRule* leafOfEmpty) {
+  if (leafOfEmpty != nullptr && analysis_.NodesOf(*b.rule).most == 0) {
+    return SharedRun(a, b, *leafOfEmpty);
+  }
+  if (leafOfEmpty != nullptr && analysis_.NodesOf(*a.rule).most == 0) return std::nullopt;
+  return SharedBeginning(a, b, attached);
+}
+
+// For a token W* (C | X) Y* and a run W+ that leaves nothing, W and C being classes: the run is
+// gone through once, and what stands behind it tells which of the two it begins.
+std::optional<ParsoCode> ParsoCompiler::SharedRun(const ParsoChild& a, const ParsoChild& b,
+                                                  const ParsoRule& leafOfEmpty) {
+  const ParsoRule& token = *a.rule;
+  if (Repeats(a.quantifier) || !token.IsToken() || !IsSequence(token) ||
+      token.children.size() < 2) {
+    return std::nullopt;
+  }
+  const ParsoChild& middle = token.children[1];
+  const auto runA = AsRun(token.children[0], false);
+  const auto runB = AsRun({b.rule, AsAlternative(b.quantifier)}, false);
+  const bool areRuns = runA && runB && runA->quantifier == ParsoQuantifier::Any &&
+                       runB->quantifier == ParsoQuantifier::Some &&
+                       SetOf(*runA->rule) == SetOf(*runB->rule);
+  if (!areRuns || middle.quantifier != ParsoQuantifier::One || middle.rule->op != ParsoOp::Choice ||
+      analysis_.MatchesEmpty(*middle.rule)) {
+    return std::nullopt;
+  }
+  const ParsoChild& first = middle.rule->children[0];
+  const std::vector<ParsoChild> others(middle.rule->children.begin() + 1,
+                                       middle.rule->children.end());
+  const std::vector<ParsoChild> rest(token.children.begin() + 2, token.children.end());
+  const bool restNeverFails = std::ranges::all_of(
+      rest, [](const ParsoChild& child) { return CanBeNone(child.quantifier); });
+  if (!restNeverFails || others.empty() || first.rule->kind != ParsoKind::Class ||
+      Repeats(first.quantifier)) {
+    return std::nullopt;
+  }
+
+  active_.push_back(&token);
+  ParsoBeginning beginning;
+  for (const ParsoChild& child : others) beginning = beginning.Or(BeginningOf(child));
+  ParsoCode other = ChoiceCode(others, false, nullptr);
+  Parts taken = {{{ParsoOpcode::UnitOrJump}}};
+  taken[0][0].set = SetOf(*first.rule);
+  for (const ParsoChild& child : rest) taken.push_back(ItemCode(child, false));
+  ParsoCode code = {{ParsoOpcode::Mark}, {ParsoOpcode::Run}};
+  code[1].set = SetOf(*runA->rule);
+  AppendCode(code, JoinParts(taken));
+  active_.pop_back();
+
+  const auto size = static_cast<std::int32_t>(other.size());
+  constexpr std::int32_t kUnitOrJump = 2;
+  code.push_back({ParsoOpcode::CloseLeaf, size + 5});  // behind all
+  code.back().rule = &token;
+  code[kUnitOrJump].jump = static_cast<std::int32_t>(code.size()) - kUnitOrJump;
+  code.push_back({ParsoOpcode::JumpUnless, size + 3});  // to the last instruction
+  code.back().beginning = TableOf(beginning);
+  code.push_back({ParsoOpcode::ChoicePoint, size + 2});  // likewise
+  AppendCode(code, other);
+  code.push_back({ParsoOpcode::Commit, kUnitOrJump + 1 - static_cast<std::int32_t>(code.size())});
+  code.push_back({ParsoOpcode::CloseLeafUnlessEmpty});
+  code.back().rule = &leafOfEmpty;
   return code;
 }
 

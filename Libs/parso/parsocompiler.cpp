@@ -73,6 +73,15 @@ void AppendCode(ParsoCode& code, const ParsoCode& more) {
   code.insert(code.end(), more.begin(), more.end());
 }
 
+void Retarget(ParsoCode& code, std::size_t start, std::size_t end, std::size_t target) {
+  for (std::size_t i = start; i < end; ++i) {
+    const auto here = static_cast<std::int32_t>(i);
+    if (here + code[i].jump == static_cast<std::int32_t>(end)) {
+      code[i].jump = static_cast<std::int32_t>(target) - here;
+    }
+  }
+}
+
 bool SameCode(const ParsoCode& a, const ParsoCode& b) {
   return std::ranges::equal(a, b, [](const ParsoInstruction& x, const ParsoInstruction& y) {
     return x.opcode == y.opcode && x.count == y.count && x.jump == y.jump && x.data == y.data &&
@@ -322,14 +331,9 @@ ParsoCode ParsoCompiler::LoopCode(const ParsoChild& child, bool attached) {
 
 // Sends the alternatives of a Dispatch, which end by jumping behind it, back to it.
 void ParsoCompiler::LoopDispatch(ParsoCode& code) {
-  const auto size = static_cast<std::int32_t>(code.size());
-  for (std::int32_t i = 0; i < size; ++i) {
-    ParsoInstruction& end = code[static_cast<std::size_t>(i)];
-    const bool isEnd = end.opcode == ParsoOpcode::Jump || end.opcode == ParsoOpcode::EndAlternative;
-    if (isEnd && i + end.jump == size) end.jump = -i;
-  }
+  Retarget(code, 0, code.size(), 0);
   code[0].opcode = ParsoOpcode::LoopDispatch;
-  code[0].jump = size;
+  code[0].jump = static_cast<std::int32_t>(code.size());
 }
 
 // (C | X | Y)* where C takes runs of units is C* ((X | Y) C*)*, as long as no alternative in front

@@ -59,7 +59,11 @@ class ParsoCompiler {
                        const ParsoRule* leafOfEmpty);
   ParsoCode AlternativeCode(const ParsoChild& child, bool attached, const ParsoRule* leafOfEmpty);
   ParsoCode DispatchCode(const std::vector<Alternative>& alternatives);
+  std::optional<ParsoCode> SharedCode(const ParsoChild& a, const ParsoChild& b, bool attached,
+                                      const ParsoRule* leafOfEmpty);
   std::optional<ParsoCode> SharedBeginning(const ParsoChild& a, const ParsoChild& b, bool attached);
+  std::optional<ParsoCode> SharedRun(const ParsoChild& a, const ParsoChild& b,
+                                     const ParsoRule& leafOfEmpty);
   ParsoBeginning BeginningOf(const ParsoChild& alternative);
 
   // The operand of `rule` that holds the second name of its constraint; empty when the constraint
@@ -85,6 +89,9 @@ bool IsSequence(const ParsoRule& rule);
 // One code out of the parts; a Run and a Literal behind it become one instruction.
 ParsoCode JoinParts(const std::vector<ParsoCode>& parts);
 void AppendCode(ParsoCode& code, const ParsoCode& more);
+// What jumps from between `start` and `end` to `end` goes to `target` instead. The instruction in
+// front of `end` must be one that jumps.
+void Retarget(ParsoCode& code, std::size_t start, std::size_t end, std::size_t target);
 bool SameCode(const ParsoCode& a, const ParsoCode& b);
 // The jump from the instruction in front of the code to the one behind it.
 inline std::int32_t JumpOver(const ParsoCode& code) {

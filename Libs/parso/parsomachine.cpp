@@ -248,7 +248,7 @@ PARSO_STEP void ParsoMachine::CloseGroup(Registers& r) {
 PARSO_STEP bool ParsoMachine::Call(Registers& r) {
   ParsoRoutine* routine = r.code->routine;
   if (routine->code.empty() && !program_.Complete(*routine)) return false;
-  Push(r).code = r.code + 1;
+  Push(r).code = r.code + r.code->jump;
   r.code = routine->code.data();
   return true;
 }
@@ -347,7 +347,7 @@ ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_
   Grow(r);
   PARSO_GO();
 
-// clang-format off
+  // clang-format off
   Unit:            PARSO_NEXT_IF(MatchUnit(r));
   OptionalUnit:    MatchUnit(r); PARSO_NEXT();
   Run:             MatchRun(r); PARSO_NEXT();
@@ -361,6 +361,7 @@ ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_
   Jump:            PARSO_JUMP_IF(true);
   JumpAtEnd:       PARSO_JUMP_IF(r.text == end_);
   JumpUnless:      PARSO_JUMP_IF(!CanBegin(*r.code->beginning, r.text));
+  UnitOrJump:      PARSO_JUMP_IF(!MatchUnit(r));
   LiteralOrJump:   PARSO_JUMP_IF(!MatchLiteral(r));
   ChoicePoint:     MakeChoicePoint(r); PARSO_NEXT();
   Commit:          Commit(r); PARSO_GO();
@@ -372,8 +373,11 @@ ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_
   Return:          r.code = (r.top--)->code; PARSO_GO();
   Open:            Open(r); PARSO_NEXT();
   Mark:            Push(r).text = r.text; PARSO_NEXT();
-  CloseLeaf:       CloseLeaf(r); PARSO_NEXT();
-  CloseNode:       CloseNode(r); PARSO_NEXT();
+  CloseLeaf:       CloseLeaf(r); PARSO_JUMP_IF(true);
+  CloseLeafUnlessEmpty:
+                   if (r.text == r.top->text) goto Failed;
+                   CloseLeaf(r); PARSO_JUMP_IF(true);
+  CloseNode:       CloseNode(r); PARSO_JUMP_IF(true);
   ClosePruned:     ClosePruned(r); PARSO_NEXT();
   CloseGroup:      CloseGroup(r); PARSO_NEXT();
   CloseSpliced:    CloseSpliced(r); PARSO_NEXT();

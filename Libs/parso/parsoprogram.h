@@ -56,7 +56,7 @@ struct ParsoDispatch {
 struct ParsoRoutine;
 
 struct ParsoInstruction {
-  ParsoInstruction(ParsoOpcode code = ParsoOpcode::Accept, std::int32_t jumpBy = 0)
+  ParsoInstruction(ParsoOpcode code = ParsoOpcode::Accept, std::int32_t jumpBy = 1)
       : opcode(code), jump(jumpBy) {}
 
   ParsoOpcode opcode;

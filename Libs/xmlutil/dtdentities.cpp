@@ -55,6 +55,7 @@ std::vector<View> QuotedWords(View text) {
 
 void DocumentModel::EnterPredefinedEntities() {
   for (const PredefinedEntity& predefined : kPredefined) {
+    if (generalEntities.contains(predefined.name)) continue;
     EntityDecl& entity = Enter(generalEntities, predefined.name);
     entity.value = predefined.value;
     entity.simple = true;

@@ -183,6 +183,21 @@ TEST(BindingsTest, Keys) {
   }
 }
 
+// Keys that ask for one another nest evaluations on the machine stack, which has a bound.
+TEST(BindingsTest, NestedKeys) {
+  for (const int count : {10, 10000}) {
+    std::string keys = "<xsl:key name='k0' match='a' use='.'/>";
+    for (int i = 1; i <= count; ++i) {
+      keys += "<xsl:key name='k" + std::to_string(i) + "' match='a' use=\"key('k" +
+              std::to_string(i - 1) + "', .)\"/>";
+    }
+    const std::string show = "<xsl:template match='/'><xsl:value-of select=\"key('k" +
+                             std::to_string(count) + "', '2')\"/></xsl:template>";
+    const std::string result = StylesheetRun{Sheet(keys + show), kSource}.Result();
+    EXPECT_EQ(result.substr(0, 32), count == 10 ? "2" : "code 7 at xsl:stylesheet/xsl:key");
+  }
+}
+
 // Frames of a deep recursion, and a stylesheet as deep.
 TEST(BindingsTest, Depth) {
   const std::string sheet = Sheet(

@@ -196,7 +196,7 @@ class XSLTProcessorBase {
   std::unique_ptr<XTree> builtInSource_;
   XPathNode* builtInRoot_ = nullptr;  // owned
   OutputSerializer Serializer_;
-  bool evaluating_ = false;
+  std::uintptr_t evaluationBase_ = 0;  // on the machine stack; 0: no evaluation runs
   std::int32_t lastTreeNumber_ = 0;  // of the document that lastTree_ is the root of
   XPathNode* lastTree_ = nullptr;
 };

@@ -74,7 +74,9 @@ class DeclarationList {
     const std::size_t place = PlaceOf(declaration->name);
     if (place == items_.size()) return Append(declaration);
     items_[place] = declaration;
-    places_.reset();  // its keys are views of names
+    if (places_ == nullptr) return;
+    places_->erase(declaration->name);  // the key is a view of the other one's name
+    places_->emplace(declaration->name, place);
   }
   void Append(Declaration* declaration) {
     items_.push_back(declaration);
