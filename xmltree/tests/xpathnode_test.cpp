@@ -128,19 +128,16 @@ TEST(XPathNode, ScopesOutliveTheNodeThatMadeThem) {
 }
 
 TEST(XPathNode, BaseUriIsThatOfTheNearestNodeThatMayHaveOne) {
-  const TQString uri(u"u");
-  const TQString inner(u"i");
+  const TQString uris[] = {u"root", u"element", u"text"};
   OwnedTree root(XPathNode::Make(Kind::Root));
-  EXPECT_EQ(root->BaseURI(), nullptr);
-  root->SetBaseURI(&uri);
   XPathNode* element = Child(root.get(), Kind::Element, u"e");
   XPathNode* text = Child(element, Kind::Text, u"", u"t");
-  text->SetBaseURI(&inner);  // which a text does not answer with
-  EXPECT_EQ(text->BaseURI(), &uri);
-  element->SetBaseURI(&inner);
-  EXPECT_EQ(text->BaseURI(), &inner);
-  element->SetBaseURI(nullptr);
-  EXPECT_EQ(element->BaseURI(), &uri);
+  EXPECT_EQ(text->BaseURI(), nullptr);
+  text->SetBaseURI(&uris[2]);  // which a text does not answer with
+  root->SetBaseURI(&uris[0]);
+  EXPECT_EQ(text->BaseURI(), &uris[0]);
+  element->SetBaseURI(&uris[1]);
+  EXPECT_EQ(text->BaseURI(), &uris[1]);
 }
 
 TEST(XPathNode, CopiesAreNodesOfTheirOwn) {
@@ -154,8 +151,6 @@ TEST(XPathNode, CopiesAreNodesOfTheirOwn) {
   EXPECT_EQ(deep->BaseURI(), &uri);
   EXPECT_FALSE(deep->escapeOutput);
   EXPECT_EQ(deep->orderNumber, 0);
-  EXPECT_EQ(deep->documentNumber, 0);
-  EXPECT_TRUE(deep->HasOwnScope());
   EXPECT_TRUE(deep->lastChild->HasOwnScope());
   EXPECT_EQ(deep->ScopeMap().Size(), 2);
 
@@ -169,8 +164,6 @@ TEST(XPathNode, CopiesAreNodesOfTheirOwn) {
   const OwnedTree apart(XPathNode::Copy(*b, false, other.get()));
   EXPECT_TRUE(apart->HasOwnScope());
   EXPECT_EQ(apart->ScopeMap().Size(), 2);
-  const OwnedTree text(XPathNode::Copy(*b->firstChild->next, true, nullptr));
-  EXPECT_EQ(Dump(*text), "'t'");
 }
 
 }  // namespace

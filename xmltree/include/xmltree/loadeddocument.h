@@ -45,8 +45,10 @@ class LoadedDocument {
   void SetKind(const DocumentKindRow* row) { row_ = row; }
 
   // Reads, decodes, parses and tidies. Null with the reason in `error`; a decoding warning leaves
-  // its code in `error` beside a tree. `record` (may be null) takes over the tree; without one the
-  // document keeps it. The tree lives as long as its owner, and needs this document's text.
+  // its code in `error` beside a tree. Directories are refused; pipes and devices are read to their
+  // end, within bounds of size and of silence, beyond which the load fails. `record` (may be null)
+  // takes over the tree; without one the document keeps it. The tree lives as long as its owner,
+  // and needs this document's text.
   XTreeNode* Load(const TQString& path, LoadError& error, LoadRecord* record,
                   const TransferOptions& options = {});
 
