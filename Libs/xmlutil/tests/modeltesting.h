@@ -76,7 +76,7 @@ class ModelTest : public testing::Test {
         out += ToNative(child->GetName());
         out += '=';
         out += ToNative(child->GetValue());
-      } else {
+      } else if (child->kind != XPathNodeKind::Namespace) {
         out += '\'';
         out += ToNative(child->GetValue());
         out += '\'';

@@ -21,10 +21,7 @@ class XdrTest : public ModelTest {
   std::string BuildWith(const std::string& declarations, const std::string& content) {
     Write("s.xdr", "<Schema xmlns='urn:schemas-microsoft-com:xml-data' "
                    "xmlns:d='urn:schemas-microsoft-com:datatypes'>" + declarations + "</Schema>");
-    std::string tree = Build("<r xmlns='x-schema:s.xdr'>" + content + "</r>");
-    const std::string declaration = " xmlns=x-schema:s.xdr";
-    const std::size_t at = tree.find(declaration);
-    return at == std::string::npos ? tree : tree.erase(at, declaration.size());
+    return Build("<r xmlns='x-schema:s.xdr'>" + content + "</r>");
   }
 };
 
@@ -80,7 +77,9 @@ TEST_F(XdrTest, Rows) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.declarations);
     const std::string tree = BuildWith(row.declarations, "<a/>");
-    if (row.tree != nullptr) EXPECT_EQ(tree, row.tree);
+    if (row.tree != nullptr) {
+      EXPECT_EQ(tree, row.tree);
+    }
     EXPECT_EQ(Error(), row.code);
     EXPECT_EQ(ErrorText(), row.text);
   }
@@ -143,7 +142,9 @@ TEST_F(ModelTest, DCD) {
     SCOPED_TRACE(row.declarations);
     Write("s.dcd", std::string("<DCD>") + row.declarations + "</DCD>");
     const std::string tree = Build("<r noNamespaceSchemaLocation='s.dcd'><a/></r>");
-    if (row.tree != nullptr) EXPECT_EQ(tree, row.tree);
+    if (row.tree != nullptr) {
+      EXPECT_EQ(tree, row.tree);
+    }
     EXPECT_EQ(Error(), row.code);
     EXPECT_EQ(ErrorText(), row.text);
   }

@@ -135,7 +135,7 @@ constexpr ErrorRow kBadValues[] = {
     {SIMPLE("<xs:restriction base='xs:string'><xs:length value='x'/></xs:restriction>"), 7587,
      "string"},
     {SIMPLE("<xs:restriction base='xs:string'><xs:pattern value='a('/></xs:restriction>"), 7547,
-     "Regular Expression (branch|branch|...) expected at position 2"},
+     "{ expected at position 1"},
     {"<xs:element name='a'><xs:key name='k'><xs:selector xpath='.//a/@b'/></xs:key></xs:element>",
      7546, ".//a/@b"},
 };
@@ -207,8 +207,6 @@ constexpr ErrorRow kReferences[] = {
     {"<xs:element name='h' block='#all'/><xs:element name='a' substitutionGroup='h'/>", 7549,
      "extension restriction substitution"},
 };
-
-void PrintTo(const ErrorRow& row, std::ostream* out) { *out << row.declarations; }
 
 class SchemaErrorTest : public SchemaTest,
                         public testing::WithParamInterface<std::span<const ErrorRow>> {};
@@ -352,16 +350,16 @@ TEST_F(SchemaTest, Namespaces) {
   Write("s.xsd", InSchema(declarations, qualified));
   const std::string location = " xsi:schemaLocation='u s.xsd' xmlns:xsi='i'";
   EXPECT_EQ(Build("<p:r xmlns:p='u'" + location + "><p:a/><a/></p:r>"),
-            "(p:r xmlns:p=u xmlns:xsi=i(p:a p:x=1 y=2)(a))");
+            "(p:r(p:a p:x=1 y=2)(a))");
   // Of several prefixes the first one in their order serves, and the default namespace is none.
   EXPECT_EQ(Build("<r xmlns='u' xmlns:q='u' xmlns:b='u'" + location + "><a/></r>"),
-            "(r xmlns=u xmlns:q=u xmlns:b=u xmlns:xsi=i(a x=1 y=2))");
+            "(r(a x=1 y=2))");
   EXPECT_EQ(Build("<q:r xmlns:q='u' xmlns:b='u'" + location + "><q:a/></q:r>"),
-            "(q:r xmlns:q=u xmlns:b=u xmlns:xsi=i(q:a b:x=1 y=2))");
+            "(q:r(q:a b:x=1 y=2))");
   // A schema without a target namespace declares in that of the reference.
   Write("s.xsd", InSchema(IN_TYPE("<xs:attribute name='x' type='t' default='1'/>") SIMPLE(
                      "<xs:restriction base='xs:int'/>")));
-  EXPECT_EQ(Build("<r xmlns='u'" + location + "/>"), "(r xmlns=u xmlns:xsi=i x=1)");
+  EXPECT_EQ(Build("<r xmlns='u'" + location + "/>"), "(r x=1)");
 }
 
 TEST_F(SchemaTest, DocumentsThatNameOneAnother) {
@@ -384,7 +382,7 @@ TEST_F(SchemaTest, DocumentsThatNameOneAnother) {
                           "<xs:attribute name='w' default='2'/>", "targetNamespace='v'"));
   const std::string document =
       "<p:r xmlns:p='u' xmlns:q='v' xmlns:xsi='i' xsi:schemaLocation='u s.xsd'/>";
-  const std::string tree = "(p:r xmlns:p=u xmlns:q=v xmlns:xsi=i";
+  const std::string tree = "(p:r";
   EXPECT_EQ(Build(document), tree + " x=1 q:w=2)");
   EXPECT_EQ(Error(), ModelCode::None);
 
@@ -424,7 +422,7 @@ TEST_F(SchemaTest, WhereTheSchemaIs) {
        "targetNamespace='http://www.w3.org/2001/XMLSchema'>"
        "<xs:element name='element'><xs:complexType><xs:attribute name='x' default='1'/>"
        "</xs:complexType></xs:element></xs:schema>",
-       "(xs:schema xmlns:xs=http://www.w3.org/2001/XMLSchema "
+       "(xs:schema "
        "targetNamespace=http://www.w3.org/2001/XMLSchema(xs:element name=element x=1"
        "(xs:complexType(xs:attribute name=x default=1))))",
        ModelCode::None},
@@ -437,7 +435,7 @@ TEST_F(SchemaTest, WhereTheSchemaIs) {
       {"an older namespace", "<r noNamespaceSchemaLocation='old.xsd'/>", "(r)",
        ModelCode::Schema1999},
       {"a DTD, with the prefix for its names",
-       "<p:r xmlns:p='u' i:schemaLocation='u names.dtd'/>", "(p:r xmlns:p=u x=1)",
+       "<p:r xmlns:p='u' i:schemaLocation='u names.dtd'/>", "(p:r x=1)",
        ModelCode::None},
       {"a DTD without a prefix", "<r noNamespaceSchemaLocation='names.dtd'/>", "(r x=1)",
        ModelCode::None},
