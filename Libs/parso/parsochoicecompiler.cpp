@@ -158,8 +158,7 @@ std::optional<ParsoCode> ParsoCompiler::SharedRun(const ParsoChild& a, const Par
   const std::vector<ParsoChild> rest(token.children.begin() + 2, token.children.end());
   const bool restNeverFails = std::ranges::all_of(
       rest, [](const ParsoChild& child) { return CanBeNone(child.quantifier); });
-  if (!restNeverFails || others.empty() || first.rule->kind != ParsoKind::Class ||
-      Repeats(first.quantifier)) {
+  if (!restNeverFails || first.rule->kind != ParsoKind::Class || Repeats(first.quantifier)) {
     return std::nullopt;
   }
 

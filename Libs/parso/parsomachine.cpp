@@ -345,9 +345,9 @@ ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_
   end_ = text + length;
   Registers r{start.code.data(), text, nullptr, nullptr, nullptr, nullptr};
   Grow(r);
-  PARSO_GO();
 
   // clang-format off
+  PARSO_GO();
   Unit:            PARSO_NEXT_IF(MatchUnit(r));
   OptionalUnit:    MatchUnit(r); PARSO_NEXT();
   Run:             MatchRun(r); PARSO_NEXT();
