@@ -30,7 +30,8 @@ constexpr View kGroupOccursWords[] = {u"Required", u"Optional", u"OneOrMore", u"
 constexpr ValueRule kGroupOccurs{Form::OneOf, ModelCode::BadValue,
                                  u"- expected (Required | Optional | OneOrMore | ZeroOrMore)",
                                  kGroupOccursWords};
-constexpr Particle kBoundsOfOccurs[] = {  // by the words of kGroupOccursWords
+constexpr Particle kBoundsOfOccurs[] = {
+    // by the words of kGroupOccursWords
     {nullptr, nullptr, 1, 1},
     {nullptr, nullptr, 0, 1},
     {nullptr, nullptr, 1, Particle::kUnbounded},
@@ -51,10 +52,12 @@ constexpr const char16_t* kElementMessage =
     u"Model | Content)";
 
 constexpr AttributeRule kElementProperties[] = {
-    {Word::DcdType},         {Word::DcdModel, &kModel}, {Word::DcdDatatype},
-    {Word::DcdMin},          {Word::DcdMax},            {Word::DcdMinExclusive},
-    {Word::DcdMaxExclusive}, {Word::DcdContent, &kContent}, {Word::DcdRoot},
-    {Word::DcdAttributeDef}, {Word::DcdAttribute},      {Word::DcdDescription},
+    {Word::DcdType},         {Word::DcdModel, &kModel},
+    {Word::DcdDatatype},     {Word::DcdMin},
+    {Word::DcdMax},          {Word::DcdMinExclusive},
+    {Word::DcdMaxExclusive}, {Word::DcdContent, &kContent},
+    {Word::DcdRoot},         {Word::DcdAttributeDef},
+    {Word::DcdAttribute},    {Word::DcdDescription},
     {Word::DcdElement},      {Word::DcdGroup},
 };
 constexpr SchemaRow kDcdElementRow{kElementProperties, kElementMessage, {}};
@@ -68,7 +71,8 @@ constexpr SchemaRow kDcdGroupContentRow{kGroupProperties, kElementMessage, {}};
 
 constexpr AttributeRule kGroupAttributes[] = {{Word::DcdRDFOrder, &kOrder},
                                               {Word::DcdOccurs, &kGroupOccurs}};
-constexpr SchemaRow kDcdGroupRow{kGroupAttributes, u"- expected attribute: (RDF:Order | Occurs)", {}};
+constexpr SchemaRow kDcdGroupRow{
+    kGroupAttributes, u"- expected attribute: (RDF:Order | Occurs)", {}};
 
 constexpr AttributeRule kAttributeProperties[] = {
     {Word::DcdName},
@@ -89,8 +93,7 @@ constexpr SchemaRow kDcdAttributeRow{
     u"- expected attribute: (Name | Default | Datatype | Description | Occurs)",
     {}};
 
-constexpr Word kTopChildren[] = {Word::DcdElementDef, Word::DcdAttributeDef,
-                                 Word::DcdDescription};
+constexpr Word kTopChildren[] = {Word::DcdElementDef, Word::DcdAttributeDef, Word::DcdDescription};
 constexpr SchemaRow kDcdTopRow{
     {}, nullptr, kTopChildren, u"- expected: (ElementType | AttributeType | description)"};
 

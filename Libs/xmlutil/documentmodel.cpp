@@ -52,8 +52,7 @@ DocumentModel::DocumentModel(DocumentManager* manager) : manager_(manager) {
 
 DocumentModel::~DocumentModel() = default;
 
-bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url,
-                                 XPathTreeBuilder& builder) {
+bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url, XPathTreeBuilder& builder) {
   builder_ = &builder;
   url_ = url;
   SchemaReference reference = DetectSchemaKind(root, false);
@@ -76,8 +75,7 @@ bool DocumentModel::ReadReferenced(XTreeNode& root, const SchemaReference& refer
     return ReadSchemaOfKind(reference.kind, source, reference);
   }
   const bool isDtd = location.Extension(true) == u"dtd";
-  LoadRecord* record =
-      LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
+  LoadRecord* record = LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
   if (record == nullptr) {
     const std::int32_t code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
     return error_.Record(code, reference.attributeNode, location);

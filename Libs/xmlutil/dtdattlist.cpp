@@ -145,10 +145,18 @@ bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& defi
   if (element.idAttribute == &attribute) element.idAttribute = nullptr;
   for (item = NextItem(item->next); item != nullptr; item = NextItem(item->next)) {
     switch (item->item) {
-      case Item::Required: attribute.required = true; break;
-      case Item::Implied: attribute.implied = true; break;
-      case Item::Fixed: attribute.fixed = true; break;
-      case Item::DefaultValue: attribute.defaultValue = item->text; break;
+      case Item::Required:
+        attribute.required = true;
+        break;
+      case Item::Implied:
+        attribute.implied = true;
+        break;
+      case Item::Fixed:
+        attribute.fixed = true;
+        break;
+      case Item::DefaultValue:
+        attribute.defaultValue = item->text;
+        break;
       case Item::TypePERef:
         if (!ReadTypeReference(attribute, *item, list)) return false;
         break;

@@ -16,7 +16,10 @@ struct Occurrence {
   std::int32_t most;
 };
 constexpr Occurrence kOccurrences[] = {  // by XTreeDTDElement::Repeat
-    {1, 1}, {0, 1}, {1, Particle::kUnbounded}, {0, Particle::kUnbounded}};
+    {1, 1},
+    {0, 1},
+    {1, Particle::kUnbounded},
+    {0, Particle::kUnbounded}};
 
 // The rules that the text of a content model given by a parameter entity may be, in the order in
 // which they are tried, with what each makes of the declaration.
@@ -73,8 +76,7 @@ bool DtdReader::ReadElement(const XTreeDTDElement& node, const Place& place) {
   return ReadContent(element, node, place);
 }
 
-bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node,
-                            const Place& place) {
+bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place) {
   if (node.item != Item::PERef) return ReadGroup(element, node, node);
   TQString text;
   if (!ExpandEntityReferences(&node, node.text, text, {.withParameterEntities = true})) {

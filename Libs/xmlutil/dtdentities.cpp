@@ -67,8 +67,7 @@ bool DtdReader::ReadEntity(const XTreeNode& node, const Place& place) {
   const bool isParameter = name.starts_with(u'%');
   if (isParameter) name = TrimView(name.substr(1));
   if (!isParameter && (name == u"lt" || name == u"amp")) return true;
-  EntityDecl& entity =
-      Enter(isParameter ? model_.parameterEntities : model_.generalEntities, name);
+  EntityDecl& entity = Enter(isParameter ? model_.parameterEntities : model_.generalEntities, name);
   if (entity.fromPreviousPass && model_.pass > 1) entity.declared = true;
   if (entity.declared) return true;  // the first declaration binds
   entity.parameter = isParameter;
@@ -194,16 +193,16 @@ bool DtdReader::ExpandEntityReferences(const XTreeNode* node, View text, TQStrin
   };
   std::size_t at = 0;
   while (true) {
-    const auto found = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
-                                    isStart);
+    const auto found =
+        std::find_if(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), isStart);
     const auto start = static_cast<std::size_t>(found - text.begin());
     out.AppendAt(text.substr(at, start - at), cursor, 0);
     at = start;
     if (start == text.size()) break;
     const View rest = text.substr(start + 1);
     // "&#" stays as written, and so does a percent sign that begins no reference.
-    const bool isPlain = text[start] == u'%' ? rest.empty() || IsXmlSpace(rest[0])
-                                             : rest.starts_with(u'#');
+    const bool isPlain =
+        text[start] == u'%' ? rest.empty() || IsXmlSpace(rest[0]) : rest.starts_with(u'#');
     const std::size_t end = isPlain ? 0 : rest.find_first_of(u"; \t\r\n");
     if (isPlain || end == View::npos || rest[end] != u';') {
       if (!isPlain) {

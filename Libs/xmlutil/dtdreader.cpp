@@ -65,8 +65,7 @@ bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   const bool prepared = model_.pass > 0;
   model_.pass = prepared ? 1 : 0;
   model_.passLimit = prepared ? 2 : 1;
-  const Place place{TQString(url),
-                    root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
+  const Place place{TQString(url), root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
   bool complete = false;
   do {
     BeginPass();
@@ -192,8 +191,7 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
 bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   const View text = node.GetText();
   int at = 0;
-  const TQString keyword =
-      TQString(text.substr(kSectionStart.size())).Tokenize(u" \t\r\n[]", at);
+  const TQString keyword = TQString(text.substr(kSectionStart.size())).Tokenize(u" \t\r\n[]", at);
   TQString value = keyword;
   if (keyword.View().starts_with(u'%')) {
     bool goOn = false;

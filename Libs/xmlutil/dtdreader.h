@@ -23,9 +23,9 @@ class DtdReader {
 
   struct Expansion {
     bool withParameterEntities = false;
-    bool normalised = false;          // replacement texts without white space at their ends
-    bool requireExpansion = false;    // a failure still succeeds if a reference was expanded
-    bool inContent = false;           // of a document: nothing is left out
+    bool normalised = false;        // replacement texts without white space at their ends
+    bool requireExpansion = false;  // a failure still succeeds if a reference was expanded
+    bool inContent = false;         // of a document: nothing is left out
   };
   // Copies `text` to `out` with its references replaced; replacement text is not looked at again.
   bool ExpandEntityReferences(const XTreeNode* node, std::u16string_view text, TQString& out,
@@ -62,8 +62,7 @@ class DtdReader {
   bool ReadElement(const XTreeDTDElement& node, const Place& place);
   bool ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place);
   // `node` is the node of the document that the content, or the text of it, came from.
-  bool ReadGroup(ElementDecl& element, const XTreeDTDElement& content,
-                 const XTreeDTDElement& node);
+  bool ReadGroup(ElementDecl& element, const XTreeDTDElement& content, const XTreeDTDElement& node);
   // A name that may be a parameter entity reference, without white space.
   bool ResolveName(const XTreeNode& node, std::u16string_view text, TQString& name);
 

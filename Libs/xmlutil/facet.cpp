@@ -70,7 +70,8 @@ std::int64_t CountItems(View text) {
 // -1, 0, 1; nothing when the two cannot be compared.
 std::optional<int> Compare(std::int32_t typeCode, View a, View b) {
   switch (ComparisonOf(typeCode)) {
-    case Comparison::Decimal: return IsLess(a, b) ? -1 : (IsEqual(a, b) ? 0 : 1);
+    case Comparison::Decimal:
+      return IsLess(a, b) ? -1 : (IsEqual(a, b) ? 0 : 1);
     case Comparison::Floating: {
       const double left = ParseDouble(TrimView(a), nullptr);
       const double right = ParseDouble(TrimView(b), nullptr);
@@ -82,7 +83,8 @@ std::optional<int> Compare(std::int32_t typeCode, View a, View b) {
       if (!left || !right) return std::nullopt;
       return *left < *right ? -1 : (*right < *left ? 1 : 0);
     }
-    case Comparison::None: break;
+    case Comparison::None:
+      break;
   }
   return std::nullopt;
 }
@@ -96,10 +98,14 @@ class LengthFacet final : public Facet {
   using Facet::Facet;
   bool Check(std::int32_t typeCode, const TQString& text) const override {
     switch (MeasureOf(typeCode)) {
-      case Measure::Characters: return CheckCount(text.Length());
-      case Measure::HalfCharacters: return CheckCount(text.Length() / 2);
-      case Measure::Items: return CheckCount(CountItems(text));
-      case Measure::None: break;
+      case Measure::Characters:
+        return CheckCount(text.Length());
+      case Measure::HalfCharacters:
+        return CheckCount(text.Length() / 2);
+      case Measure::Items:
+        return CheckCount(CountItems(text));
+      case Measure::None:
+        break;
     }
     return true;
   }
@@ -131,21 +137,33 @@ class PatternFacet final : public Facet {
     value = text;
     expression_.reset();
   }
-  bool IsValidFor(const SimpleType&) const override {
-    return XMLRegExp(value, false).IsCompiled();
-  }
+  bool IsValidFor(const SimpleType&) const override { return XMLRegExp(value, false).IsCompiled(); }
   std::unique_ptr<Facet> Clone() const override { return std::make_unique<PatternFacet>(*this); }
 
  private:
   mutable std::unique_ptr<XMLRegExp> expression_;  // made at the first check
 };
 
+// What a comparison of numbers or dates counts for among the steps of checks.
+constexpr std::int64_t kStepsPerComparison = 8;
+
 class EnumerationFacet final : public Facet {
  public:
   using Facet::Facet;
   bool Check(std::int32_t typeCode, const TQString& text) const override {
-    if (ComparisonOf(typeCode) == Comparison::None) return texts_.contains(text);
-    XMLRegExp::steps += static_cast<std::int64_t>(values_.size());
+    switch (ComparisonOf(typeCode)) {
+      case Comparison::None:
+        return texts_.contains(text);
+      case Comparison::Decimal:
+        if (decimals_.empty()) {
+          for (const TQString& candidate : values_) decimals_.insert(CanonicalDecimal(candidate));
+        }
+        return decimals_.contains(CanonicalDecimal(text));
+      case Comparison::Floating:
+      case Comparison::DateTime:
+        break;
+    }
+    XMLRegExp::steps += kStepsPerComparison * static_cast<std::int64_t>(values_.size());
     return std::any_of(values_.begin(), values_.end(), [&](const TQString& candidate) {
       const std::optional<int> order = Compare(typeCode, text, candidate);
       return order ? *order == 0 : candidate == text;
@@ -165,11 +183,13 @@ class EnumerationFacet final : public Facet {
   void SetValues(const std::vector<TQString>& values) override {
     values_ = values;
     texts_ = {values.begin(), values.end()};
+    decimals_.clear();
     Facet::SetValues(values);
   }
   void SetValue(const TQString& text) override {  // collects
     values_.push_back(text);
     texts_.insert(text);
+    decimals_.clear();
     value = values_.front();
   }
   bool IsValidFor(const SimpleType& type) const override {
@@ -184,7 +204,10 @@ class EnumerationFacet final : public Facet {
 
  private:
   std::vector<TQString> values_;
-  std::unordered_set<TQString, TextHash, TextEqual> texts_;
+  using Texts = std::unordered_set<TQString, TextHash, TextEqual>;
+
+  Texts texts_;
+  mutable Texts decimals_;  // in canonical form, made at the first check
 };
 
 class WhiteSpaceFacet final : public Facet {
@@ -195,9 +218,7 @@ class WhiteSpaceFacet final : public Facet {
   bool IsValidFor(const SimpleType&) const override {
     return value == u"preserve" || value == u"replace" || value == u"collapse";
   }
-  std::unique_ptr<Facet> Clone() const override {
-    return std::make_unique<WhiteSpaceFacet>(*this);
-  }
+  std::unique_ptr<Facet> Clone() const override { return std::make_unique<WhiteSpaceFacet>(*this); }
 };
 
 class BoundFacet final : public Facet {
@@ -207,10 +228,14 @@ class BoundFacet final : public Facet {
     const std::optional<int> order = Compare(typeCode, text, value);
     if (!order) return true;
     switch (code) {
-      case FacetCode::MaxInclusive: return *order <= 0;
-      case FacetCode::MaxExclusive: return *order < 0;
-      case FacetCode::MinInclusive: return *order >= 0;
-      default: return *order > 0;
+      case FacetCode::MaxInclusive:
+        return *order <= 0;
+      case FacetCode::MaxExclusive:
+        return *order < 0;
+      case FacetCode::MinInclusive:
+        return *order >= 0;
+      default:
+        return *order > 0;
     }
   }
   void FixValue(TQString& text) const override { text = value; }
@@ -241,23 +266,31 @@ std::unique_ptr<Facet> MakeFacet(FacetCode code) {
   switch (code) {
     case FacetCode::Length:
     case FacetCode::MinLength:
-    case FacetCode::MaxLength: return std::make_unique<LengthFacet>(code);
-    case FacetCode::Pattern: return std::make_unique<PatternFacet>(code);
-    case FacetCode::Enumeration: return std::make_unique<EnumerationFacet>(code);
-    case FacetCode::WhiteSpace: return std::make_unique<WhiteSpaceFacet>(code);
+    case FacetCode::MaxLength:
+      return std::make_unique<LengthFacet>(code);
+    case FacetCode::Pattern:
+      return std::make_unique<PatternFacet>(code);
+    case FacetCode::Enumeration:
+      return std::make_unique<EnumerationFacet>(code);
+    case FacetCode::WhiteSpace:
+      return std::make_unique<WhiteSpaceFacet>(code);
     case FacetCode::MaxInclusive:
     case FacetCode::MaxExclusive:
     case FacetCode::MinInclusive:
-    case FacetCode::MinExclusive: return std::make_unique<BoundFacet>(code);
+    case FacetCode::MinExclusive:
+      return std::make_unique<BoundFacet>(code);
     case FacetCode::TotalDigits:
-    case FacetCode::FractionDigits: return std::make_unique<DigitsFacet>(code);
+    case FacetCode::FractionDigits:
+      return std::make_unique<DigitsFacet>(code);
   }
   return nullptr;
 }
 
 }  // namespace
 
-const char16_t* Facet::GetName() const { return kFacetNames[static_cast<int>(code)]; }
+const char16_t* Facet::GetName() const {
+  return kFacetNames[static_cast<int>(code)];
+}
 
 void Facet::SetValues(const std::vector<TQString>& values) {
   value = values.empty() ? TQString() : values.front();

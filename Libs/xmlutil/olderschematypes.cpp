@@ -24,7 +24,9 @@ constexpr TypeFlag kTypeFlags[] = {
     {TypeCode::Enumeration, &AttributeDecl::isEnumeration},
 };
 
-bool IsQuote(char16_t unit) { return unit == u'\'' || unit == u'"'; }
+bool IsQuote(char16_t unit) {
+  return unit == u'\'' || unit == u'"';
+}
 
 }  // namespace
 

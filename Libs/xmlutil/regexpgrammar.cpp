@@ -74,12 +74,15 @@ RegExpQuantity ReadQuantifier(const ParsoNode* atom, const XMLRegExpGrammar& gra
   if (quantity == nullptr) return {};
   const ParsoNode* first = quantity->firstChild;
   switch (grammar.RuleOf(quantity)) {
-    case RegExpRule::QuantExact: return {ReadCount(quantity), ReadCount(quantity)};
-    case RegExpRule::QuantMin: return {ReadCount(first ? first : quantity), kUnlimited};
+    case RegExpRule::QuantExact:
+      return {ReadCount(quantity), ReadCount(quantity)};
+    case RegExpRule::QuantMin:
+      return {ReadCount(first ? first : quantity), kUnlimited};
     case RegExpRule::QuantRange:
       if (first == nullptr || first->next == nullptr) return {};
       return {ReadCount(first), ReadCount(first->next)};
-    default: return {};
+    default:
+      return {};
   }
 }
 

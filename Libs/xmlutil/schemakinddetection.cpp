@@ -22,7 +22,9 @@ constexpr View kXsd2000 = u"http://www.w3.org/2000/10/XMLSchema";
 constexpr View kXSchema = u"x-schema:";
 constexpr View kSelf = u"schema:--self--";
 
-bool Holds(View text, View word) { return text.find(word) != View::npos; }
+bool Holds(View text, View word) {
+  return text.find(word) != View::npos;
+}
 
 // One level of the descent: the children of one node.
 struct Level {
@@ -63,8 +65,7 @@ void ReadPairs(View text, std::vector<View>& namespaces, std::vector<View>& loca
   }
 }
 
-void Detector::LookAtAttribute(const XTreeNode& attribute, const XTreeNode& element,
-                               Level& level) {
+void Detector::LookAtAttribute(const XTreeNode& attribute, const XTreeNode& element, Level& level) {
   static constexpr View kXmlns = u"xmlns";
   static constexpr std::size_t kShortestWord = View(u"schemaLocation").size();
   const View name = attribute.GetName();

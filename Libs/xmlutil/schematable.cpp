@@ -64,8 +64,10 @@ constexpr ValueRule kMaxOccurs{Form::CountOrAny, kBadValue,
 // --- attributes ------------------------------------------------------------------------------
 
 constexpr AttributeRule kSchemaAttributes[] = {
-    {Word::TargetNamespace},        {Word::ElementFormDefault, &kForm},
-    {Word::AttributeFormDefault, &kForm}, {Word::BlockDefault, &kBlocks},
+    {Word::TargetNamespace},
+    {Word::ElementFormDefault, &kForm},
+    {Word::AttributeFormDefault, &kForm},
+    {Word::BlockDefault, &kBlocks},
     {Word::FinalDefault, &kDerivations},
 };
 constexpr AttributeRule kLocationAttributes[] = {{Word::SchemaLocation}};
@@ -83,27 +85,39 @@ constexpr AttributeRule kRestrictionAttributes[] = {{Word::Base}, {Word::Name, &
 constexpr AttributeRule kMemberTypesAttributes[] = {{Word::MemberTypes}};
 constexpr AttributeRule kValueAttributes[] = {{Word::Value}};
 constexpr AttributeRule kGroupAttributes[] = {
-    {Word::Name, &kName}, {Word::Ref}, {Word::MinOccurs, &kMinOccurs},
+    {Word::Name, &kName},
+    {Word::Ref},
+    {Word::MinOccurs, &kMinOccurs},
     {Word::MaxOccurs, &kMaxOccurs},
 };
 constexpr AttributeRule kAnyAttributes[] = {
-    {Word::Namespace}, {Word::ProcessContents, &kProcess}, {Word::MinOccurs, &kMinOccurs},
+    {Word::Namespace},
+    {Word::ProcessContents, &kProcess},
+    {Word::MinOccurs, &kMinOccurs},
     {Word::MaxOccurs, &kMaxOccurs},
 };
 constexpr AttributeRule kAnyAttributeAttributes[] = {{Word::Namespace},
                                                      {Word::ProcessContents, &kProcess}};
 constexpr AttributeRule kReferenceAttributes[] = {{Word::Name, &kName}, {Word::Ref}};
-constexpr AttributeRule kNotationAttributes[] = {{Word::Name, &kName}, {Word::Public},
-                                                 {Word::System}};
+constexpr AttributeRule kNotationAttributes[] = {
+    {Word::Name, &kName}, {Word::Public}, {Word::System}};
 constexpr AttributeRule kAttributeAttributes[] = {
     {Word::Default}, {Word::Fixed}, {Word::Form, &kForm}, {Word::Name, &kName},
     {Word::Ref},     {Word::Type},  {Word::Use, &kUse},
 };
 constexpr AttributeRule kLocalElementAttributes[] = {
-    {Word::MaxOccurs, &kMaxOccurs}, {Word::MinOccurs, &kMinOccurs}, {Word::Abstract, &kBoolean},
-    {Word::Block, &kBlocks},        {Word::Default},                {Word::SubstitutionGroup},
-    {Word::Final, &kDerivations},   {Word::Fixed},                  {Word::Form, &kForm},
-    {Word::Name, &kName},           {Word::Nillable, &kBoolean},    {Word::Ref},
+    {Word::MaxOccurs, &kMaxOccurs},
+    {Word::MinOccurs, &kMinOccurs},
+    {Word::Abstract, &kBoolean},
+    {Word::Block, &kBlocks},
+    {Word::Default},
+    {Word::SubstitutionGroup},
+    {Word::Final, &kDerivations},
+    {Word::Fixed},
+    {Word::Form, &kForm},
+    {Word::Name, &kName},
+    {Word::Nillable, &kBoolean},
+    {Word::Ref},
     {Word::Type},
 };
 // Those of an element inside a parent, but for the two bounds in front.
@@ -127,22 +141,22 @@ constexpr auto WithFacets(const Word (&front)[Front], const Word (&behind)[Behin
 }
 
 constexpr Word kSchemaChildren[] = {
-    Word::Include,     Word::Import,  Word::Redefine, Word::Annotation, Word::SimpleType,
-    Word::ComplexType, Word::Element, Word::Group,    Word::Attribute,  Word::AttributeGroup,
-    Word::Notation,
+    Word::Include,    Word::Import,         Word::Redefine, Word::Annotation,
+    Word::SimpleType, Word::ComplexType,    Word::Element,  Word::Group,
+    Word::Attribute,  Word::AttributeGroup, Word::Notation,
 };
 constexpr Word kRedefineChildren[] = {Word::Annotation, Word::SimpleType, Word::ComplexType,
                                       Word::Group, Word::AttributeGroup};
 constexpr Word kComplexTypeChildren[] = {
-    Word::Annotation, Word::SimpleContent, Word::ComplexContent, Word::Group,
-    Word::All,        Word::Choice,        Word::Sequence,       Word::Attribute,
-    Word::AttributeGroup, Word::AnyAttribute,
+    Word::Annotation,   Word::SimpleContent, Word::ComplexContent,
+    Word::Group,        Word::All,           Word::Choice,
+    Word::Sequence,     Word::Attribute,     Word::AttributeGroup,
+    Word::AnyAttribute,
 };
 constexpr Word kContentChildren[] = {Word::Annotation, Word::Restriction, Word::Extension};
 constexpr Word kNestedTypeChildren[] = {Word::Annotation, Word::SimpleType};
 constexpr Word kAttributeWords[] = {Word::Attribute, Word::AttributeGroup, Word::AnyAttribute};
-constexpr auto kSimpleContentRestrictionChildren =
-    WithFacets(kNestedTypeChildren, kAttributeWords);
+constexpr auto kSimpleContentRestrictionChildren = WithFacets(kNestedTypeChildren, kAttributeWords);
 // The same without the attributes.
 constexpr std::span<const Word> kRestrictionChildren =
     std::span<const Word>(kSimpleContentRestrictionChildren)
@@ -150,16 +164,16 @@ constexpr std::span<const Word> kRestrictionChildren =
 constexpr Word kSimpleContentExtensionChildren[] = {Word::Annotation, Word::Attribute,
                                                     Word::AttributeGroup, Word::AnyAttribute};
 constexpr Word kComplexContentDerivationChildren[] = {
-    Word::Annotation, Word::Group,     Word::All,            Word::Choice,
-    Word::Sequence,   Word::Attribute, Word::AttributeGroup, Word::AnyAttribute,
+    Word::Annotation, Word::Group,          Word::All,          Word::Choice, Word::Sequence,
+    Word::Attribute,  Word::AttributeGroup, Word::AnyAttribute,
 };
 constexpr Word kSimpleTypeChildren[] = {Word::Annotation, Word::List, Word::Restriction,
                                         Word::Union};
 constexpr Word kAnnotationChild[] = {Word::Annotation};
 constexpr Word kGroupChildren[] = {Word::Annotation, Word::Element,  Word::Group, Word::All,
                                    Word::Choice,     Word::Sequence, Word::Any};
-constexpr Word kAttributeGroupChildren[] = {Word::Annotation, Word::Attribute,
-                                            Word::AttributeGroup, Word::AnyAttribute};
+constexpr Word kAttributeGroupChildren[] = {Word::Annotation, Word::Attribute, Word::AttributeGroup,
+                                            Word::AnyAttribute};
 constexpr Word kAttributeChildren[] = {Word::Annotation, Word::SimpleType, Word::Enumeration};
 constexpr Word kElementChildren[] = {Word::Annotation, Word::SimpleType, Word::ComplexType,
                                      Word::Unique,     Word::Key,        Word::Keyref};
@@ -170,10 +184,9 @@ struct Sweep {
   int number;
 };
 constexpr Sweep kSweepOfWord[] = {
-    {Word::Include, 1},     {Word::Redefine, 1},   {Word::Import, 1},
-    {Word::Annotation, 1},  {Word::SimpleType, 1}, {Word::Notation, 1},
-    {Word::ComplexType, 2}, {Word::Group, 3},      {Word::Attribute, 3},
-    {Word::AttributeGroup, 3}, {Word::Element, 4},
+    {Word::Include, 1},    {Word::Redefine, 1},       {Word::Import, 1},      {Word::Annotation, 1},
+    {Word::SimpleType, 1}, {Word::Notation, 1},       {Word::ComplexType, 2}, {Word::Group, 3},
+    {Word::Attribute, 3},  {Word::AttributeGroup, 3}, {Word::Element, 4},
 };
 
 constexpr const char16_t* kFacetMessage =
@@ -192,8 +205,7 @@ const SchemaRow kComplexTypeRow{kComplexTypeAttributes,
                                 u"- expected: (abstract | block | final | id | mixed | name)",
                                 kComplexTypeChildren};
 const SchemaRow kSimpleContentRow{{}, nullptr, kContentChildren};
-const SchemaRow kComplexContentRow{kMixedAttributes, u"- expected: (id | mixed)",
-                                   kContentChildren};
+const SchemaRow kComplexContentRow{kMixedAttributes, u"- expected: (id | mixed)", kContentChildren};
 const SchemaRow kSimpleContentRestrictionRow{kBaseAttributes, u"- expected: (id | base)",
                                              kSimpleContentRestrictionChildren};
 const SchemaRow kSimpleContentExtensionRow{.attributes = kBaseAttributes,
@@ -212,8 +224,7 @@ const SchemaRow kRestrictionRow{kRestrictionAttributes, u"- expected: (base | id
 const SchemaRow kUnionRow{kMemberTypesAttributes, nullptr, kNestedTypeChildren};
 const SchemaRow kFacetRow{kValueAttributes, u"- expected: (id | value)", kAnnotationChild};
 const SchemaRow kGroupRow{kGroupAttributes,
-                          u"- expected: (id | minOccurs | maxOccurs | name | ref)",
-                          kGroupChildren};
+                          u"- expected: (id | minOccurs | maxOccurs | name | ref)", kGroupChildren};
 const SchemaRow kAnyRow{kAnyAttributes,
                         u"- expected: (id | maxOccurs | minOccurs | namespace | processContents)",
                         kAnnotationChild, nullptr, true};
@@ -246,7 +257,9 @@ const char16_t* const kMaxOccursInAll =
 const char16_t* const kMinOccursInAll =
     u"- expected: 0 or 1 (minOccurs inside an 'all' group is limited to these values)";
 
-View TextOf(SchemaWord word) { return kTexts[static_cast<std::size_t>(word)]; }
+View TextOf(SchemaWord word) {
+  return kTexts[static_cast<std::size_t>(word)];
+}
 
 int SweepOf(SchemaWord word) {
   for (const Sweep& sweep : kSweepOfWord) {

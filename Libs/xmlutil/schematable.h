@@ -44,7 +44,7 @@ struct SchemaRow {
   std::span<const SchemaWord> children;
   // A text for any other child; null: the children in brackets, each with the prefix.
   const char16_t* otherChild = nullptr;
-  bool isOneWord = false;  // without the brackets
+  bool isOneWord = false;                // without the brackets
   const char16_t* otherFacet = nullptr;  // a text for a facet that is not among the children
 };
 
@@ -81,10 +81,10 @@ inline constexpr int kSweeps = 4;
 int SweepOf(SchemaWord word);
 
 inline constexpr SchemaWord kFacetWords[] = {
-    SchemaWord::Length,       SchemaWord::MinLength,    SchemaWord::MaxLength,
-    SchemaWord::WhiteSpace,   SchemaWord::Enumeration,  SchemaWord::TotalDigits,
-    SchemaWord::FractionDigits, SchemaWord::Pattern,    SchemaWord::MinExclusive,
-    SchemaWord::MinInclusive, SchemaWord::MaxExclusive, SchemaWord::MaxInclusive,
+    SchemaWord::Length,         SchemaWord::MinLength,    SchemaWord::MaxLength,
+    SchemaWord::WhiteSpace,     SchemaWord::Enumeration,  SchemaWord::TotalDigits,
+    SchemaWord::FractionDigits, SchemaWord::Pattern,      SchemaWord::MinExclusive,
+    SchemaWord::MinInclusive,   SchemaWord::MaxExclusive, SchemaWord::MaxInclusive,
 };
 bool IsFacetWord(SchemaWord word);
 

@@ -37,17 +37,21 @@ bool IsCount(View text) {
 
 // Defaults go into the tree, and their references are resolved there.
 bool IsTextOfInstances(SchemaWord word) {
-  return word == SchemaWord::Default || word == SchemaWord::Fixed ||
-         word == SchemaWord::DcdDefault;
+  return word == SchemaWord::Default || word == SchemaWord::Fixed || word == SchemaWord::DcdDefault;
 }
 
 bool IsAllowed(const ValueRule& rule, View text) {
   switch (rule.form) {
-    case ValueRule::Form::Name: return text.find(u':') == View::npos;
-    case ValueRule::Form::OneOf: return IsOneOf(text, rule.words);
-    case ValueRule::Form::ListOf: return text == kAllWords || AreAllOf(text, rule.words);
-    case ValueRule::Form::Count: return IsCount(text);
-    case ValueRule::Form::CountOrAny: return text == kUnbounded || IsCount(text);
+    case ValueRule::Form::Name:
+      return text.find(u':') == View::npos;
+    case ValueRule::Form::OneOf:
+      return IsOneOf(text, rule.words);
+    case ValueRule::Form::ListOf:
+      return text == kAllWords || AreAllOf(text, rule.words);
+    case ValueRule::Form::Count:
+      return IsCount(text);
+    case ValueRule::Form::CountOrAny:
+      return text == kUnbounded || IsCount(text);
   }
   return false;
 }
@@ -108,8 +112,8 @@ bool SchemaWalker::ReadAttribute(const XTreeNode& node, const XTreeNode& attribu
   return ReadValue(node, key, std::move(value), row, values);
 }
 
-bool SchemaWalker::ReadValue(const XTreeNode& node, View key, TQString value,
-                             const SchemaRow& row, SchemaValues& values) {
+bool SchemaWalker::ReadValue(const XTreeNode& node, View key, TQString value, const SchemaRow& row,
+                             SchemaValues& values) {
   for (const AttributeRule& rule : row.attributes) {
     if (key != TextOf(rule.word)) continue;
     if (!IsTextOfInstances(rule.word)) value.DecodeCharacterReferences();

@@ -19,7 +19,7 @@ inline constexpr int kSchemaNesting = 512;
 // to declaration.
 inline constexpr std::int64_t kSchemaCopyLimit = 4'000'000;
 // Bound on the steps that regular expressions take for the checks of one model's values.
-inline constexpr std::int64_t kSchemaMatchLimit = 200'000'000;
+inline constexpr std::int64_t kSchemaMatchLimit = 50'000'000;
 
 // The attributes that a node has, in its order.
 class SchemaValues {

@@ -33,14 +33,15 @@ struct ExtraName {
   View name;
   std::int32_t code;
 };
-constexpr ExtraName kXdrNames[] = {{u"boolean", TypeCode::XdrBoolean}, {u"time", TypeCode::XdrTime}};
+constexpr ExtraName kXdrNames[] = {{u"boolean", TypeCode::XdrBoolean},
+                                   {u"time", TypeCode::XdrTime}};
 constexpr ExtraName kExtraNames[] = {
-    {u"anySimpleType", 0}, {u"r4", 2},          {u"r8", 3},       {u"number", 3},
-    {u"dateTime.tz", 6},   {u"time.tz", 7},     {u"bin.hex", 14}, {u"bin.base64", 15},
-    {u"uri", 16},          {u"notation", 18},   {u"idrefs", 22},  {u"entities", 23},
-    {u"nmtoken", 24},      {u"nmtokens", 25},   {u"id", 28},      {u"idref", 29},
-    {u"entity", 30},       {u"i8", 34},         {u"i4", 35},      {u"i2", 36},
-    {u"i1", 37},           {u"ui8", 39},        {u"ui4", 40},     {u"ui2", 41},
+    {u"anySimpleType", 0}, {u"r4", 2},        {u"r8", 3},       {u"number", 3},
+    {u"dateTime.tz", 6},   {u"time.tz", 7},   {u"bin.hex", 14}, {u"bin.base64", 15},
+    {u"uri", 16},          {u"notation", 18}, {u"idrefs", 22},  {u"entities", 23},
+    {u"nmtoken", 24},      {u"nmtokens", 25}, {u"id", 28},      {u"idref", 29},
+    {u"entity", 30},       {u"i8", 34},       {u"i4", 35},      {u"i2", 36},
+    {u"i1", 37},           {u"ui8", 39},      {u"ui4", 40},     {u"ui2", 41},
     {u"ui1", 42},
 };
 
@@ -76,7 +77,9 @@ const XMLRegExp& PatternOf(std::int32_t code) {
   return *entry;
 }
 
-bool ConsistsOf(View text, View set) { return text.find_first_not_of(set) == View::npos; }
+bool ConsistsOf(View text, View set) {
+  return text.find_first_not_of(set) == View::npos;
+}
 
 TypeCheck CheckInteger(std::int32_t code, View text) {
   const IntegerRange& range = kIntegerRanges[code - TypeCode::Integer];
@@ -100,7 +103,9 @@ TypeCheck CheckSmallNumber(View text, int most) {
   return value >= 1 && value <= most ? TypeCheck::Valid : TypeCheck::Range;
 }
 
-TypeCheck OneOf(bool fits) { return fits ? TypeCheck::Valid : TypeCheck::Lexical; }
+TypeCheck OneOf(bool fits) {
+  return fits ? TypeCheck::Valid : TypeCheck::Lexical;
+}
 
 constexpr View kHexDigits = u"0123456789abcdefABCDEF";
 constexpr View kBase64Units =
@@ -116,25 +121,36 @@ TypeCheck CheckLexical(std::int32_t code, const TQString& text) {
   switch (code) {
     case TypeCode::Boolean:
       return OneOf(view == u"0" || view == u"1" || view == u"true" || view == u"false");
-    case TypeCode::XdrBoolean: return OneOf(view == u"0" || view == u"1");
-    case TypeCode::Char: return OneOf(view.size() == 1);
-    case TypeCode::HexBinary: return OneOf(ConsistsOf(view, kHexDigits));
-    case TypeCode::Base64Binary: return OneOf(ConsistsOf(view, kBase64Units));
-    case TypeCode::UserDefined: return TypeCheck::Valid;
-    default: break;
+    case TypeCode::XdrBoolean:
+      return OneOf(view == u"0" || view == u"1");
+    case TypeCode::Char:
+      return OneOf(view.size() == 1);
+    case TypeCode::HexBinary:
+      return OneOf(ConsistsOf(view, kHexDigits));
+    case TypeCode::Base64Binary:
+      return OneOf(ConsistsOf(view, kBase64Units));
+    case TypeCode::UserDefined:
+      return TypeCheck::Valid;
+    default:
+      break;
   }
   if (PatternOf(code).Match(text) != XMLRegExp::kMatch) return TypeCheck::Lexical;
   switch (code) {
     case TypeCode::Time:
     case TypeCode::Date:
       return DateTimeValue::Parse(code, view) ? TypeCheck::Valid : TypeCheck::Range;
-    case TypeCode::Day: return CheckSmallNumber(view, kDaysAtMost);
-    case TypeCode::Month: return CheckSmallNumber(view, kMonthsAtMost);
-    default: return TypeCheck::Valid;
+    case TypeCode::Day:
+      return CheckSmallNumber(view, kDaysAtMost);
+    case TypeCode::Month:
+      return CheckSmallNumber(view, kMonthsAtMost);
+    default:
+      return TypeCheck::Valid;
   }
 }
 
-bool IsLengthFacet(const Facet& facet) { return facet.code <= FacetCode::MaxLength; }
+bool IsLengthFacet(const Facet& facet) {
+  return facet.code <= FacetCode::MaxLength;
+}
 
 TQString Describe(const Facet& facet) {
   TQString text = facet.GetName();
@@ -303,7 +319,20 @@ int CompareDecimals(View a, View b) {
 
 }  // namespace
 
-bool IsLess(View a, View b) { return CompareDecimals(a, b) < 0; }
-bool IsEqual(View a, View b) { return CompareDecimals(a, b) == 0; }
+bool IsLess(View a, View b) {
+  return CompareDecimals(a, b) < 0;
+}
+TQString CanonicalDecimal(View text) {
+  const DecimalText decimal(text);
+  TQString canonical = decimal.negative ? u"-" : u"";
+  canonical += decimal.whole;
+  canonical += u'.';
+  canonical += decimal.fraction;
+  return canonical;
+}
+
+bool IsEqual(View a, View b) {
+  return CompareDecimals(a, b) == 0;
+}
 
 }  // namespace kelmora

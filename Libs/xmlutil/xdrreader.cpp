@@ -40,8 +40,7 @@ constexpr ValueRule kMax{Form::OneOf, ModelCode::BadValue, u"- expected (1 | *)"
 
 constexpr AttributeRule kElementTypeAttributes[] = {
     {Word::Name},        {Word::Content, &kContent}, {Word::DtType},         {Word::DtValues},
-    {Word::DtMinLength}, {Word::DtMaxLength},        {Word::Model, &kModel},
-    {Word::Order, &kOrder},
+    {Word::DtMinLength}, {Word::DtMaxLength},        {Word::Model, &kModel}, {Word::Order, &kOrder},
 };
 constexpr Word kElementTypeChildren[] = {Word::Attribute,   Word::AttributeType, Word::Datatype,
                                          Word::Description, Word::Element,       Word::Group};
@@ -52,8 +51,13 @@ constexpr SchemaRow kXdrElementTypeRow{
     kElementTypeChildren};
 
 constexpr AttributeRule kAttributeTypeAttributes[] = {
-    {Word::Name},        {Word::Default},     {Word::DtType}, {Word::DtValues},
-    {Word::DtMinLength}, {Word::DtMaxLength}, {Word::Required, &kRequired},
+    {Word::Name},
+    {Word::Default},
+    {Word::DtType},
+    {Word::DtValues},
+    {Word::DtMinLength},
+    {Word::DtMaxLength},
+    {Word::Required, &kRequired},
 };
 constexpr Word kAttributeTypeChildren[] = {Word::Datatype, Word::Description};
 constexpr SchemaRow kXdrAttributeTypeRow{
@@ -63,14 +67,12 @@ constexpr SchemaRow kXdrAttributeTypeRow{
 
 constexpr AttributeRule kAttributeAttributes[] = {
     {Word::Type}, {Word::Default}, {Word::Required, &kRequired}};
-constexpr SchemaRow kXdrAttributeRow{kAttributeAttributes,
-                                  u"- expected attribute: (type | default | required)",
-                                  {}};
+constexpr SchemaRow kXdrAttributeRow{
+    kAttributeAttributes, u"- expected attribute: (type | default | required)", {}};
 constexpr AttributeRule kElementAttributes[] = {
     {Word::Type}, {Word::MinOccurs, &kMin}, {Word::MaxOccurs, &kMax}};
-constexpr SchemaRow kXdrElementRow{kElementAttributes,
-                                u"- expected attribute: (type | minOccurs | maxOccurs)",
-                                {}};
+constexpr SchemaRow kXdrElementRow{
+    kElementAttributes, u"- expected attribute: (type | minOccurs | maxOccurs)", {}};
 constexpr AttributeRule kGroupAttributes[] = {
     {Word::Order, &kOrder}, {Word::MinOccurs, &kMin}, {Word::MaxOccurs, &kMax}};
 constexpr SchemaRow kXdrGroupRow{kGroupAttributes, nullptr, kElementTypeChildren};
@@ -163,12 +165,13 @@ bool XdrReader::Read() {
   if (ElementName(*schema) != kSchemaName) {
     return Fail(ModelCode::NotAllowed, *schema, u"- expected: " + prefix_ + kSchemaName);
   }
-  const bool complete = ReadChildren(*schema, kXdrSchemaRow, [&](Word word, const XTreeNode& child) {
-    if (word == Word::ElementType) return ReadElementType(child);
-    if (word == Word::AttributeType) return ReadAttributeType(child, nullptr);
-    model_.Schema().schemaDocumentation = TextOfElement(child);
-    return true;
-  });
+  const bool complete =
+      ReadChildren(*schema, kXdrSchemaRow, [&](Word word, const XTreeNode& child) {
+        if (word == Word::ElementType) return ReadElementType(child);
+        if (word == Word::AttributeType) return ReadAttributeType(child, nullptr);
+        model_.Schema().schemaDocumentation = TextOfElement(child);
+        return true;
+      });
   return complete && CheckElements(*schema);
 }
 
@@ -234,12 +237,20 @@ bool XdrReader::ReadContent(const XTreeNode& node, const SchemaRow& row, Element
                             ElementDecl& group) {
   return ReadChildren(node, row, [&](Word word, const XTreeNode& child) {
     switch (word) {
-      case Word::AttributeType: return ReadAttributeType(child, &element);
-      case Word::Attribute: return ReadAttributeReference(child, element);
-      case Word::Element: return ReadElementReference(child, group);
-      case Word::Group: return ReadGroup(child, element, group);
-      case Word::Datatype: Warn(child, kDatatypeWarning); return true;
-      default: element.description = TextOfElement(child); return true;
+      case Word::AttributeType:
+        return ReadAttributeType(child, &element);
+      case Word::Attribute:
+        return ReadAttributeReference(child, element);
+      case Word::Element:
+        return ReadElementReference(child, group);
+      case Word::Group:
+        return ReadGroup(child, element, group);
+      case Word::Datatype:
+        Warn(child, kDatatypeWarning);
+        return true;
+      default:
+        element.description = TextOfElement(child);
+        return true;
     }
   });
 }

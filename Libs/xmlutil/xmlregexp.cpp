@@ -23,7 +23,9 @@ bool HasCategory(char16_t unit, View category) {
   return View(GeneralCategory(unit)).starts_with(category);
 }
 
-View BlockNameOf(View text) { return text.substr(2); }  // behind "Is"
+View BlockNameOf(View text) {
+  return text.substr(2);
+}  // behind "Is"
 
 bool IsInBlock(char16_t unit, View name) {
   const char16_t* block = BlockName(unit);
@@ -203,8 +205,7 @@ bool XMLRegExp::Run::MatchMultiCharEsc(char16_t letter, const char16_t*& cursor,
   const bool isComplement = letter >= u'A' && letter <= u'Z';
   const auto small = static_cast<char16_t>(isComplement ? letter - u'A' + u'a' : letter);
   const ParsoNode* letterClass = grammar_.ClassOf(small);
-  return letterClass != nullptr &&
-         MatchNode(letterClass, cursor, negated != isComplement, nullptr);
+  return letterClass != nullptr && MatchNode(letterClass, cursor, negated != isComplement, nullptr);
 }
 
 bool XMLRegExp::Run::MatchNode(const ParsoNode* node, const char16_t*& cursor, bool negated,
@@ -298,8 +299,12 @@ int XMLRegExp::Match(const char16_t* text) const {
   return Run(XMLRegExpGrammar::Instance()).Search(tree_->root, text, stopAtPartial_);
 }
 
-std::int32_t XMLRegExp::LastErrorOffset() { return XMLRegExpGrammar::Instance().lastErrorOffset; }
-std::int32_t XMLRegExp::LastErrorLength() { return XMLRegExpGrammar::Instance().lastErrorLength; }
+std::int32_t XMLRegExp::LastErrorOffset() {
+  return XMLRegExpGrammar::Instance().lastErrorOffset;
+}
+std::int32_t XMLRegExp::LastErrorLength() {
+  return XMLRegExpGrammar::Instance().lastErrorLength;
+}
 const char16_t* XMLRegExp::LastErrorPosition() {
   return XMLRegExpGrammar::Instance().lastErrorPosition;
 }

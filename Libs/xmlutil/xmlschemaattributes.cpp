@@ -56,8 +56,8 @@ bool XmlSchemaReader::ReadAttribute(const XTreeNode& node, const AttributeHolder
 bool XmlSchemaReader::FindReferredAttribute(const XTreeNode& node, const TQString& text,
                                             AttributeDecl& attribute, bool& isKnown) {
   const QName name = ResolveName(node, text);
-  const AttributeDecl* global = FindByName(
-      name, [&](const QName& wanted) { return schema_.globalAttributes.Find(wanted); });
+  const AttributeDecl* global =
+      FindByName(name, [&](const QName& wanted) { return schema_.globalAttributes.Find(wanted); });
   isKnown = global != nullptr;
   if (!isKnown) return LeaveOpen(name, ModelCode::UnknownAttribute, node, text);
   attribute = *global;

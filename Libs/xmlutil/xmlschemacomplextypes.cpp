@@ -55,23 +55,23 @@ bool XmlSchemaReader::ReadComplexType(const XTreeNode& node, ElementDecl& defini
   definition.ClearDefinition();
   definition.isAbstract |= values.IsTrue(Word::Abstract);
   bool isMixed = values.IsTrue(Word::Mixed);
-  const bool complete =
-      ReadChildren(node, kComplexTypeRow, [&](Word word, const XTreeNode& child) {
-        if (word == Word::Annotation) {
-          ReadAnnotation(child, definition.description);
-          return true;
-        }
-        if (word != Word::SimpleContent && word != Word::ComplexContent) {
-          return ReadContentPart(word, child, definition, false);
-        }
-        derivation.isSimpleContent = word == Word::SimpleContent;
-        SchemaValues ofContent;
-        const bool isSimple = derivation.isSimpleContent;
-        if (!isSimple && !ReadAttributes(child, kComplexContentRow, ofContent)) return false;
-        isMixed |= ofContent.IsTrue(Word::Mixed);
-        return ReadContent(child, definition, derivation);
-      });
+  const bool complete = ReadChildren(node, kComplexTypeRow, [&](Word word, const XTreeNode& child) {
+    if (word == Word::Annotation) {
+      ReadAnnotation(child, definition.description);
+      return true;
+    }
+    if (word != Word::SimpleContent && word != Word::ComplexContent) {
+      return ReadContentPart(word, child, definition, false);
+    }
+    derivation.isSimpleContent = word == Word::SimpleContent;
+    SchemaValues ofContent;
+    const bool isSimple = derivation.isSimpleContent;
+    if (!isSimple && !ReadAttributes(child, kComplexContentRow, ofContent)) return false;
+    isMixed |= ofContent.IsTrue(Word::Mixed);
+    return ReadContent(child, definition, derivation);
+  });
   if (complete) FinishComplexType(definition, derivation, isMixed);
+  definition.attributes.DropIndex();
   return complete;
 }
 
@@ -133,8 +133,8 @@ bool XmlSchemaReader::ReadDerivation(const XTreeNode& node, ElementDecl& definit
 
 // --- the base ----------------------------------------------------------------------------------
 
-bool XmlSchemaReader::ReadBase(const XTreeNode& node, const TQString& text,
-                               ElementDecl& definition, Derivation& derivation) {
+bool XmlSchemaReader::ReadBase(const XTreeNode& node, const TQString& text, ElementDecl& definition,
+                               Derivation& derivation) {
   const QName name = ResolveName(node, text);
   derivation.base = name;
   if (IsSchemaName(name)) return ReadSchemaBase(node, text, definition, derivation);
@@ -221,11 +221,16 @@ bool XmlSchemaReader::ReadContentPart(Word word, const XTreeNode& node, ElementD
     case Word::Group:
     case Word::All:
     case Word::Choice:
-    case Word::Sequence: return ReadGroup(node, word, {&definition, &definition});
-    case Word::Attribute: return ReadAttribute(node, &attributes);
-    case Word::AttributeGroup: return ReadAttributeGroup(node, definition);
-    case Word::AnyAttribute: return ReadAnyAttribute(node, definition);
-    default: return true;
+    case Word::Sequence:
+      return ReadGroup(node, word, {&definition, &definition});
+    case Word::Attribute:
+      return ReadAttribute(node, &attributes);
+    case Word::AttributeGroup:
+      return ReadAttributeGroup(node, definition);
+    case Word::AnyAttribute:
+      return ReadAnyAttribute(node, definition);
+    default:
+      return true;
   }
 }
 

@@ -43,8 +43,8 @@ bool XmlSchemaReader::ReadElement(const XTreeNode& node, const Holder* holder) {
   }
   if (reference != nullptr && name != nullptr) return Fail(ModelCode::NameAndRef, node);
 
-  ElementDecl* element = reference != nullptr ? ReferredElement(node, *reference)
-                                              : NamedElement(node, values, holder);
+  ElementDecl* element =
+      reference != nullptr ? ReferredElement(node, *reference) : NamedElement(node, values, holder);
   if (isLocal) {
     const Particle bounds = BoundsOf(values);
     holder->group->AddParticle(element, bounds.minOccurs, bounds.maxOccurs);
@@ -80,8 +80,7 @@ ElementDecl* XmlSchemaReader::NamedElement(const XTreeNode& node, const SchemaVa
                                            const Holder* holder) {
   const TQString& local = values[Word::Name];
   const TQString* form = values.Find(Word::Form);
-  const bool isQualified =
-      form != nullptr ? *form == u"qualified" : state_.elementFormQualified;
+  const bool isQualified = form != nullptr ? *form == u"qualified" : state_.elementFormQualified;
   ElementDecl* element = nullptr;
   if (holder == nullptr) {
     element = model_.AddElement(TargetName(local));

@@ -100,10 +100,14 @@ bool XmlSchemaReader::ReadGroup(const XTreeNode& node, Word word, const Holder& 
 bool XmlSchemaReader::ReadGroupContent(const XTreeNode& node, const Holder& holder) {
   return ReadChildren(node, kGroupRow, [&](Word word, const XTreeNode& child) {
     switch (word) {
-      case Word::Annotation: return true;
-      case Word::Element: return ReadElement(child, &holder);
-      case Word::Any: return ReadAny(child, holder);
-      default: return ReadGroup(child, word, holder);
+      case Word::Annotation:
+        return true;
+      case Word::Element:
+        return ReadElement(child, &holder);
+      case Word::Any:
+        return ReadAny(child, holder);
+      default:
+        return ReadGroup(child, word, holder);
     }
   });
 }
@@ -187,10 +191,14 @@ bool XmlSchemaReader::ReadTopAttributeGroup(const XTreeNode& node) {
   const bool complete =
       ReadChildren(node, kAttributeGroupRow, [&](Word word, const XTreeNode& child) {
         switch (word) {
-          case Word::Attribute: return ReadAttribute(child, &holder);
-          case Word::AttributeGroup: return ReadAttributeGroup(child, *group);
-          case Word::AnyAttribute: return ReadAnyAttribute(child, *group);
-          default: return true;
+          case Word::Attribute:
+            return ReadAttribute(child, &holder);
+          case Word::AttributeGroup:
+            return ReadAttributeGroup(child, *group);
+          case Word::AnyAttribute:
+            return ReadAnyAttribute(child, *group);
+          default:
+            return true;
         }
       });
   if (complete) schema_.attributeGroups[group->name] = group;

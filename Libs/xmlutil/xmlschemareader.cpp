@@ -44,8 +44,8 @@ bool XmlSchemaReader::Read(const std::vector<SchemaSource>& rootDocuments) {
   do {
     if (!ReadPass(rootDocuments)) return false;
     if (model_.needAnotherPass) {
-      passBudget_ = std::min(passBudget_ + static_cast<int>(pendingNames_.size()),
-                             kMostFurtherPasses);
+      passBudget_ =
+          std::min(passBudget_ + static_cast<int>(pendingNames_.size()), kMostFurtherPasses);
       pendingNames_.clear();
     }
   } while (passBudget_ > 0);
@@ -194,18 +194,31 @@ bool XmlSchemaReader::ReadSweep(const XTreeNode& schema, int sweep) {
 
 bool XmlSchemaReader::ReadTopLevel(Word word, const XTreeNode& node) {
   switch (word) {
-    case Word::Include: return ReadInclude(node, kIncludeRow);
-    case Word::Redefine: return ReadRedefine(node);
-    case Word::Import: return ReadImport(node);
-    case Word::Annotation: ReadAnnotation(node, schema_.schemaDocumentation); return true;
-    case Word::SimpleType: return ReadTopSimpleType(node);
-    case Word::Notation: return ReadNotation(node);
-    case Word::ComplexType: return ReadTopComplexType(node);
-    case Word::Group: return ReadTopGroup(node);
-    case Word::Attribute: return ReadAttribute(node, nullptr);
-    case Word::AttributeGroup: return ReadTopAttributeGroup(node);
-    case Word::Element: return ReadElement(node, nullptr);
-    default: return true;
+    case Word::Include:
+      return ReadInclude(node, kIncludeRow);
+    case Word::Redefine:
+      return ReadRedefine(node);
+    case Word::Import:
+      return ReadImport(node);
+    case Word::Annotation:
+      ReadAnnotation(node, schema_.schemaDocumentation);
+      return true;
+    case Word::SimpleType:
+      return ReadTopSimpleType(node);
+    case Word::Notation:
+      return ReadNotation(node);
+    case Word::ComplexType:
+      return ReadTopComplexType(node);
+    case Word::Group:
+      return ReadTopGroup(node);
+    case Word::Attribute:
+      return ReadAttribute(node, nullptr);
+    case Word::AttributeGroup:
+      return ReadTopAttributeGroup(node);
+    case Word::Element:
+      return ReadElement(node, nullptr);
+    default:
+      return true;
   }
 }
 
@@ -242,10 +255,9 @@ bool XmlSchemaReader::ReadInclude(const XTreeNode& node, const SchemaRow& row) {
 
 bool XmlSchemaReader::ReadRedefine(const XTreeNode& node) {
   if (!ReadInclude(node, kRedefineRow)) return false;
-  const bool complete =
-      ReadChildren(node, kRedefineRow, [&](Word word, const XTreeNode& child) {
-        return word == Word::Annotation || ReadTopLevel(word, child);
-      });
+  const bool complete = ReadChildren(node, kRedefineRow, [&](Word word, const XTreeNode& child) {
+    return word == Word::Annotation || ReadTopLevel(word, child);
+  });
   return complete && CheckGroups(groupsOfDocument_);
 }
 
@@ -267,8 +279,7 @@ bool XmlSchemaReader::ReadImport(const XTreeNode& node) {
   const TQString& wanted = values[Word::Namespace];
   SchemaSource source;
   if (!location.IsEmpty()) {
-    const LoadRecord* record =
-        model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
+    const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
     if (record == nullptr) return Fail(ModelCode::LoadFailed, node, location);
     source = {record->Root(), record->path, {}};
   } else if (!wanted.IsEmpty()) {

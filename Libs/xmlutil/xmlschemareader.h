@@ -153,8 +153,8 @@ class XmlSchemaReader final : private SchemaWalker {
                 Derivation& derivation);
   bool ReadSchemaBase(const XTreeNode& node, const TQString& text, ElementDecl& definition,
                       Derivation& derivation);
-  bool ReadComplexBase(const XTreeNode& node, const ComplexTypeEntry& base,
-                       ElementDecl& definition, Derivation& derivation);
+  bool ReadComplexBase(const XTreeNode& node, const ComplexTypeEntry& base, ElementDecl& definition,
+                       Derivation& derivation);
   bool ReadSimpleBase(const XTreeNode& node, const TQString& text, const SimpleTypeEntry& base,
                       ElementDecl& definition, const Derivation& derivation);
   bool CopyDefinition(const XTreeNode& node, const ElementDecl& from, ElementDecl& to);
@@ -179,8 +179,8 @@ class XmlSchemaReader final : private SchemaWalker {
   // With a holder in it, else at the top level.
   bool ReadAttribute(const XTreeNode& node, const AttributeHolder* holder);
   // Copies the fields of a global attribute; `isKnown` is false when it is left open.
-  bool FindReferredAttribute(const XTreeNode& node, const TQString& text,
-                             AttributeDecl& attribute, bool& isKnown);
+  bool FindReferredAttribute(const XTreeNode& node, const TQString& text, AttributeDecl& attribute,
+                             bool& isKnown);
   bool ReadAttributeType(const XTreeNode& node, const SchemaValues& values,
                          AttributeDecl& attribute);
   bool StoreAttribute(const XTreeNode& node, AttributeDecl& attribute,
@@ -196,8 +196,8 @@ class XmlSchemaReader final : private SchemaWalker {
   bool CheckNotDeclared(const XTreeNode& node, const ElementDecl& element, bool isLocal);
   bool ReadElementType(const XTreeNode& node, const TQString& text, ElementDecl& element,
                        bool isLocal);
-  bool ReadElementChildren(const XTreeNode& node, const SchemaValues& values,
-                           ElementDecl& element, bool isLocal, bool& hasType);
+  bool ReadElementChildren(const XTreeNode& node, const SchemaValues& values, ElementDecl& element,
+                           bool isLocal, bool& hasType);
   bool ReadInlineType(Word word, const XTreeNode& node, ElementDecl& element, bool isLocal);
   bool TakeDefaultType(const XTreeNode& node, const TQString& head, ElementDecl& element);
   bool CheckElementValue(const XTreeNode& node, const SchemaValues& values,

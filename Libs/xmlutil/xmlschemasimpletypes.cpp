@@ -86,10 +86,14 @@ bool XmlSchemaReader::ReadSimpleType(const XTreeNode& node, TypeRef& type, Schem
   if (!ReadAttributes(node, kSimpleTypeRow, values)) return false;
   return ReadChildren(node, kSimpleTypeRow, [&](Word word, const XTreeNode& child) {
     switch (word) {
-      case Word::Restriction: return ReadRestriction(child, type, base);
-      case Word::List: return ReadList(child, type);
-      case Word::Union: return ReadUnion(child, type);
-      default: return true;
+      case Word::Restriction:
+        return ReadRestriction(child, type, base);
+      case Word::List:
+        return ReadList(child, type);
+      case Word::Union:
+        return ReadUnion(child, type);
+      default:
+        return true;
     }
   });
 }
@@ -108,16 +112,15 @@ bool XmlSchemaReader::ReadRestriction(const XTreeNode& node, TypeRef& type, QNam
   }
   if (!CopyType(node, found.type, type)) return false;
   FacetTarget target{found.type, type};
-  const bool complete =
-      ReadChildren(node, kRestrictionRow, [&](Word word, const XTreeNode& child) {
-        if (word == Word::Annotation) return true;
-        if (word != Word::SimpleType) return ReadFacet(child, word, target);
-        hasBase = true;
-        if (!ReadNestedSimpleType(child, found.type)) return false;
-        if (!CopyType(child, found.type, type)) return false;
-        target = {found.type, type};
-        return true;
-      });
+  const bool complete = ReadChildren(node, kRestrictionRow, [&](Word word, const XTreeNode& child) {
+    if (word == Word::Annotation) return true;
+    if (word != Word::SimpleType) return ReadFacet(child, word, target);
+    hasBase = true;
+    if (!ReadNestedSimpleType(child, found.type)) return false;
+    if (!CopyType(child, found.type, type)) return false;
+    target = {found.type, type};
+    return true;
+  });
   if (!complete) return false;
   return hasBase || Fail(ModelCode::AttributeMissing, node, TextOf(Word::Base));
 }
@@ -188,8 +191,8 @@ bool XmlSchemaReader::CheckPattern(const XTreeNode& node, const TQString& patter
   if (XMLRegExp(pattern, false).IsCompiled()) return true;
   const TQString& expected = XMLRegExp::LastErrorMessage();
   if (expected.IsEmpty()) return Fail(ModelCode::BadPattern, node, u"parser error");
-  const TQString text = TQString::Format(u"%s expected at position %d",
-                                         {expected, XMLRegExp::LastErrorOffset()});
+  const TQString text =
+      TQString::Format(u"%s expected at position %d", {expected, XMLRegExp::LastErrorOffset()});
   return Fail(ModelCode::BadPattern, node, text);
 }
 

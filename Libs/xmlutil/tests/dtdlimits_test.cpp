@@ -9,21 +9,17 @@
 namespace kelmora {
 namespace {
 
-std::string Repeat(const std::string& text, int times) {
-  std::string out;
-  for (int i = 0; i < times; ++i) out += text;
-  return out;
-}
-
 // Each row is a document that ends in the message for entities that expand to too much.
 TEST_F(ModelTest, EntitiesCannotGrowWithoutEnd) {
   std::string tenfold = "<!ENTITY e0 'xxxxxxxxxx'>";
   std::string parameters = "<!ENTITY % e0 'xxxxxxxxxx'>";
   for (int i = 1; i < 12; ++i) {
-    const std::string number = std::to_string(i);
-    const std::string before = std::to_string(i - 1);
-    tenfold += "<!ENTITY e" + number + " '" + Repeat("&e" + before + ";", 10) + "'>";
-    parameters += "<!ENTITY % e" + number + " '" + Repeat("%e" + before + ";", 10) + "'>";
+    tenfold += Numbered("<!ENTITY e# '", i);
+    tenfold += Repeat(Numbered("&e#;", i - 1), 10);
+    tenfold += "'>";
+    parameters += Numbered("<!ENTITY % e# '", i);
+    parameters += Repeat(Numbered("%e#;", i - 1), 10);
+    parameters += "'>";
   }
   const std::string big(500000, 'y');
   const struct {
@@ -60,8 +56,7 @@ TEST_F(ModelTest, RecursiveEntitiesEnd) {
   Build("<!DOCTYPE a SYSTEM 'chain.dtd'><a/>");
   EXPECT_EQ(Error(), ModelCode::WrongEntityKind);
   Write("self.ent", "<b>&s;</b>");
-  EXPECT_THROW(Build("<!DOCTYPE a [<!ENTITY s SYSTEM 'self.ent'>]><a>&s;</a>"),
-               TQTreeLimitError);
+  EXPECT_THROW(Build("<!DOCTYPE a [<!ENTITY s SYSTEM 'self.ent'>]><a>&s;</a>"), TQTreeLimitError);
 }
 
 // Depth and length of declarations cost heap, and time in proportion.
@@ -72,8 +67,9 @@ TEST_F(ModelTest, LongAndDeepDeclarations) {
   std::string attributes;
   std::string redefinitions;
   for (int i = 1; i < kMany; ++i) {
-    names += "|b" + std::to_string(i);
-    attributes += " a" + std::to_string(i) + " CDATA #IMPLIED";
+    names += Numbered("|b#", i);
+    attributes += Numbered(" a# CDATA ", i);
+    attributes += "#IMPLIED";
     redefinitions += "<!ATTLIST a id ID #IMPLIED>";
   }
   const std::function<std::string(const std::string&)> withList = [](const std::string& list) {

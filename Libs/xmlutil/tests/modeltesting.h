@@ -7,12 +7,32 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "tqcore/tqtext.h"
 #include "xmltree/documentmanager.h"
 #include "xmlutil/documentmodel.h"
 
 namespace kelmora {
+
+inline std::string Repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
+// The text with the number for each "#".
+inline std::string Numbered(std::string_view text, int number) {
+  std::string out;
+  for (char unit : text) {
+    if (unit == '#') {
+      out += std::to_string(number);
+    } else {
+      out += unit;
+    }
+  }
+  return out;
+}
 
 // A document on disk with its files, loaded and built; prints its tree in one line.
 class ModelTest : public testing::Test {
@@ -21,8 +41,7 @@ class ModelTest : public testing::Test {
     TQString ignored;
     kinds_.Fill(false, ignored);
     const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::path(testing::TempDir()) /
-                 (std::string("model_") + info->name());
+    directory_ = std::filesystem::path(testing::TempDir()) / (std::string("model_") + info->name());
     std::filesystem::create_directories(directory_);
   }
   ~ModelTest() override {

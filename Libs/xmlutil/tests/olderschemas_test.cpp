@@ -19,8 +19,10 @@ struct Row {
 class XdrTest : public ModelTest {
  protected:
   std::string BuildWith(const std::string& declarations, const std::string& content) {
-    Write("s.xdr", "<Schema xmlns='urn:schemas-microsoft-com:xml-data' "
-                   "xmlns:d='urn:schemas-microsoft-com:datatypes'>" + declarations + "</Schema>");
+    Write("s.xdr",
+          "<Schema xmlns='urn:schemas-microsoft-com:xml-data' "
+          "xmlns:d='urn:schemas-microsoft-com:datatypes'>" +
+              declarations + "</Schema>");
     return Build("<r xmlns='x-schema:s.xdr'>" + content + "</r>");
   }
 };
@@ -86,12 +88,14 @@ TEST_F(XdrTest, Rows) {
 }
 
 TEST_F(XdrTest, PrefixesAreNeededAndShown) {
-  Write("s.xdr", "<x:Schema xmlns:x='urn:schemas-microsoft-com:xml-data' "
-                 "xmlns:dt='urn:schemas-microsoft-com:datatypes'><x:foo/></x:Schema>");
+  Write("s.xdr",
+        "<x:Schema xmlns:x='urn:schemas-microsoft-com:xml-data' "
+        "xmlns:dt='urn:schemas-microsoft-com:datatypes'><x:foo/></x:Schema>");
   Build("<p:r xmlns:p='x-schema:s.xdr'/>");
   EXPECT_EQ(ErrorText(), "- expected: (x:ElementType | x:AttributeType | x:description)");
-  Write("s.xdr", "<Schema xmlns='urn:schemas-microsoft-com:xml-data'>"
-                 "<AttributeType name='x' default='1'/></Schema>");
+  Write("s.xdr",
+        "<Schema xmlns='urn:schemas-microsoft-com:xml-data'>"
+        "<AttributeType name='x' default='1'/></Schema>");
   Build("<p:r xmlns:p='x-schema:s.xdr'/>");
   EXPECT_EQ(Error(), ModelCode::NoSchemaPrefix);
 }

@@ -11,10 +11,10 @@ namespace {
 using Names = std::pair<const char16_t*, std::int32_t>;
 
 TEST(SimpleType, NamesInBothDialects) {
-  for (const auto& [name, code] : {Names{u"string", 0}, Names{u"anySimpleType", 0},
-                                   Names{u"number", 3}, Names{u"ui1", 42}, Names{u"time", 7},
-                                   Names{u"boolean", 1}, Names{u"nmtokens", 25},
-                                   Names{u"price", 53}, Names{u"String", 53}}) {
+  for (const auto& [name, code] :
+       {Names{u"string", 0}, Names{u"anySimpleType", 0}, Names{u"number", 3}, Names{u"ui1", 42},
+        Names{u"time", 7}, Names{u"boolean", 1}, Names{u"nmtokens", 25}, Names{u"price", 53},
+        Names{u"String", 53}}) {
     EXPECT_EQ(TypeCodeFromName(name, false), code) << ToNative(name);
   }
   EXPECT_EQ(TypeCodeFromName(u"boolean", true), 50);
@@ -108,6 +108,8 @@ TEST(SimpleType, Facets) {
       {u"double", u"minInclusive", u"1e3", u"999.9", false},
       {u"date", u"maxInclusive", u"2001-01-31", u"2001-02-01", false},
       {u"int", u"enumeration", u"7", u"+07", true},
+      {u"decimal", u"enumeration", u"-0.50", u"-.5", true},
+      {u"double", u"enumeration", u"1e1", u"10", true},
       {u"string", u"enumeration", u"7", u"07", false},
       {u"string", u"pattern", u"a+", u"aa", true},
       {u"string", u"pattern", u"a+", u"ab", false},

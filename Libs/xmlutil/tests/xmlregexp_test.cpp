@@ -54,7 +54,7 @@ TEST(XMLRegExp, Matches) {
       {u"\\S+(\\s\\S+)*", u"ab cd\te", yes},
       {u"[\\-\\+]?(\\d*\\.)?\\d+", u"-12.5", yes},
       {u"(a|b)*c", u"ababc", yes},
-      {u"", u"anything", yes},   // no expression accepts all
+      {u"", u"anything", yes},  // no expression accepts all
       {u"(", u"anything", yes},
   };
   for (const MatchRow& row : rows) {
@@ -99,8 +99,12 @@ TEST(XMLRegExp, Sample) {
     const char16_t* pattern;
     const char16_t* sample;
   } rows[] = {
-      {u"ab|c", u"ab"},        {u"a{3}b?", u"aaab"},  {u"[x-z]\\n", u"x\n"},
-      {u"[^a]\\D\\I", u"xx0"}, {u"\\p{Lu}", u"A"},    {u"(a|b)+", u"a"},
+      {u"ab|c", u"ab"},
+      {u"a{3}b?", u"aaab"},
+      {u"[x-z]\\n", u"x\n"},
+      {u"[^a]\\D\\I", u"xx0"},
+      {u"\\p{Lu}", u"A"},
+      {u"(a|b)+", u"a"},
       {u"\\p{IsGreekandCoptic}", u"\u0370"},
   };
   for (const auto& row : rows) {

@@ -86,6 +86,7 @@ class DeclarationList {
     items_.clear();
     places_.reset();
   }
+  void DropIndex() { places_.reset(); }  // gives memory back; a search makes it anew
   bool IsEmpty() const { return items_.empty(); }
   std::size_t Size() const { return items_.size(); }
   auto begin() const { return items_.begin(); }

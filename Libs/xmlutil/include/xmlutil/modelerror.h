@@ -20,7 +20,7 @@ enum : std::int32_t {
   NoNode = 7501,  // no node for a declaration, or no target for an element
   NotExternal = 7502,
   Redefinition = 7503,  // a warning: reading goes on
-  NoGrammar = 7506,  // nothing is declared; harmless
+  NoGrammar = 7506,     // nothing is declared; harmless
   EmptyDoctype = 7508,
   LoadFailed = 7509,  // a DTD, an entity, or a document that a schema names
   BadContentModel = 7510,
@@ -39,7 +39,7 @@ enum : std::int32_t {
   SecondID = 7526,
   IDWithDefault = 7527,
   NotAnExternalID = 7528,
-  KindMismatch = 7529,  // what was found is not what was expected, or nothing was
+  KindMismatch = 7529,         // what was found is not what was expected, or nothing was
   NoSchemaInformation = 7530,  // harmless
   SchemaLoadFailed = 7531,
   XdrWordsInSchema = 7532,  // or the reverse
@@ -47,7 +47,7 @@ enum : std::int32_t {
   Schema1999 = 7534,
   Schema2000 = 7535,
   NotAllowed = 7536,  // an attribute, a child or a word that has no place there
-  BadValue = 7537,  // or a type that is not known
+  BadValue = 7537,    // or a type that is not known
   ElementWithoutType = 7538,
   NameAndRef = 7540,
   DefaultAndFixed = 7541,

@@ -91,5 +91,7 @@ class SimpleType {
 // count, missing digits are zeros.
 bool IsLess(std::u16string_view a, std::u16string_view b);
 bool IsEqual(std::u16string_view a, std::u16string_view b);
+// The same text for all equal ones.
+TQString CanonicalDecimal(std::u16string_view text);
 
 }  // namespace kelmora

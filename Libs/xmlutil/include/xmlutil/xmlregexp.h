@@ -17,7 +17,7 @@ namespace kelmora {
 
 // One decision point that a match came through.
 struct XMLRegExpChoice {
-  const ParsoNode* node = nullptr;  // the atom of a repetition, or the branch taken
+  const ParsoNode* node = nullptr;   // the atom of a repetition, or the branch taken
   const char16_t* cursor = nullptr;  // in the matched text, behind the match of this choice
   std::int32_t count = 0;            // of the iteration, from 0; 0 for a branch
   bool negated = false;

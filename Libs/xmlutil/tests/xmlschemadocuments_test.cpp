@@ -1,0 +1,157 @@
+// Where schemas are, how they name one another, and what they may not cost.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "schematesting.h"
+#include "schemawalker.h"
+
+namespace kelmora {
+namespace {
+
+TEST_F(SchemaTest, DocumentsThatNameOneAnother) {
+  const std::string inU = "targetNamespace='u' xmlns:t='u' xmlns:v='v'";
+  Write("s.xsd", InSchema("<xs:include schemaLocation='sub/more.xsd'/>"
+                          "<xs:import namespace='v' schemaLocation='v.xsd'/>" IN_TYPE(
+                              "<xs:attributeGroup ref='t:g'/><xs:attribute ref='v:w'/>"),
+                          inU));
+  std::filesystem::create_directories(directory_ / "sub");
+  Write("sub/more.xsd", InSchema("<xs:include schemaLocation='../s.xsd'/>"
+                                 "<xs:include schemaLocation='types.xsd'/>"
+                                 "<xs:attributeGroup name='g'>"
+                                 "<xs:attribute name='x' type='t:n' default='1'/>"
+                                 "</xs:attributeGroup>",
+                                 inU));
+  // Without a namespace of its own, so its names are those of whoever includes it.
+  Write("sub/types.xsd", InSchema("<xs:simpleType name='n'><xs:restriction base='m'/>"
+                                  "</xs:simpleType><xs:simpleType name='m'>"
+                                  "<xs:restriction base='xs:int'/></xs:simpleType>"));
+  Write("v.xsd", InSchema("<xs:import namespace='u' schemaLocation='s.xsd'/>"
+                          "<xs:attribute name='w' default='2'/>",
+                          "targetNamespace='v'"));
+  const std::string document =
+      "<p:r xmlns:p='u' xmlns:q='v' xmlns:xsi='i' xsi:schemaLocation='u s.xsd'/>";
+  const std::string tree = "(p:r";
+  EXPECT_EQ(Build(document), tree + " x=1 q:w=2)");
+  EXPECT_EQ(Error(), ModelCode::None);
+
+  Write("s.xsd", InSchema("<xs:include schemaLocation='v.xsd'/>", inU));
+  Build(document);
+  EXPECT_EQ(Error(), ModelCode::OtherTargetNamespace);
+
+  // The element of the including document is declared in the included one too.
+  Write("s.xsd", InSchema("<xs:include schemaLocation='twice.xsd'/><xs:element name='r' "
+                          "type='t:c'/>",
+                          inU));
+  Write("twice.xsd", InSchema("<xs:element name='a' type='xs:int'/>"
+                              "<xs:element name='a' type='xs:byte'/>",
+                              inU));
+  Build(document);
+  EXPECT_EQ(Error(), ModelCode::BadValue);
+
+  Write("s.xsd", InSchema("<xs:redefine schemaLocation='base.xsd'>"
+                          "<xs:complexType name='c'><xs:complexContent>"
+                          "<xs:extension base='t:c'><xs:attribute name='y' default='2'/>"
+                          "</xs:extension></xs:complexContent></xs:complexType>"
+                          "</xs:redefine>",
+                          inU));
+  Write("base.xsd", InSchema("<xs:element name='r' type='t:c'/><xs:complexType name='c'>"
+                             "<xs:attribute name='x' default='1'/></xs:complexType>"
+                             "<xs:element name='s' type='t:c'/>",
+                             inU));
+  EXPECT_EQ(Build(document), tree + " x=1)");
+  EXPECT_EQ(Error(), ModelCode::None);
+}
+
+TEST_F(SchemaTest, WhereTheSchemaIs) {
+  const struct {
+    const char* symptom;
+    const char* document;
+    const char* tree;
+    std::int32_t error;
+  } rows[] = {
+      {"a schema for schemas describes itself",
+       "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' "
+       "targetNamespace='http://www.w3.org/2001/XMLSchema'>"
+       "<xs:element name='element'><xs:complexType><xs:attribute name='x' default='1'/>"
+       "</xs:complexType></xs:element></xs:schema>",
+       "(xs:schema "
+       "targetNamespace=http://www.w3.org/2001/XMLSchema(xs:element name=element x=1"
+       "(xs:complexType(xs:attribute name=x default=1))))",
+       ModelCode::None},
+      {"a schema without the prefix is not read", "<r noNamespaceSchemaLocation='plain.xsd'/>",
+       "(r)", ModelCode::NoTargetNamespace},
+      {"no file", "<r noNamespaceSchemaLocation='none.xsd'/>", "(r)", ModelCode::SchemaLoadFailed},
+      {"another language", "<r noNamespaceSchemaLocation='s.xdr'/>", "(r)",
+       ModelCode::KindMismatch},
+      {"an older namespace", "<r noNamespaceSchemaLocation='old.xsd'/>", "(r)",
+       ModelCode::Schema1999},
+      {"a DTD, with the prefix for its names", "<p:r xmlns:p='u' i:schemaLocation='u names.dtd'/>",
+       "(p:r x=1)", ModelCode::None},
+      {"a DTD without a prefix", "<r noNamespaceSchemaLocation='names.dtd'/>", "(r x=1)",
+       ModelCode::None},
+      {"entities stay when a schema is read as well",
+       "<!DOCTYPE r [<!ENTITY e 'text'>]><r noNamespaceSchemaLocation='s.xsd'>&e;</r>",
+       "(r x=1'text')", ModelCode::None},
+  };
+  Write("s.xsd", InSchema(IN_TYPE("<xs:attribute name='x' default='1'/>")));
+  Write("plain.xsd",
+        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='r'/>"
+        "</schema>");
+  Write("s.xdr", "<Schema xmlns='urn:schemas-microsoft-com:xml-data'/>");
+  Write("old.xsd", "<x:schema xmlns:x='http://www.w3.org/1999/XMLSchema'/>");
+  Write("names.dtd",
+        "<!ENTITY % p 'none:'><!ENTITY % s ':none'><!ENTITY % r '%p;r'>"
+        "<!ATTLIST %r; x CDATA '1'>");
+  for (const auto& row : rows) {
+    EXPECT_EQ(Build(row.document), row.tree) << row.symptom;
+    EXPECT_EQ(Error(), row.error) << row.symptom;
+  }
+}
+
+// --- limits ------------------------------------------------------------------------------------
+
+TEST_F(SchemaTest, NestingIsBounded) {
+  const auto nested = [](int depth) {
+    return IN_TYPE("<xs:attribute name='x' default='1'/>") "<xs:group name='g'>" +
+           Repeat("<xs:sequence>", depth) + Repeat("</xs:sequence>", depth) + "</xs:group>";
+  };
+  EXPECT_EQ(BuildWith(nested(kSchemaNesting - 3)), "(r x=1)");
+  EXPECT_EQ(Error(), ModelCode::None);
+  for (int depth : {kSchemaNesting, 100000}) {
+    EXPECT_EQ(BuildWith(nested(depth)), "(r)");
+    EXPECT_EQ(Error(), ModelCode::NotAllowed);
+  }
+}
+
+TEST_F(SchemaTest, CopiesAndChecksAreBounded) {
+  std::string doubling = "<xs:simpleType name='u0'><xs:restriction base='xs:int'/></xs:simpleType>";
+  for (int i = 1; i < 40; ++i) {
+    doubling += Numbered("<xs:simpleType name='u#'>", i);
+    doubling += Numbered("<xs:union memberTypes='u# u#'/></xs:simpleType>", i - 1);
+  }
+  std::string wide = "<xs:attributeGroup name='g'>";
+  for (int i = 0; i < 5000; ++i) {
+    wide += Numbered("<xs:attribute name='a#'/>", i);
+  }
+  wide += "</xs:attributeGroup><xs:element name='r'><xs:complexType>";
+  wide += Repeat("<xs:attributeGroup ref='g'/>", 5000);
+  wide += "</xs:complexType></xs:element>";
+  // Each default is tried against the pattern in vain, for long, before the other member takes it.
+  std::string slow =
+      "<xs:simpleType name='p'><xs:restriction base='xs:string'>"
+      "<xs:pattern value='((a*)*|b*)*c'/></xs:restriction></xs:simpleType>"
+      "<xs:simpleType name='u'><xs:union memberTypes='p xs:string'/></xs:simpleType>";
+  for (int i = 0; i < 2000; ++i) {
+    slow += Numbered("<xs:attribute name='a#' type='u' default='", i);
+    slow += "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa'/>";
+  }
+  for (const std::string& declarations : {doubling, wide, slow}) {
+    BuildWith(declarations);
+    EXPECT_EQ(Error(), ModelCode::NotAllowed);
+  }
+}
+
+}  // namespace
+}  // namespace kelmora
