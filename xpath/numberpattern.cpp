@@ -2,9 +2,8 @@
 // 17 significant digits first, and these are cut at the last place of the pattern, a next digit
 // of 5 or more carrying upwards. So rounding is half up, on the digits that one sees.
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "unicode/unicodedata.h"
@@ -125,12 +124,16 @@ struct Digits {
 
 Digits RoundToPlaces(double magnitude, std::int64_t places) {
   constexpr int kSignificant = 17;
-  char buffer[40];
-  std::snprintf(buffer, sizeof(buffer), "%.*e", kSignificant - 1, magnitude);
+  char buffer[40];  // d.dddde+xx
+  auto written = std::to_chars(buffer, buffer + sizeof(buffer), magnitude,
+                               std::chars_format::scientific, kSignificant - 1);
   Digits result;
   result.digits.push_back(buffer[0]);
   result.digits.append(buffer + 2, kSignificant - 1);
-  result.point = std::strtol(buffer + kSignificant + 2, nullptr, 10) + 1;
+  const char* exponent = buffer + kSignificant + 2;
+  if (*exponent == '+') ++exponent;
+  std::from_chars(exponent, written.ptr, result.point);
+  ++result.point;
 
   std::int64_t kept = result.point + places;
   if (kept < kSignificant) {

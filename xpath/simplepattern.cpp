@@ -100,7 +100,7 @@ bool Passes(const SimpleStep& step, const XPathNode& node) {
 
 std::optional<SimplePattern> SimplePattern::Classify(const XPathParseNodeRef& tree,
                                                      const PrefixMap& prefixMap) {
-  if (tree == nullptr) return std::nullopt;
+  if (!tree) return std::nullopt;
   const XPathParseNode& top = *tree->Root()->effective;
   if (top.rule != XPathRule::LocationPath) return std::nullopt;
   SimplePattern pattern;

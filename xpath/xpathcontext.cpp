@@ -10,6 +10,27 @@ XPathNode* XPathEvaluation::Root() {
   return root_;
 }
 
+XPathNodeList XPathEvaluation::TakeList() {
+  XPathNodeList list;
+  if (spareLists->empty()) {
+    constexpr std::size_t kFirstCapacity = 8;
+    list.reserve(kFirstCapacity);
+  } else {
+    list.swap(spareLists->back());
+    spareLists->pop_back();
+  }
+  return list;
+}
+
+void XPathEvaluation::GiveBack(XPathNodeList& list) {
+  constexpr std::size_t kMostKept = 16;
+  constexpr std::size_t kLargestKept = 4096;
+  if (list.capacity() == 0) return;
+  if (spareLists->size() >= kMostKept || list.capacity() > kLargestKept) return;
+  list.clear();
+  spareLists->push_back(std::move(list));
+}
+
 bool XPathEvaluation::Fail(XPathError code, std::int32_t position, std::int32_t function) {
   errorCode = code;
   errorFunction = function;
@@ -48,9 +69,18 @@ bool XPathContext::Swap() {
   return true;
 }
 
-XPathValue XPathContext::TakeInput() {
+void XPathContext::MoveInputTo(XPathValue& value) {
   XPathValue& own = slots_[1 - output_];
-  return input_ == &own ? std::move(own) : *input_;
+  if (input_ != &own) {
+    value.nodes.swap(slots_[output_].nodes);  // for its memory
+    value = *input_;
+    return;
+  }
+  value.kind = own.kind;
+  value.boolean = own.boolean;
+  value.number = own.number;
+  value.nodes.swap(own.nodes);
+  value.string = static_cast<TQString&&>(own.string);
 }
 
 void XPathContext::SortInput() {

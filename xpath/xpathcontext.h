@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
@@ -41,6 +42,13 @@ struct XPathEvaluation {
   std::int32_t errorPosition = 0;
   bool errorPositionSet = false;
 
+  std::vector<XPathNodeList>* spareLists = nullptr;
+
+  // An empty list, with the memory of one that was given back. Give back what was taken, empty or
+  // not.
+  XPathNodeList TakeList();
+  void GiveBack(XPathNodeList& list);
+
   // The root of absolute paths: found at the first request.
   XPathNode* Root();
   // False, with the error noted. The position of the first failure stays.
@@ -60,6 +68,9 @@ class XPathContext {
   // For an operand: everything is copied, and the input is read where it stands.
   XPathContext(const XPathContext& outer);
   XPathContext& operator=(const XPathContext&) = delete;
+  ~XPathContext() {
+    for (XPathValue& slot : slots_) evaluation->GiveBack(slot.nodes);
+  }
 
   const XPathValue& Input() const { return *input_; }
   XPathValue& Output() { return slots_[output_]; }
@@ -67,7 +78,19 @@ class XPathContext {
   // result is then false, which is no error.
   bool Swap();
   void BorrowInput(const XPathValue& value) { input_ = &value; }  // must outlive its use here
-  XPathValue TakeInput();  // the input for keeps; the context is done with it
+  // The input for keeps; the context is done with it.
+  void MoveInputTo(XPathValue& value);
+  XPathValue TakeInput() {
+    XPathValue value;
+    MoveInputTo(value);
+    return value;
+  }
+  // The list of the output, with room.
+  XPathNodeList& OutputNodes() {
+    XPathNodeList& nodes = slots_[output_].nodes;
+    if (nodes.capacity() == 0) nodes = evaluation->TakeList();
+    return nodes;
+  }
   void SortInput();        // into document order, positions from 1
 
   bool Fail(XPathError code, const XPathParseNode& node) const {
@@ -96,6 +119,22 @@ class XPathContext {
   const XPathValue* input_;
   int output_ = 0;
   XPathValue slots_[2];
+};
+
+// A node set for the time of a scope, in memory that comes from the evaluation.
+class NodeSetLease {
+ public:
+  explicit NodeSetLease(const XPathContext& context) : evaluation_(*context.evaluation) {
+    value.nodes = evaluation_.TakeList();
+  }
+  ~NodeSetLease() { evaluation_.GiveBack(value.nodes); }
+  NodeSetLease(const NodeSetLease&) = delete;
+  NodeSetLease& operator=(const NodeSetLease&) = delete;
+
+  XPathValue value;
+
+ private:
+  XPathEvaluation& evaluation_;
 };
 
 // Evaluates a child: by its effective node, or level by level in plain evaluation.

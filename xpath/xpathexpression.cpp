@@ -1,9 +1,12 @@
 #include "xpath/xpathexpression.h"
 
+#include <functional>
+#include <memory>
 #include <utility>
 
 #include "tqcore/tqtext.h"
 #include "xpathcontext.h"
+#include "xpathfunctionlibrary.h"
 #include "xpathparser.h"
 
 namespace kelmora {
@@ -39,7 +42,7 @@ void XPathExpression::SetExpression(const PrefixMap* prefixMap, const TQString& 
 }
 
 bool XPathExpression::Parse(bool buildTree, XPathGrammar grammar) {
-  auto tree = std::make_shared<XPathParseTree>(text_);
+  auto tree = std::make_unique<XPathParseTree>(text_);
   XPathParser parser(*tree);
   XPathParseNode* root = grammar == kFieldGrammar      ? parser.ParseField()
                          : grammar == kSelectorGrammar ? parser.ParseSelector()
@@ -48,14 +51,14 @@ bool XPathExpression::Parse(bool buildTree, XPathGrammar grammar) {
   bool whole = parser.Remaining() == 0;
   if (!whole) errorPosition_ = parser.Furthest();
   bool parsed = root != nullptr && whole && !parser.IsTooDeep();
-  if (root != nullptr) tree->Finish(root);
+  if (root != nullptr) tree->Finish(root, parser.DeepestNesting());
   if (patternKind_ != kNoPattern && root != nullptr && tree->HasVariable()) {
     variableInPattern_ = true;
     parsed = false;
   }
   tree_.reset();
   grammar_ = parsed ? grammar : kNoGrammar;
-  if (parsed && buildTree) tree_ = std::move(tree);
+  if (parsed && buildTree) tree_ = XPathParseNodeRef(tree.release());
   return parsed;
 }
 
@@ -66,6 +69,29 @@ void XPathExpression::UseTree(XPathParseNodeRef tree, XPathGrammar grammar) {
   grammar_ = grammar;
 }
 
+namespace {
+
+// Evaluations stand on one another when a key's index is made while an expression runs. What all
+// of them may need of the machine's stack together is bounded like that of a single one, so a key
+// that is defined by itself ends in an error.
+class NestingBudget {
+ public:
+  explicit NestingBudget(int nesting) : cost_(nesting + kHostLevels) { used_ += cost_; }
+  ~NestingBudget() { used_ -= cost_; }
+  NestingBudget(const NestingBudget&) = delete;
+  NestingBudget& operator=(const NestingBudget&) = delete;
+  bool IsExceeded() const { return used_ > kMaxTotal; }
+
+ private:
+  static constexpr int kHostLevels = 8;  // what the frames between two evaluations amount to
+  static constexpr int kMaxTotal = 3 * XPathParser::kMaxNesting / 2;
+  static int used_;
+  int cost_;
+};
+int NestingBudget::used_ = 0;
+
+}  // namespace
+
 // One evaluation. Everything that belongs to it is taken out of the expression before anything
 // runs, so that a host function may use the object for an evaluation of its own.
 class XPathExpression::Evaluator {
@@ -73,8 +99,9 @@ class XPathExpression::Evaluator {
   Evaluator(XPathExpression& expression, const XPathRequest& request)
       : expression_(expression),
         tree_(expression.borrowedTree_ ? std::move(expression.borrowedTree_) : expression.tree_),
-        input_(std::move(expression.spareInput_)),
         context_(run_, input_) {
+    run_.spareLists = &expression.spareLists_;
+    input_.nodes = run_.TakeList();
     expression.borrowedTree_.reset();
     run_.expression = &expression;
     run_.prefixMap = expression.prefixMap_;
@@ -92,7 +119,6 @@ class XPathExpression::Evaluator {
     expression.errorFunction_ = -1;
     expression.errorPosition_ = 0;
 
-    input_.Clear();
     if (request.inputNodes != nullptr) {
       input_.nodes = *request.inputNodes;
     } else if (request.contextNode != nullptr) {
@@ -102,26 +128,54 @@ class XPathExpression::Evaluator {
     context_.position = request.position;
     context_.size = request.size;
     isReady_ = request.documentNode != nullptr && request.contextNode != nullptr &&
-               run_.prefixMap != nullptr && tree_ != nullptr;
+               run_.prefixMap != nullptr && tree_;
     if (isReady_ && !tree_->Prefixes().empty()) {
       bindings_ = tree_->ResolvePrefixes(*run_.prefixMap);
       run_.bindings = bindings_.get();
     }
   }
-  ~Evaluator() { expression_.spareInput_ = std::move(input_); }
+  ~Evaluator() { run_.GiveBack(input_.nodes); }
   Evaluator(const Evaluator&) = delete;
   Evaluator& operator=(const Evaluator&) = delete;
 
   XPathContext& Context() { return context_; }
-  XPathEvaluation& State() { return run_; }
   const XPathParseNode& Root() const { return *tree_->Root(); }
+  bool IsInTree(std::u16string_view text) const {
+    std::u16string_view expression = tree_->Text();
+    return std::greater_equal<>()(text.data(), expression.data()) &&
+           std::less<>()(text.data(), expression.data() + expression.size());
+  }
+
+  // Evaluates an expression whose value is known to be no node set.
+  bool MakeResult(XPathParseNode::Type type, XPathValue& result) {
+    if (type == XPathParseNode::Type::Number) {
+      double number = 0;
+      if (!OperandNumber(Root(), context_, number)) return false;
+      result.SetNumber(number);
+    } else if (type == XPathParseNode::Type::Boolean) {
+      bool boolean = false;
+      if (!OperandBoolean(Root(), context_, boolean)) return false;
+      result.SetBoolean(boolean);
+    } else {
+      TQString scratch;
+      std::u16string_view text;
+      if (!OperandText(Root(), context_, scratch, text)) return false;
+      bool isScratch = text.data() == scratch.c_str();
+      result.SetString(isScratch ? std::move(scratch) : TQString(text));
+    }
+    return true;
+  }
 
   // Calls `evaluate` unless something that an evaluation needs is missing, and leaves the error in
   // the expression.
   template <class Evaluate>
   bool Do(Evaluate evaluate) {
     if (!isReady_) return false;
-    bool succeeded = evaluate();
+    NestingBudget budget(tree_->Nesting());
+    bool succeeded = budget.IsExceeded()
+                         ? run_.Fail(XPathError::KeyFunctionInKey, Root().position,
+                                     static_cast<std::int32_t>(XPathFunction::key))
+                         : evaluate();
     expression_.errorCode_ = run_.errorCode;
     expression_.errorFunction_ = run_.errorFunction;
     expression_.errorPosition_ = run_.errorPosition;
@@ -131,7 +185,7 @@ class XPathExpression::Evaluator {
  private:
   XPathExpression& expression_;
   XPathParseNodeRef tree_;
-  std::shared_ptr<const XPathParseTree::Bindings> bindings_;
+  SharedHandle<const XPathParseTree::Bindings> bindings_;
   XPathEvaluation run_;
   XPathValue input_;
   XPathContext context_;
@@ -143,15 +197,20 @@ bool XPathExpression::Evaluate(XPathNode* documentNode, XPathNode* contextNode,
                                std::int32_t position, std::int32_t size, bool allowFragment) {
   Evaluator evaluator(*this, {documentNode, contextNode, inputNodes, position, size});
   XPathContext& context = evaluator.Context();
-  // The list that the caller brings serves for the new value.
   result.Clear();
-  context.Output().nodes.swap(result.nodes);
   return evaluator.Do([&] {
+    using Type = XPathParseNode::Type;
+    Type type = evaluator.Root().type;
+    if (!context.IsPlain() && type != Type::NodeSet && type != Type::Unknown) {
+      return evaluator.MakeResult(type, result);
+    }
+    // The list that the caller brings serves for the new value.
+    context.Output().nodes.swap(result.nodes);
     if (!Run(evaluator.Root(), context)) return false;
     if (!allowFragment && context.InputIsRefusedFragment()) {
       return context.Fail(XPathError::CannotUseFragment, evaluator.Root());
     }
-    result = context.TakeInput();
+    context.MoveInputTo(result);
     return true;
   });
 }
@@ -173,7 +232,7 @@ bool XPathExpression::EvaluateToText(const XPathRequest& request, TQString& scra
   bool succeeded = evaluator.Do(
       [&] { return OperandText(evaluator.Root(), evaluator.Context(), scratch, result); });
   // A literal stands in the tree, and the tree may go with the evaluation.
-  if (succeeded && evaluator.Root().effective->rule == XPathRule::Literal) {
+  if (succeeded && evaluator.IsInTree(result)) {
     scratch = result;
     result = scratch;
   }

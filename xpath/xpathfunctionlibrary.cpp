@@ -32,8 +32,8 @@ XPathParseNode::Type XPathFunctionRow::ResultType() const {
   using Type = XPathParseNode::Type;
   if (std::holds_alternative<SlotOf<double>>(slot)) return Type::Number;
   if (std::holds_alternative<SlotOf<bool>>(slot)) return Type::Boolean;
-  if (std::holds_alternative<SlotOf<TQString>>(slot)) return Type::String;
-  return Type::NodeSet;
+  if (std::holds_alternative<SlotOf<XPathNodeList>>(slot)) return Type::NodeSet;
+  return Type::String;
 }
 
 TQString ExpandName(const PrefixMap& map, std::u16string_view name) {
@@ -138,23 +138,23 @@ XPathNode* XPathFunctionLibrary::FirstNode(Call call, Context context) const {
   return value.nodes.empty() ? nullptr : value.nodes.front().node;
 }
 
-TQString XPathFunctionLibrary::LocalName(Call call, Context context) const {
+std::u16string_view XPathFunctionLibrary::LocalName(Call call, Context context) const {
   const XPathNode* node = FirstNode(call, context);
   if (node == nullptr || node->IsText()) return {};
   std::u16string_view name = node->GetLocalName();
-  return name == u"xmlns" ? TQString() : TQString(name);
+  return name == u"xmlns" ? std::u16string_view() : name;
 }
 
-TQString XPathFunctionLibrary::NamespaceUri(Call call, Context context) const {
+std::u16string_view XPathFunctionLibrary::NamespaceUri(Call call, Context context) const {
   const XPathNode* node = FirstNode(call, context);
-  return node != nullptr && node->namespaceURI != nullptr ? *node->namespaceURI : TQString();
+  if (node == nullptr || node->namespaceURI == nullptr) return {};
+  return *node->namespaceURI;
 }
 
-TQString XPathFunctionLibrary::Name(Call call, Context context) const {
+std::u16string_view XPathFunctionLibrary::Name(Call call, Context context) const {
   const XPathNode* node = FirstNode(call, context);
   if (node == nullptr) return {};
-  bool isNamespace = node->kind == XPathNodeKind::Namespace;
-  return TQString(isNamespace ? node->GetLocalName() : node->GetName());
+  return node->kind == XPathNodeKind::Namespace ? node->GetLocalName() : node->GetName();
 }
 
 // --- truth values -----------------------------------------------------------------------------

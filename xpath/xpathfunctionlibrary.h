@@ -43,9 +43,9 @@ class XPathFunctionLibrary {
   virtual double Position(Call call, Context context) const;
   virtual double Count(Call call, Context context) const;
   virtual XPathNodeList Id(Call call, Context context) const;
-  virtual TQString LocalName(Call call, Context context) const;
-  virtual TQString NamespaceUri(Call call, Context context) const;
-  virtual TQString Name(Call call, Context context) const;
+  virtual std::u16string_view LocalName(Call call, Context context) const;
+  virtual std::u16string_view NamespaceUri(Call call, Context context) const;
+  virtual std::u16string_view Name(Call call, Context context) const;
   virtual TQString ToString(const XPathValue& value) const;
   virtual TQString String(Call call, Context context) const;
   virtual TQString Concat(Call call, Context context) const;
@@ -116,7 +116,9 @@ struct XPathFunctionRow {
   template <class Result>
   using SlotOf = Result (XsltFunctionLibrary::*)(const XPathFunctionCallNode&,
                                                  const XPathContext&) const;
-  using Slot = std::variant<SlotOf<double>, SlotOf<bool>, SlotOf<TQString>, SlotOf<XPathNodeList>>;
+  // Texts of the tree come back as views.
+  using Slot = std::variant<SlotOf<double>, SlotOf<bool>, SlotOf<TQString>,
+                            SlotOf<std::u16string_view>, SlotOf<XPathNodeList>>;
 
   XPathFunction function;
   std::u16string_view name;

@@ -137,6 +137,11 @@ struct StepTest {
   std::u16string_view name;
 
   bool Matches(const XPathNode& node) const;
+  // Any name in no URI is no test at all.
+  void SetUri(InternedURI resolved) {
+    uri = resolved;
+    if (kind == Namespace && resolved == nullptr) kind = None;
+  }
 };
 
 // The object family's form of a StepTest. Keep it as long as the test is used.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iterator>
 
 #include "xpathparser.h"
@@ -39,7 +40,7 @@ XPathParseNode* XPathParser::ParseExpr() {
     tooDeep_ = true;
     return nullptr;
   }
-  ++nesting_;
+  deepest_ = std::max(deepest_, ++nesting_);
   std::u16string_view rest = text_.substr(cursor_);
   XPathParseNode* operators = ParseOperators();
   --nesting_;

@@ -1,5 +1,7 @@
 #include "xpathparsenode.h"
 
+#include <memory>
+
 #include "xpathcontext.h"
 #include "xpathidentitynodes.h"
 #include "xpathoperatornodes.h"
@@ -172,8 +174,9 @@ XPathParseNode* XPathParseTree::MakeNode(XPathRule rule) {
   return node;
 }
 
-void XPathParseTree::Finish(XPathParseNode* root) {
+void XPathParseTree::Finish(XPathParseNode* root, int nesting) {
   root_ = root;
+  nesting_ = nesting;
   std::vector<XPathParseNode*> order{root};  // parents before children
   for (std::size_t i = 0; i < order.size(); ++i) {
     for (XPathParseNode* child = order[i]->firstChild; child; child = child->nextSibling) {
@@ -194,10 +197,10 @@ int XPathParseTree::AddPrefix(std::u16string_view prefix) {
   return static_cast<int>(prefixes_.size()) - 1;
 }
 
-std::shared_ptr<const XPathParseTree::Bindings> XPathParseTree::ResolvePrefixes(
+SharedHandle<const XPathParseTree::Bindings> XPathParseTree::ResolvePrefixes(
     const PrefixMap& map) const {
-  if (bindings_ != nullptr && bindings_->map.SharesWith(map)) return bindings_;
-  auto bindings = std::make_shared<Bindings>();
+  if (bindings_ && bindings_->map.SharesWith(map)) return bindings_;
+  auto bindings = std::make_unique<Bindings>();
   bindings->map = map;
   for (std::u16string_view prefix : prefixes_) {
     const PrefixMap::Entry* entry = map.Find(prefix);
@@ -205,8 +208,8 @@ std::shared_ptr<const XPathParseTree::Bindings> XPathParseTree::ResolvePrefixes(
     // The empty prefix needs no binding.
     if (entry == nullptr && !prefix.empty()) bindings->allBound = false;
   }
-  bindings_ = bindings;
-  return bindings;
+  bindings_ = SharedHandle<const Bindings>(bindings.release());
+  return bindings_;
 }
 
 std::u16string_view LeafText(const XPathParseNode& node) {

@@ -10,13 +10,13 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "tqcore/arena.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
+#include "xpath/sharedhandle.h"
 #include "xpath/xpathvalue.h"
 #include "xpathrule.h"
 
@@ -110,7 +110,7 @@ class XPathGenericNode final : public XPathParseNode {
 };
 
 // A parsed expression: its text, its nodes, and what is shared by them.
-class XPathParseTree {
+class XPathParseTree final : public SharedCount {
  public:
   explicit XPathParseTree(const TQString& text) : text_(text) {}
 
@@ -118,8 +118,10 @@ class XPathParseTree {
   XPathParseNode* MakeNode(XPathRule rule);  // of the rule's class
   Arena& GetArena() { return arena_; }
 
-  // Sets the root and prepares every node below it. Walks with a stack on the heap.
-  void Finish(XPathParseNode* root);
+  // Sets the root and prepares every node below it. Walks with a stack on the heap. `nesting` is
+  // the depth of nested expressions, and so of an evaluation's recursion.
+  void Finish(XPathParseNode* root, int nesting);
+  int Nesting() const { return nesting_; }
   const XPathParseNode* Root() const { return root_; }
   bool HasVariable() const { return hasVariable_; }
 
@@ -131,20 +133,21 @@ class XPathParseTree {
     InternedURI uri = nullptr;
     bool bound = false;
   };
-  struct Bindings {
+  struct Bindings final : SharedCount {
     PrefixMap map;
     std::vector<Binding> entries;
     bool allBound = true;
   };
-  std::shared_ptr<const Bindings> ResolvePrefixes(const PrefixMap& map) const;
+  SharedHandle<const Bindings> ResolvePrefixes(const PrefixMap& map) const;
 
  private:
   Arena arena_;
   TQString text_;
   XPathParseNode* root_ = nullptr;
   bool hasVariable_ = false;
+  int nesting_ = 0;
   std::vector<std::u16string_view> prefixes_;
-  mutable std::shared_ptr<const Bindings> bindings_;  // of the map that came last
+  mutable SharedHandle<const Bindings> bindings_;  // of the map that came last
 };
 
 // The text of a name, number or token: of its own or of the only leaf below.

@@ -84,6 +84,7 @@ class XPathParser : public XPathScanner {
   XPathParseNode* ParseSelector();
   XPathParseNode* ParseField();
   bool IsTooDeep() const { return tooDeep_; }
+  int DeepestNesting() const { return deepest_; }
 
  private:
   XPathParseNode* ParseOperators();
@@ -112,6 +113,7 @@ class XPathParser : public XPathScanner {
   XPathParseNode* ParseIdentityStep(bool field);
 
   int nesting_ = 0;
+  int deepest_ = 0;
   bool tooDeep_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "xpathpathnodes.h"
 
+#include <algorithm>
+
 #include "xpathcompare.h"
 #include "xpathcontext.h"
 
@@ -17,7 +19,7 @@ bool AxisIsAllowed(Axis axis, const XPathContext& context, const XPathParseNode&
 bool RunAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node) {
   if (!AxisIsAllowed(axis, context, node)) return false;
   const XPathNodeList& input = context.Input().nodes;
-  XPathNodeList& output = context.Output().nodes;
+  XPathNodeList& output = context.OutputNodes();
   if (!context.IsPlain()) {
     RunQuickAxis(axis, test, input.data(), input.size(), output);
     return true;
@@ -118,8 +120,17 @@ class FirstVisitor final : public NodeVisitor {
 }  // namespace
 
 bool XPathQuickNode::CanVisit(const XPathContext& context) const {
-  return isQuick_ && context.StepsCannotFail() && !context.InputIsRefusedFragment() &&
-         context.Input().kind == XPathValue::NodeSet;
+  bool canVisit = isQuick_ && context.StepsCannotFail() && !context.InputIsRefusedFragment() &&
+                  context.Input().kind == XPathValue::NodeSet;
+  if (!canVisit || !quickPath_.NeedsStamps()) return canVisit;
+  XPathNodeRef own;
+  return AreStamped(StartsOf(context, own));
+}
+
+bool XPathQuickNode::AreStamped(const Starts& starts) {
+  return std::all_of(starts.first, starts.first + starts.count, [](const XPathNodeRef& start) {
+    return start.node->documentNumber > 0;
+  });
 }
 
 bool XPathQuickNode::VisitNodes(const XPathContext& context, NodeVisitor& visitor) const {
@@ -154,11 +165,8 @@ bool XPathQuickNode::FindFirst(const XPathContext& context, XPathNode*& first) c
   if (!CanVisit(context)) return false;
   XPathNodeRef own;
   Starts starts = StartsOf(context, own);
-  // Of nodes without stamps the first is the one that is delivered first; "//" has an order of its
-  // own.
-  for (std::size_t i = 0; quickPath_.GoesDeep() && i < starts.count; ++i) {
-    if (starts.first[i].node->documentNumber <= 0) return false;
-  }
+  // Of nodes without stamps the first is the one that is delivered first.
+  if (quickPath_.ReordersUnstamped() && !AreStamped(starts)) return false;
   FirstVisitor visitor(quickPath_.IsInOrder() && starts.count == 1);
   VisitNodes(context, visitor);
   first = visitor.first;
@@ -368,57 +376,62 @@ void XPathNodeTestNode::Prepare(XPathParseTree& tree) {
   prefixNumber_ = tree.AddPrefix(prefix_);
 }
 
-bool XPathNodeTestNode::Resolve(Axis axis, const XPathContext& context, StepTest& test) const {
+StepTest XPathNodeTestNode::TestWithoutUri(Axis axis) const {
+  StepTest test;
+  test.name = name_;
   switch (form_) {
     case Form::Comment:
       test.kind = StepTest::Comment;
-      return true;
+      break;
     case Form::Text:
       test.kind = StepTest::Text;
-      return true;
+      break;
     case Form::AnyPI:
     case Form::NamedPI:
       test.kind = StepTest::PI;
-      test.name = name_;
-      return true;
+      break;
     case Form::Node:
-      switch (axis) {
-        case Axis::AncestorOrSelf:
-        case Axis::DescendantOrSelf:
-          test.kind = StepTest::NotNamespace;
-          break;
-        case Axis::Attribute:
-          test.kind = StepTest::Attribute;
-          break;
-        case Axis::Namespace:
-          test.kind = StepTest::NamespaceNode;
-          break;
-        case Axis::Parent:
-          test.kind = StepTest::AnyNode;
-          break;
-        default:
-          test.kind = StepTest::Content;
-      }
-      return true;
+      test.kind = NodeKindTest(axis);
+      break;
     case Form::Any:
       test.kind = axis == Axis::Attribute   ? StepTest::Attribute
                   : axis == Axis::Namespace ? StepTest::NamespaceNode
                                             : StepTest::Element;
-      return true;
+      break;
     case Form::AnyInPrefix:
+      test.kind = StepTest::Namespace;
+      break;
     case Form::Name:
+      test.kind = axis == Axis::Namespace ? StepTest::LocalName : StepTest::Name;
       break;
   }
-  const auto& binding =
-      context.evaluation->bindings->entries[static_cast<std::size_t>(prefixNumber_)];
-  if (!prefix_.empty() && !binding.bound) return context.Fail(XPathError::InvalidPrefix, *this);
-  test.name = name_;
-  test.uri = prefix_.empty() && axis == Axis::Attribute ? nullptr : binding.uri;
-  if (form_ == Form::Name) {
-    test.kind = axis == Axis::Namespace ? StepTest::LocalName : StepTest::Name;
-  } else {
-    test.kind = test.uri != nullptr ? StepTest::Namespace : StepTest::None;
+  return test;
+}
+
+// The test for node().
+StepTest::Kind XPathNodeTestNode::NodeKindTest(Axis axis) {
+  switch (axis) {
+    case Axis::AncestorOrSelf:
+    case Axis::DescendantOrSelf:
+      return StepTest::NotNamespace;
+    case Axis::Attribute:
+      return StepTest::Attribute;
+    case Axis::Namespace:
+      return StepTest::NamespaceNode;
+    case Axis::Parent:
+      return StepTest::AnyNode;
+    default:
+      return StepTest::Content;
   }
+}
+
+bool XPathNodeTestNode::Resolve(Axis axis, const XPathContext& context, StepTest& test) const {
+  test = TestWithoutUri(axis);
+  int number = PrefixNumber(axis);
+  if (number < 0) return true;
+  const auto& binding = context.evaluation->bindings->entries[static_cast<std::size_t>(number)];
+  if (!prefix_.empty() && !binding.bound) return context.Fail(XPathError::InvalidPrefix, *this);
+  test.SetUri(binding.uri);
   return true;
 }
 

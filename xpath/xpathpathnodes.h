@@ -49,6 +49,7 @@ class XPathQuickNode : public XPathParseNode {
   bool isQuick_ = false;
 
  private:
+  static bool AreStamped(const Starts& starts);
   // The first node in document order, null for an empty set. False when a list has to tell.
   bool FindFirst(const XPathContext& context, XPathNode*& first) const;
 };
@@ -76,10 +77,18 @@ class XPathNodeTestNode final : public XPathParseNode {
 
   // self::node() runs no axis at all.
   bool IsSkipped(Axis axis) const { return form_ == Form::Node && axis == Axis::Self; }
+  // What the text alone decides of the test, and the number of the prefix that gives its URI, -1
+  // for a test without one.
+  StepTest TestWithoutUri(Axis axis) const;
+  int PrefixNumber(Axis axis) const {
+    return prefix_.empty() && axis == Axis::Attribute ? -1 : prefixNumber_;
+  }
   // False for a prefix without a binding. Not for a test that is skipped.
   bool Resolve(Axis axis, const XPathContext& context, StepTest& test) const;
 
  private:
+  static StepTest::Kind NodeKindTest(Axis axis);
+
   Form form_ = Form::Node;
   std::u16string_view name_;
   std::u16string_view prefix_;
@@ -121,6 +130,7 @@ class XPathStepNode final : public XPathParseNode {
   Axis GetAxis() const { return axis_; }
   const XPathNodeTestNode& Test() const { return *test_; }  // of a full step
   bool HasPredicates() const { return predicateCount_ != 0; }
+  std::int32_t OnlyIndex() const;  // n when [n] is the only predicate, else 0
 
   // The step with the "//" in front of it. False for an error.
   bool EvaluateBelow(XPathContext& context) const;

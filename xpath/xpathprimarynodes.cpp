@@ -228,6 +228,17 @@ Result XPathFunctionCallNode::Call(const XsltFunctionLibrary& library,
   return (library.*std::get<XPathFunctionRow::SlotOf<Result>>(row_->slot))(*this, context);
 }
 
+// Of a function that gives a text.
+std::u16string_view XPathFunctionCallNode::CallForText(const XsltFunctionLibrary& library,
+                                                       const XPathContext& context,
+                                                       TQString& scratch) const {
+  if (std::holds_alternative<XPathFunctionRow::SlotOf<std::u16string_view>>(row_->slot)) {
+    return Call<std::u16string_view>(library, context);
+  }
+  scratch = Call<TQString>(library, context);
+  return scratch;
+}
+
 bool XPathFunctionCallNode::CallInto(const XPathContext& context, XPathValue& value) const {
   return Guard(context, [&](const XsltFunctionLibrary& library) {
     switch (type) {
@@ -237,9 +248,12 @@ bool XPathFunctionCallNode::CallInto(const XPathContext& context, XPathValue& va
       case Type::Boolean:
         value.SetBoolean(Call<bool>(library, context));
         break;
-      case Type::String:
-        value.SetString(Call<TQString>(library, context));
+      case Type::String: {
+        TQString scratch;
+        std::u16string_view made = CallForText(library, context, scratch);
+        value.SetString(made.data() == scratch.c_str() ? std::move(scratch) : TQString(made));
         break;
+      }
       default:
         value.SetNodes(Call<XPathNodeList>(library, context));
     }
@@ -285,10 +299,12 @@ bool XPathFunctionCallNode::EvaluateNumber(const XPathContext& context, double& 
 
 bool XPathFunctionCallNode::EvaluateText(const XPathContext& context, TQString& scratch,
                                          std::u16string_view& result) const {
+  if (IsPlainCallOf(XPathFunction::string) && argumentCount_ == 1) {
+    return OperandText(*arguments_[0], context, scratch, result);
+  }
   if (type == Type::String) {
     return Guard(context, [&](const XsltFunctionLibrary& library) {
-      scratch = Call<TQString>(library, context);
-      result = scratch;
+      result = CallForText(library, context, scratch);
     });
   }
   XPathOperand operand;

@@ -84,6 +84,8 @@ class XPathFunctionCallNode final : public XPathParseNode {
   // The row's slot has this result.
   template <class Result>
   Result Call(const XsltFunctionLibrary& library, const XPathContext& context) const;
+  std::u16string_view CallForText(const XsltFunctionLibrary& library, const XPathContext& context,
+                                  TQString& scratch) const;
   bool CallInto(const XPathContext& context, XPathValue& value) const;
 
   ParsedName name_;

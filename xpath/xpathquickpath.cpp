@@ -6,88 +6,182 @@
 namespace kelmora {
 
 bool XPathQuickPath::Add(const XPathStepNode& step, bool descendantBefore) {
-  if (step.GetForm() == XPathStepNode::Form::Self) return !descendantBefore;
-  if (count_ == kMostSteps || step.HasPredicates()) return false;
-  Axis axis = step.GetAxis();
+  using Form = XPathStepNode::Form;
+  if (step.GetForm() == Form::Self) return !descendantBefore;
+  if (count_ == kMostSteps) return false;
+  Step added{step.GetAxis(), 0, -1, StepTest()};
+  added.test.kind = StepTest::Content;
+  if (step.GetForm() == Form::Full) {
+    const XPathNodeTestNode& test = step.Test();
+    added.onlyIndex = step.OnlyIndex();
+    if (step.HasPredicates() && (added.onlyIndex == 0 || descendantBefore)) return false;
+    if (test.IsSkipped(added.axis)) return !step.HasPredicates() && !descendantBefore;
+    added.test = test.TestWithoutUri(added.axis);
+    added.prefixNumber = test.PrefixNumber(added.axis);
+  }
   if (descendantBefore) {
-    // Below a start, the children of it and of its descendants are its descendants.
-    if (axis != Axis::Child) return false;
-    axis = Axis::Descendant;
+    // The children of a node and of its descendants are its descendants.
+    if (added.axis != Axis::Child) return false;
+    added.axis = Axis::Descendant;
+    reordersUnstamped_ = true;
   }
-  if (axis != Axis::Child && axis != Axis::Attribute && axis != Axis::Parent &&
-      axis != Axis::Descendant) {
-    return false;
+  switch (added.axis) {
+    case Axis::Following:
+    case Axis::Preceding:
+    case Axis::Namespace:
+    case Axis::DescendantOrSelf:
+      return false;
+    default:
+      break;
   }
-  // Upwards first, then downwards, and below a descendant step only attributes: then the walk
-  // meets nodes in order. A second descendant step meets some of them twice.
-  Axis last = count_ == 0 ? Axis::Parent : steps_[count_ - 1].axis;
-  if (axis == Axis::Parent && last != Axis::Parent) meetsOnce_ = false;
-  if (axis == Axis::Descendant && goesDeep_) meetsOnce_ = false;
-  if (goesDeep_ && axis != Axis::Attribute) inOrder_ = false;
-  inOrder_ = inOrder_ && meetsOnce_;
-  goesDeep_ = goesDeep_ || axis == Axis::Descendant;
-  bool isFull = step.GetForm() == XPathStepNode::Form::Full;
-  steps_[count_++] = {axis, isFull ? &step.Test() : nullptr};
+  Judge(added);
+  steps_[count_++] = added;
   return true;
+}
+
+// What the step does to the properties of the walk.
+void XPathQuickPath::Judge(const Step& step) {
+  bool isReverse = false;
+  switch (step.axis) {
+    case Axis::Self:
+    case Axis::Attribute:
+      break;
+    case Axis::Parent:
+    case Axis::FollowingSibling:
+      meetsOnce_ = meetsOnce_ && atMostOne_;  // several nodes may lead to the same ones
+      break;
+    case Axis::Child:
+      inOrder_ = inOrder_ && !mayNest_;
+      break;
+    case Axis::Descendant:
+      meetsOnce_ = meetsOnce_ && !mayNest_;
+      break;
+    default:
+      isReverse = true;
+      meetsOnce_ = meetsOnce_ && atMostOne_;
+  }
+  bool isSingle = step.onlyIndex != 0 || step.axis == Axis::Self || step.axis == Axis::Parent;
+  bool sortsResult =
+      step.axis == Axis::PrecedingSibling || step.axis == Axis::AncestorOrSelf;
+  needsStamps_ = needsStamps_ || (step.onlyIndex != 0 && sortsResult);
+  reordersUnstamped_ = reordersUnstamped_ || step.onlyIndex != 0;
+  mayNest_ = mayNest_ || (!isSingle && (step.axis == Axis::Descendant ||
+                                        step.axis == Axis::Ancestor ||
+                                        step.axis == Axis::AncestorOrSelf));
+  inOrder_ = inOrder_ && meetsOnce_ && !(isReverse && !(isSingle && atMostOne_));
+  atMostOne_ = atMostOne_ && isSingle;
 }
 
 class XPathQuickPath::Walk {
  public:
   Walk(const XPathQuickPath& path, const XPathContext& context, NodeVisitor& visitor)
-      : path_(path), visitor_(visitor) {
-    for (int i = 0; i < path.count_; ++i) {
-      tests_[i].kind = StepTest::Content;
-      if (path.steps_[i].test == nullptr) continue;
-      path.steps_[i].test->Resolve(path.steps_[i].axis, context, tests_[i]);
-    }
-  }
+      : path_(path), bindings_(context.evaluation->bindings), visitor_(visitor) {}
 
-  // Recurs once for each step.
+  // The nodes of the steps from `index` on. Recurs once for each step.
   bool From(XPathNode* node, int index) {
     if (index == path_.count_) return visitor_.Visit(*node);
-    const StepTest& test = tests_[index];
+    Position at{index, 0};
     switch (path_.steps_[index].axis) {
-      case Axis::Parent: {
-        XPathNode* parent = node->parent;
-        if (parent == nullptr || IsDeclaration(*parent) || !test.Matches(*parent)) return true;
-        return From(parent, index + 1);
-      }
+      case Axis::Self:
+        return Take(node, at) != Flow::Stop;
+      case Axis::Parent:
+        return node->parent == nullptr || TakeAncestor(node->parent, at) != Flow::Stop;
+      case Axis::AncestorOrSelf:
+        return Ancestors(node, at);
+      case Axis::Ancestor:
+        return Ancestors(node->parent, at);
       case Axis::Attribute:
-        if (node->kind != XPathNodeKind::Element) return true;
-        for (XPathNode* at = node->firstChild; at && IsInStartTag(*at); at = at->next) {
-          if (at->kind == XPathNodeKind::Attribute && test.Matches(*at) && !From(at, index + 1)) {
-            return false;
-          }
-        }
-        return true;
+        return node->kind != XPathNodeKind::Element || Attributes(node, at);
       case Axis::Child:
-        for (XPathNode* at = node->firstChild; at != nullptr; at = at->next) {
-          if (IsContentNode(*at) && test.Matches(*at) && !From(at, index + 1)) return false;
-        }
-        return true;
+        return Children(node, at);
+      case Axis::Descendant:
+        return Descendants(node, at);
       default:
-        return Descendants(node, index);
+        return Siblings(node, at);
     }
   }
 
  private:
-  static bool IsInStartTag(const XPathNode& node) {
-    return node.kind == XPathNodeKind::Attribute || node.kind == XPathNodeKind::Namespace;
+  enum class Flow { GoOn, StepIsDone, Stop };
+  struct Position {
+    int step;
+    std::int32_t met;  // nodes of the step that passed its test
+  };
+
+  // A node on the axis of the step: goes on from it if it passes.
+  Flow Take(XPathNode* node, Position& at) {
+    const Step& step = path_.steps_[at.step];
+    if (!Matches(step, *node)) return Flow::GoOn;
+    std::int32_t onlyIndex = step.onlyIndex;
+    if (onlyIndex != 0 && ++at.met != onlyIndex) return Flow::GoOn;
+    if (!From(node, at.step + 1)) return Flow::Stop;
+    return onlyIndex != 0 ? Flow::StepIsDone : Flow::GoOn;
+  }
+  bool Matches(const Step& step, const XPathNode& node) const {
+    if (step.prefixNumber < 0) return step.test.Matches(node);
+    StepTest test = step.test;
+    test.SetUri(bindings_->entries[static_cast<std::size_t>(step.prefixNumber)].uri);
+    return test.Matches(node);
+  }
+  Flow TakeAncestor(XPathNode* node, Position& at) {
+    return IsDeclaration(*node) ? Flow::GoOn : Take(node, at);
   }
 
-  bool Descendants(XPathNode* top, int index) {
-    XPathNode* at = top->firstChild;
-    while (at != nullptr) {
-      if (IsContentNode(*at) && tests_[index].Matches(*at) && !From(at, index + 1)) return false;
-      bool goesBelow = at->firstChild != nullptr && !IsDeclarationKind(*at);
-      at = goesBelow ? at->firstChild : at->NextSkippingChildren(top);
+  bool Ancestors(XPathNode* node, Position& at) {
+    Flow flow = Flow::GoOn;
+    for (; node != nullptr && flow == Flow::GoOn; node = node->parent) flow = TakeAncestor(node, at);
+    return flow != Flow::Stop;
+  }
+
+  bool Attributes(XPathNode* top, Position& at) {
+    Flow flow = Flow::GoOn;
+    for (XPathNode* node = top->firstChild; node && flow == Flow::GoOn; node = node->next) {
+      if (node->kind == XPathNodeKind::Attribute) {
+        flow = Take(node, at);
+      } else if (node->kind != XPathNodeKind::Namespace) {
+        break;  // they stand in front
+      }
     }
-    return true;
+    return flow != Flow::Stop;
+  }
+
+  bool Children(XPathNode* top, Position& at) {
+    if (IsDeclarationKind(*top)) return true;
+    Flow flow = Flow::GoOn;
+    for (XPathNode* node = top->firstChild; node && flow == Flow::GoOn; node = node->next) {
+      if (!IsDeclarationKind(*node) && !IsElementAttribute(*node)) flow = Take(node, at);
+    }
+    return flow != Flow::Stop;
+  }
+
+  bool Siblings(XPathNode* start, Position& at) {
+    if (start->kind == XPathNodeKind::Root || start->kind == XPathNodeKind::Attribute ||
+        IsDeclarationKind(*start)) {
+      return true;
+    }
+    bool forward = path_.steps_[at.step].axis == Axis::FollowingSibling;
+    XPathNode* node = forward ? start->next : start->previous;
+    Flow flow = Flow::GoOn;
+    for (; node && flow == Flow::GoOn; node = forward ? node->next : node->previous) {
+      if (!IsDeclaration(*node)) flow = Take(node, at);
+    }
+    return flow != Flow::Stop;
+  }
+
+  bool Descendants(XPathNode* top, Position& at) {
+    Flow flow = Flow::GoOn;
+    XPathNode* node = IsDeclarationKind(*top) ? nullptr : top->firstChild;
+    while (node != nullptr && flow == Flow::GoOn) {
+      if (!IsDeclarationKind(*node) && !IsElementAttribute(*node)) flow = Take(node, at);
+      bool goesBelow = node->firstChild != nullptr && !IsDeclarationKind(*node);
+      node = goesBelow ? node->firstChild : node->NextSkippingChildren(top);
+    }
+    return flow != Flow::Stop;
   }
 
   const XPathQuickPath& path_;
+  const XPathParseTree::Bindings* bindings_;
   NodeVisitor& visitor_;
-  StepTest tests_[kMostSteps];
 };
 
 bool XPathQuickPath::Visit(const XPathContext& context, XPathNode* start,

@@ -52,6 +52,10 @@ void XPathStepNode::Prepare(XPathParseTree& tree) {
   }
 }
 
+std::int32_t XPathStepNode::OnlyIndex() const {
+  return predicateCount_ == 1 ? predicates_[0]->OnlyIndex() : 0;
+}
+
 bool XPathStepNode::Evaluate(XPathContext& context) const {
   if (form_ == Form::Self) return true;
   if (form_ == Form::Parent) {
@@ -79,7 +83,7 @@ bool XPathStepNode::EvaluateBelow(XPathContext& context) const {
     if (predicateCount_ == 0 && input.size() == 1) {
       StepTest test;
       if (!test_->Resolve(axis_, context, test)) return false;
-      RunChildrenBelow(test, input.front(), context.Output().nodes);
+      RunChildrenBelow(test, input.front(), context.OutputNodes());
       context.Swap();
       return true;
     }
@@ -104,14 +108,14 @@ bool XPathStepNode::CanFilterTogether(const XPathContext& context) const {
 
 bool XPathStepNode::EvaluateTogether(XPathContext& context, Axis axis) const {
   const XPathNodeList& input = context.Input().nodes;
-  XPathNodeList& output = context.Output().nodes;
+  XPathNodeList& output = context.OutputNodes();
   if (!input.empty()) {
     StepTest test;
     if (!test_->Resolve(axis_, context, test)) return false;
     if (!AxisIsAllowed(axis_, context, *test_)) return false;
     RunQuickAxis(axis, test, input.data(), input.size(), output);
-    XPathNodeList scratch;
-    if (!output.empty() && !FilterOne(context, 0, output, scratch)) return false;
+    NodeSetLease scratch(context);
+    if (!output.empty() && !FilterOne(context, 0, output, scratch.value.nodes)) return false;
   }
   if (context.Swap()) context.SortInput();
   return true;
@@ -139,7 +143,7 @@ bool XPathStepNode::EvaluatePlain(XPathContext& context) const {
 
 bool XPathStepNode::EvaluateForEach(XPathContext& context) const {
   const XPathNodeList& input = context.Input().nodes;
-  XPathNodeList& output = context.Output().nodes;
+  XPathNodeList& output = context.OutputNodes();
   bool skipsAxis = test_->IsSkipped(axis_);
   StepTest test;
   if (!input.empty() && !skipsAxis) {
@@ -150,8 +154,9 @@ bool XPathStepNode::EvaluateForEach(XPathContext& context) const {
   if (std::int32_t index = predicates_[0]->OnlyIndex(); index != 0 && !skipsAxis) {
     limit = static_cast<std::size_t>(index);
   }
-  XPathNodeList found;
-  XPathNodeList scratch;
+  NodeSetLease foundLease(context);
+  NodeSetLease scratchLease(context);
+  XPathNodeList& found = foundLease.value.nodes;
   for (const XPathNodeRef& node : input) {
     found.clear();
     // Without an axis run the size is still that of the input as a whole.
@@ -163,7 +168,7 @@ bool XPathStepNode::EvaluateForEach(XPathContext& context) const {
       size = static_cast<std::int32_t>(found.size());
     }
     if (found.empty()) continue;
-    if (!FilterOne(context, size, found, scratch)) return false;
+    if (!FilterOne(context, size, found, scratchLease.value.nodes)) return false;
     output.insert(output.end(), found.begin(), found.end());
   }
   bool canMeetTwice = axis_ != Axis::Child && axis_ != Axis::Attribute && axis_ != Axis::Self &&
@@ -217,7 +222,7 @@ bool XPathPredicateNode::Evaluate(XPathContext& context) const {
     return context.Fail(XPathError::NotANodeSet, *this);
   }
   if (context.IsPlain()) return EvaluatePlain(context);
-  if (!Filter(context, context.inputSize, context.Input().nodes, context.Output().nodes)) {
+  if (!Filter(context, context.inputSize, context.Input().nodes, context.OutputNodes())) {
     return false;
   }
   context.Swap();
@@ -259,7 +264,8 @@ bool XPathPredicateNode::Filter(const XPathContext& context, std::int32_t size,
   inner.inPredicate = true;
   inner.size = size;
   inner.inputSize = size;
-  XPathValue single;
+  NodeSetLease lease(context);
+  XPathValue& single = lease.value;
   single.nodes.resize(1);
   inner.BorrowInput(single);
   std::int32_t index = 0;

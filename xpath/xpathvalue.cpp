@@ -1,37 +1,14 @@
 #include "xpath/xpathvalue.h"
 
 #include <bit>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <iterator>
 
 #include "tqcore/tqtext.h"
 #include "xpathnodeset.h"
 
 namespace kelmora {
-
-XPathNodeRef::Kind XPathNodeRef::KindOf(const XPathNode* node) {
-  if (node == nullptr) return NoNode;
-  switch (node->kind) {
-    case XPathNodeKind::Root:
-      return Root;
-    case XPathNodeKind::Element:
-      return Element;
-    case XPathNodeKind::Text:
-    case XPathNodeKind::CData:
-      return Text;
-    case XPathNodeKind::Attribute:
-      return Attribute;
-    case XPathNodeKind::Namespace:
-      return Namespace;
-    case XPathNodeKind::PI:
-      return PI;
-    case XPathNodeKind::Comment:
-      return Comment;
-    default:
-      return Declaration;
-  }
-}
 
 void XPathValue::SetBoolean(bool value) {
   Clear();
@@ -183,8 +160,9 @@ TQString NumberToText(double number) {
   double digits = std::log10(kExactIntegers) - std::log10(std::fabs(number));
   int places = digits > 0 ? static_cast<int>(digits) : 0;
   char buffer[kMostUnits];
-  int length = std::snprintf(buffer, sizeof(buffer), "%.*f", places, number);
-  std::size_t end = static_cast<std::size_t>(length);
+  auto written = std::to_chars(buffer, buffer + sizeof(buffer), number, std::chars_format::fixed,
+                               places);
+  std::size_t end = static_cast<std::size_t>(written.ptr - buffer);
   if (places > 0) {
     while (buffer[end - 1] == '0') --end;
     while (buffer[end - 1] == '.') --end;

@@ -225,6 +225,36 @@ TEST(XPathParser, LongChainsAreLinear) {
   EXPECT_EQ(EvaluateText(Repeat("p:", kLong)), "fails");
 }
 
+// A key whose index asks for the key.
+class CircularKeys : public XPathKeys {
+ public:
+  bool HasKey(std::u16string_view) const override { return true; }
+  const XPathNodeList* Lookup(std::u16string_view, XPathNode* root, std::u16string_view) override {
+    ++lookups;
+    XPathExpression inner;
+    inner.SetExpression(&map, u"key('k', 'x')", kNoPattern);
+    EXPECT_TRUE(inner.Parse(true, kExprGrammar));
+    inner.SetXsltFunctions(true);
+    inner.SetKeyTable(this);
+    XPathValue value;
+    if (!inner.Evaluate(root, root, value)) error = inner.ErrorCode();
+    return nullptr;
+  }
+  PrefixMap map;
+  XPathError error = XPathError::None;
+  int lookups = 0;
+};
+
+TEST(XPathExpression, CircularEvaluationsEnd) {
+  XPathTreeBuilder builder;
+  TestTree tree(builder, "<a/>");
+  CircularKeys keys;
+  keys.Lookup(u"k", tree.Root(), u"x");
+  EXPECT_EQ(keys.error, XPathError::KeyFunctionInKey);
+  EXPECT_GT(keys.lookups, 100);
+  EXPECT_LT(keys.lookups, 1000);
+}
+
 // A host function may use the object, and the very tree, that is being evaluated.
 class ReenteringExpression : public XPathExpression {
  public:

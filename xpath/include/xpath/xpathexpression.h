@@ -6,11 +6,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <vector>
 
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
 #include "xpath/decimalformat.h"
+#include "xpath/sharedhandle.h"
 #include "xpath/xpathvalue.h"
 
 namespace kelmora {
@@ -19,7 +20,7 @@ class XPathParseTree;
 
 // Shares one parse tree. Trees are immutable after the parse, so one tree may be evaluated anew
 // while it is being evaluated.
-using XPathParseNodeRef = std::shared_ptr<const XPathParseTree>;
+using XPathParseNodeRef = SharedHandle<const XPathParseTree>;
 
 enum class XPathError : std::int32_t {
   None = 0,
@@ -155,7 +156,7 @@ class XPathExpression {
   bool xsltFunctions_ = false;
   bool plainEvaluation_ = false;
   XPathPatternKind patternKind_ = kNoPattern;
-  XPathValue spareInput_;  // its memory serves the next evaluation
+  std::vector<XPathNodeList> spareLists_;  // their memory serves the next evaluation
 };
 
 // Names, as the scanner sees them.

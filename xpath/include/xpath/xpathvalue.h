@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "tqcore/tqstring.h"
@@ -32,7 +33,12 @@ struct XPathNodeRef {
   explicit XPathNodeRef(XPathNode* refersTo, std::int32_t at = 0)
       : node(refersTo), kind(KindOf(refersTo)), position(at) {}
   XPathNodeRef Parent() const { return XPathNodeRef(node ? node->parent : nullptr); }
-  static Kind KindOf(const XPathNode* node);
+  static Kind KindOf(const XPathNode* node) {
+    if (node == nullptr) return NoNode;
+    constexpr Kind kKinds[] = {Root, Element, Text, Attribute, Namespace, PI, Text, Comment};
+    std::size_t kind = static_cast<std::size_t>(node->kind);
+    return kind < std::size(kKinds) ? kKinds[kind] : Declaration;
+  }
 };
 
 using XPathNodeList = std::vector<XPathNodeRef>;
