@@ -115,15 +115,14 @@ TQString XSLTProcessorBase::ExpandAttributeValue(XPathNode* attribute,
   const std::u16string_view text = attribute->GetValue();
   if (!HasBraces(text)) return text;
   TQString result;
-  XPathValue value;
+  TQString scratch;
   for (const TemplatePart& part : attributeTemplates_->Find(attribute)) {
     switch (part.kind) {
       case TemplatePart::Literal:
         result += part.literal;
         break;
       case TemplatePart::Expression:
-        EvaluateExpression(part.expression, frame, value);
-        result += ToString(value);
+        result += EvaluateToText(part.expression, frame, scratch);
         break;
       case TemplatePart::Fault:
         throw TQXSLTError(XsltCode::BadAttributeTemplate, attribute);

@@ -18,11 +18,12 @@ class UnitCollation final : public Collation {
  public:
   void AppendKey(std::u16string_view text, bool ignoreCase,
                  std::vector<std::uint8_t>& key) const override {
-    key.reserve(key.size() + 2 * text.size());
+    std::size_t at = key.size();
+    key.resize(at + 2 * text.size());  // grows geometrically; reserve wouldn't
     for (const char16_t written : text) {
       const char16_t unit = ignoreCase ? LowerCase(written) : written;
-      key.push_back(static_cast<std::uint8_t>(unit >> 8));
-      key.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+      key[at++] = static_cast<std::uint8_t>(unit >> 8);
+      key[at++] = static_cast<std::uint8_t>(unit & 0xFF);
     }
   }
 };

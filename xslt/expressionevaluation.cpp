@@ -1,8 +1,6 @@
 // How expressions of the stylesheet are evaluated. A text is parsed once; each evaluation lends the
-// tree to an evaluator, together with what it may see: the context, the variables of a frame, the
-// key tables and the decimal formats. The one trap is re-entry: key() makes an index by evaluating
-// the expressions of xsl:key while the expression that called it runs, so such an evaluation gets
-// an evaluator of its own.
+// tree to the evaluator, together with what it may see: the context, the variables of a frame, the
+// key tables and the decimal formats.
 
 #include "elementdispatcher.h"
 #include "instruction.h"
@@ -64,50 +62,14 @@ struct XSLTProcessorBase::Evaluation {
   std::int32_t position;  // -1: the whole list is the input
 };
 
-namespace {
-
-// Machine stack, in bytes, that evaluations inside of one another may use before the innermost one
-// starts: keys whose use expressions ask for the next key nest as deep as there are keys.
-constexpr std::uintptr_t kNestedStack = std::uintptr_t{1} << 20;
-
-// Marks that an evaluation runs, and where on the machine stack the outermost one began.
-class EvaluationScope {
- public:
-  explicit EvaluationScope(std::uintptr_t& base) : base_(base), isOutermost_(base == 0) {
-    if (isOutermost_) base_ = Here();
-  }
-  ~EvaluationScope() {
-    if (isOutermost_) base_ = 0;
-  }
-  EvaluationScope(const EvaluationScope&) = delete;
-  EvaluationScope& operator=(const EvaluationScope&) = delete;
-
-  bool IsOutermost() const { return isOutermost_; }
-  bool IsTooDeep() const { return base_ - Here() > kNestedStack && Here() < base_; }
-
- private:
-  static std::uintptr_t Here() {
-    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  }
-
-  std::uintptr_t& base_;
-  bool isOutermost_;
-};
-
-}  // namespace
-
-void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, XPathValue& value) {
-  const EvaluationScope scope(evaluationBase_);
-  if (scope.IsTooDeep()) {
-    throw TQXSLTError(XsltCode::UnexpectedFailure, evaluation.scopeNode);
-  }
-  std::unique_ptr<XPathEvaluator> nested;
-  if (!scope.IsOutermost()) nested = std::make_unique<XPathEvaluator>(this);
-  XPathEvaluator& evaluator = nested != nullptr ? *nested : *Evaluator;
-
+// Sets the evaluator up, lets `evaluate` run it, and raises when that gives false. The evaluator may
+// be set up anew while it runs: key() makes an index by evaluating the expressions of xsl:key.
+template <class Evaluate>
+void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, Evaluate evaluate) {
   const FrameVariables variables(*this, evaluation.frame);
   ProcessorKeys keys(this);
   static const TQString noText;  // the tree is lent, so the text is not needed
+  XPathEvaluator& evaluator = *Evaluator;
   evaluator.SetExpression(&evaluation.scopeNode->AttributeScopeMap(), noText,
                           evaluation.parsed.kind);
   evaluator.UseTree(evaluation.parsed.tree, kExprGrammar);
@@ -118,21 +80,20 @@ void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, XPathValue& 
   evaluator.SetStylesheetRoot(TreeOf(evaluation.scopeNode));
 
   const XPathNodeList& list = evaluation.list;
-  const auto size = static_cast<std::int32_t>(list.size());
-  bool succeeded = false;
+  XPathRequest request;
   if (evaluation.position == -1) {
-    XPathNode* first = list.empty() ? nullptr : list.front().node;
-    evaluator.SetCurrent(first);
-    succeeded = evaluator.Evaluate(first, first, value, &list);
+    request.contextNode = list.empty() ? nullptr : list.front().node;
+    request.inputNodes = &list;
   } else {
-    const bool isInside = evaluation.position >= 1 && evaluation.position <= size;
-    XPathNode* context =
-        isInside ? list[static_cast<std::size_t>(evaluation.position) - 1].node : nullptr;
-    evaluator.SetCurrent(context);
-    succeeded =
-        evaluator.Evaluate(context, context, value, nullptr, evaluation.position, size);
+    request.position = evaluation.position;
+    request.size = static_cast<std::int32_t>(list.size());
+    if (request.position >= 1 && request.position <= request.size) {
+      request.contextNode = list[static_cast<std::size_t>(request.position) - 1].node;
+    }
   }
-  if (succeeded) return;
+  request.documentNode = request.contextNode;
+  evaluator.SetCurrent(request.contextNode);
+  if (evaluate(evaluator, request)) return;
   throw TQXSLTError(XsltCode::XPathFailed, evaluation.scopeNode)
       .SetXPathError(static_cast<std::int32_t>(evaluator.ErrorCode()), evaluator.ErrorFunction());
 }
@@ -156,20 +117,63 @@ XPathNode* ScopeNodeOf(const TemplateFrame& frame) {
   return node;
 }
 
+auto ToValue(XPathValue& value) {
+  return [&value](XPathEvaluator& evaluator, const XPathRequest& request) {
+    return evaluator.Evaluate(request.documentNode, request.contextNode, value,
+                              request.inputNodes, request.position, request.size);
+  };
+}
+
 }  // namespace
+
+XSLTProcessorBase::Evaluation XSLTProcessorBase::InFrame(const ExpressionText& expression,
+                                                         const TemplateFrame& frame) {
+  XPathNode* scopeNode = ScopeNodeOf(frame);
+  const ParsedExpression& parsed = Parse(expression, kNoPattern, scopeNode);
+  return {parsed, scopeNode, frame, *frame.NodeList, frame.Position};
+}
 
 void XSLTProcessorBase::EvaluateExpression(const ExpressionText& expression,
                                            const TemplateFrame& frame, XPathValue& value) {
-  XPathNode* scopeNode = ScopeNodeOf(frame);
-  const ParsedExpression& parsed = Parse(expression, kNoPattern, scopeNode);
-  RunEvaluation({parsed, scopeNode, frame, *frame.NodeList, frame.Position}, value);
+  RunEvaluation(InFrame(expression, frame), ToValue(value));
+}
+
+bool XSLTProcessorBase::EvaluateToBoolean(const ExpressionText& expression,
+                                          const TemplateFrame& frame) {
+  bool result = false;
+  RunEvaluation(InFrame(expression, frame),
+                [&result](XPathEvaluator& evaluator, const XPathRequest& request) {
+                  return evaluator.EvaluateToBoolean(request, result);
+                });
+  return result;
+}
+
+double XSLTProcessorBase::EvaluateToNumber(const ExpressionText& expression,
+                                           const TemplateFrame& frame) {
+  double result = 0;
+  RunEvaluation(InFrame(expression, frame),
+                [&result](XPathEvaluator& evaluator, const XPathRequest& request) {
+                  return evaluator.EvaluateToNumber(request, result);
+                });
+  return result;
+}
+
+std::u16string_view XSLTProcessorBase::EvaluateToText(const ExpressionText& expression,
+                                                      const TemplateFrame& frame,
+                                                      TQString& scratch) {
+  std::u16string_view result;
+  RunEvaluation(InFrame(expression, frame),
+                [&](XPathEvaluator& evaluator, const XPathRequest& request) {
+                  return evaluator.EvaluateToText(request, scratch, result);
+                });
+  return result;
 }
 
 void XSLTProcessorBase::EvaluateOn(const ExpressionText& expression, XPathNode* namespaceNode,
                                    const XPathNodeList& list, std::int32_t position,
                                    XPathPatternKind patternKind, XPathValue& value) {
   const ParsedExpression& parsed = Parse(expression, patternKind, namespaceNode);
-  RunEvaluation({parsed, namespaceNode, TopFrame(), list, position}, value);
+  RunEvaluation({parsed, namespaceNode, TopFrame(), list, position}, ToValue(value));
 }
 
 const XPathNodeList& XSLTProcessorBase::Universe(XPathNode* contextNode) {

@@ -39,12 +39,16 @@ bool MatchSet::Contains(const XPathNode* node) const {
 }
 
 const MatchSet* MatchSets::Find(DocumentKey document) const {
+  if (last_ != nullptr && lastDocument_ == document) return last_;
   const auto found = sets_.find(document);
-  return found == sets_.end() ? nullptr : &found->second;
+  if (found == sets_.end()) return nullptr;
+  lastDocument_ = document;
+  last_ = &found->second;
+  return last_;
 }
 
 const MatchSet& MatchSets::Add(DocumentKey document, const XPathNodeList& nodes) {
-  return sets_.insert_or_assign(document, MatchSet(nodes)).first->second;
+  return sets_.emplace(document, nodes).first->second;
 }
 
 }  // namespace kelmora

@@ -34,6 +34,8 @@ class MatchSets {
 
  private:
   std::unordered_map<DocumentKey, MatchSet> sets_;
+  mutable DocumentKey lastDocument_ = 0;  // selections come in runs over one document
+  mutable const MatchSet* last_ = nullptr;
 };
 
 }  // namespace kelmora

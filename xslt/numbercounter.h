@@ -96,20 +96,21 @@ class NumberCounts {
   };
   // A count or from that can be tested on one node.
   struct Test {
-    std::vector<SimplePattern> alternatives;  // empty: it can't be tested so
-    bool isSingleStep = true;                 // all of them
-    bool isName = false;                      // one alternative, a name
+    bool isName = false;  // the test of one name
     Name name{};
+    std::vector<SimplePattern> alternatives;  // of a parsed text; empty: it can't be tested so
+    bool isSingleStep = true;                 // all of them
     std::unordered_map<const XPathNode*, Ordered> children;   // by parent
     std::unordered_map<std::int32_t, Ordered> trees;          // by document number
     std::unordered_map<const XPathNode*, XPathNode*> climbs;  // node to the target above it
 
-    bool IsSimple() const { return !alternatives.empty(); }
+    bool IsSimple() const { return isName || !alternatives.empty(); }
     bool Matches(const XPathNode* node) const;
   };
   enum class Climb { Found, None, Declined };
 
   Test* Find(const NumberQuery& query, const ExpressionText& text);
+  std::unique_ptr<Test> MakeNameTest(const NumberQuery& query, std::u16string_view text);
   std::unique_ptr<Test> MakeTest(const NumberQuery& query, const ExpressionText& text);
   // The two tests of a query; false when one can't be used for the level.
   bool FindTests(const NumberQuery& query, bool byChain, Test*& count, Test*& from);
@@ -126,8 +127,19 @@ class NumberCounts {
   std::unordered_map<const XPathNode*, NameIndex> childNames_;  // by parent
   std::unordered_map<std::int32_t, NameIndex> treeNames_;       // by document number
 
+  // The number that a target got last, so that the next sibling needs to look no further back.
+  struct Last {
+    const Test* count = nullptr;
+    const XPathNode* target = nullptr;
+    std::int32_t number = 0;
+  };
+  Last& LastOf(const Test& count, const XPathNode* parent);
+  std::vector<Last> lasts_;  // by test and parent; a later pair takes the place of an earlier one
+
   static constexpr std::size_t kKeptFormats = 64;
-  std::map<std::pair<TQString, NumberGrouping>, NumberFormat> formats_;
+  using FormatMap = std::map<std::pair<TQString, NumberGrouping>, NumberFormat>;
+  FormatMap formats_;
+  FormatMap::iterator lastFormat_ = formats_.end();
 };
 
 }  // namespace kelmora

@@ -7,6 +7,7 @@
 
 #include "numbercounter.h"
 #include "parsedexpression.h"
+#include "tqcore/tqtext.h"
 #include "xslt/xsltprocessor.h"
 
 namespace kelmora {
@@ -32,6 +33,17 @@ bool PutInOrder(std::vector<std::int32_t>& numbers) {
   return numbers.empty() || numbers.front() > 0;
 }
 
+bool IsPlainName(std::u16string_view name) {
+  const auto isLetter = [](char16_t unit) {
+    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || unit == u'_';
+  };
+  const auto isInner = [isLetter](char16_t unit) {
+    return isLetter(unit) || (unit >= u'0' && unit <= u'9') || unit == u'-';
+  };
+  return !name.empty() && isLetter(name.front()) && std::ranges::all_of(name, isInner) &&
+         !name.starts_with(u"NaN");
+}
+
 std::int32_t CountUpTo(const std::vector<std::int32_t>& numbers, std::int32_t number) {
   return static_cast<std::int32_t>(std::ranges::upper_bound(numbers, number) - numbers.begin());
 }
@@ -48,18 +60,28 @@ std::size_t NumberCounts::NameHash::operator()(const Name& name) const {
 }
 
 bool NumberCounts::Test::Matches(const XPathNode* node) const {
+  if (isName) {
+    const auto kind = name.isAttribute ? XPathNodeKind::Attribute : XPathNodeKind::Element;
+    return node->kind == kind && node->namespaceURI == name.uri && node->parent != nullptr &&
+           node->GetLocalName() == name.localName;
+  }
   return std::ranges::any_of(
       alternatives, [node](const SimplePattern& pattern) { return pattern.Matches(node); });
 }
 
 NumberFormat& NumberCounts::FormatOf(const TQString& format, const NumberGrouping& grouping) {
-  const auto found = formats_.find({format, grouping});
-  if (found != formats_.end()) return found->second;
+  if (lastFormat_ != formats_.end() && lastFormat_->first.first == format &&
+      lastFormat_->first.second == grouping) {
+    return lastFormat_->second;
+  }
+  lastFormat_ = formats_.find({format, grouping});
+  if (lastFormat_ != formats_.end()) return lastFormat_->second;
   if (formats_.size() == kKeptFormats) formats_.clear();  // they come from computed texts
-  return formats_
-      .emplace(std::piecewise_construct, std::forward_as_tuple(format, grouping),
-               std::forward_as_tuple(format.View(), grouping))
-      .first->second;
+  lastFormat_ = formats_
+                    .emplace(std::piecewise_construct, std::forward_as_tuple(format, grouping),
+                             std::forward_as_tuple(format.View(), grouping))
+                    .first;
+  return lastFormat_->second;
 }
 
 // ---------------------------------------------------------------------------------------- tests
@@ -69,10 +91,30 @@ NumberCounts::Test* NumberCounts::Find(const NumberQuery& query, const Expressio
   const void* owner = isDefault ? static_cast<const void*>(&query.record) : &text;
   auto& ofOwner = tests_[owner];
   auto found = ofOwner.find(text.Text.View());
-  if (found == ofOwner.end()) {
-    found = ofOwner.emplace(text.Text, MakeTest(query, text)).first;
-  }
+  if (found != ofOwner.end()) return found->second.get();
+  found = ofOwner.try_emplace(text.Text).first;
+  if (isDefault) found->second = MakeNameTest(query, found->first);
+  if (found->second == nullptr) found->second = MakeTest(query, text);
   return found->second.get();
+}
+
+// A document may have very many names, and each default count is one of them; so the usual ones are
+// not parsed. Null for others: `text` must be a name or "@" and a name that no grammar can take for
+// anything else, with a prefix that is bound. It lives as long as the test.
+std::unique_ptr<NumberCounts::Test> NumberCounts::MakeNameTest(const NumberQuery& query,
+                                                               std::u16string_view text) {
+  const bool isAttribute = text.starts_with(u'@');
+  if (isAttribute) text.remove_prefix(1);
+  const std::u16string_view prefix = PrefixOf(text);
+  const bool hasPrefix = prefix.size() < text.size() && text[prefix.size()] == u':';
+  const std::u16string_view local = LocalPartOf(text);
+  if (!IsPlainName(local) || (hasPrefix && !IsPlainName(prefix))) return nullptr;
+  const InternedURI uri = hasPrefix ? query.element->AttributeScopeMap().Lookup(prefix) : nullptr;
+  if (hasPrefix && uri == nullptr) return nullptr;
+  auto test = std::make_unique<Test>();
+  test->isName = true;
+  test->name = {local, uri, isAttribute};
+  return test;
 }
 
 std::unique_ptr<NumberCounts::Test> NumberCounts::MakeTest(const NumberQuery& query,
@@ -188,18 +230,35 @@ bool NumberCounts::CountMultiple(const NumberQuery& query, XPathNode* node,
 // 1 and the preceding elements among the siblings that count.
 std::int32_t NumberCounts::CountSiblings(Test& count, XPathNode* target) {
   if (target->parent == nullptr || target->kind == XPathNodeKind::Attribute) return 1;
+  Last& last = LastOf(count, target->parent);
+  const bool isKnown = last.count == &count && last.target->parent == target->parent;
+  if (isKnown && last.target == target) return last.number;
   std::int32_t number = 1;
   int walked = 0;
   for (const XPathNode* sibling = target->previous; sibling != nullptr;
        sibling = sibling->previous) {
+    if (isKnown && sibling == last.target) {
+      number += last.number - (sibling->kind == XPathNodeKind::Element ? 0 : 1);
+      break;
+    }
     if (walked++ == kWalkedSiblings) {
       if (const OrderNumbers* numbers = ChildrenOf(count, target->parent)) {
-        return 1 + CountUpTo(*numbers, target->orderNumber - 1);
+        number = 1 + CountUpTo(*numbers, target->orderNumber - 1);
+        break;
       }
     }
     if (sibling->kind == XPathNodeKind::Element && count.Matches(sibling)) ++number;
   }
+  last = {&count, target, number};
   return number;
+}
+
+NumberCounts::Last& NumberCounts::LastOf(const Test& count, const XPathNode* parent) {
+  constexpr std::size_t kSize = 512;  // a power of two
+  if (lasts_.empty()) lasts_.resize(kSize);
+  const std::size_t hash =
+      std::hash<const void*>()(parent) / sizeof(XPathNode) + std::hash<const void*>()(&count) / 64;
+  return lasts_[hash & (kSize - 1)];
 }
 
 // Order numbers of the element children that count; null when they are not in order.

@@ -28,6 +28,28 @@ DecimalFormat PictureFormat(const NumberGrouping& grouping) {
   return format;
 }
 
+// Nothing but whole digits between two texts.
+bool IsPlain(const SubPattern& picture) {
+  return !picture.percentBefore && !picture.percentAfter && !picture.isPercent &&
+         !picture.isPerMille && !picture.hasGrouping && picture.requiredFractionDigits == 0;
+}
+
+// What the formatter makes of a plain picture, without the detour by a double.
+void AppendPlain(TQString& result, const SubPattern& picture, std::int32_t number) {
+  constexpr int kMostDigits = 10;  // of 32 bits
+  char16_t digits[kMostDigits];
+  int at = kMostDigits;
+  for (; number > 0 || at == kMostDigits; number /= 10) {
+    digits[--at] = static_cast<char16_t>(u'0' + number % 10);
+  }
+  result += picture.prefix;
+  for (int count = kMostDigits - at; count < picture.requiredIntegerDigits; ++count) {
+    result += u'0';
+  }
+  result += std::u16string_view(digits + at, static_cast<std::size_t>(kMostDigits - at));
+  result += picture.suffix;
+}
+
 // One token off the front of `text`.
 FormatToken TakeToken(std::u16string_view& text) {
   FormatToken token;
@@ -124,7 +146,11 @@ void NumberFormat::AppendNumber(TQString& result, Token& token, std::int32_t num
   const NumberPattern& pattern = *token.pattern;
   switch (token.format.Kind) {
     case FormatToken::Decimal:
-      result += pattern.FormatNumber(number);
+      if (number >= 0 && IsPlain(pattern.Positive())) {
+        AppendPlain(result, pattern.Positive(), number);
+      } else {
+        result += pattern.FormatNumber(number);
+      }
       return;
     case FormatToken::Alphabetic:
       result += pattern.Positive().prefix;

@@ -23,8 +23,8 @@ XPathNode* ResultInstruction::CopyResultNode(XPathNode& node, bool makeCurrent, 
     case XPathNodeKind::Element:
       copy->ShareScope(*OutputNode);
       Processor->Scopes->ProcessScope(
-          *copy, {node.ScopeMap(), literal, keepsXslt, PrefixText, frame.ExcludedURIs,
-                  frame.ExtensionURIs, Processor->NamespaceAliases});
+          *copy, {node, literal, keepsXslt, PrefixText, frame.ExcludedURIs, frame.ExtensionURIs,
+                  Processor->NamespaceAliases});
       break;
     case XPathNodeKind::Attribute:
       if (literal && node.GetValue().find_first_of(u"{}") != std::u16string_view::npos) {

@@ -27,12 +27,23 @@ bool Holds(const URISet& set, InternedURI uri) {
 
 // ------------------------------------------------------------------------------- ProcessScope
 
-bool ResultScopes::IsSettled(const PrefixMap& to, const Origin& origin) const {
-  for (const Settled& known : settled_) {
-    if (known.used && known.from.SharesWith(origin.scope) && known.to.SharesWith(to) &&
+namespace {
+
+// The prefix of the element's own name decides about excluded URIs alone.
+std::u16string_view DecidingPrefix(const ResultScopes::Origin& origin) {
+  const bool hasSets = origin.excluded != nullptr || origin.extension != nullptr;
+  return hasSets ? origin.prefix : std::u16string_view();
+}
+
+}  // namespace
+
+bool ResultScopes::IsSettled(const PrefixMap& from, const PrefixMap& to, const Origin& origin) {
+  for (Settled& known : settled_) {
+    if (known.lastUse != 0 && known.from.SharesWith(from) && known.to.SharesWith(to) &&
         known.isLiteral == origin.isLiteral && known.keepsXslt == origin.keepsXslt &&
-        known.aliasCount == origin.aliases.size() && known.prefix == origin.prefix &&
+        known.aliasCount == origin.aliases.size() && known.prefix == DecidingPrefix(origin) &&
         SameSet(known.excluded, origin.excluded) && SameSet(known.extension, origin.extension)) {
+      known.lastUse = ++settledUse_;
       return true;
     }
   }
@@ -40,37 +51,58 @@ bool ResultScopes::IsSettled(const PrefixMap& to, const Origin& origin) const {
 }
 
 void ResultScopes::Settle(const PrefixMap& to, const Origin& origin) {
-  settled_[nextSettled_] = {origin.scope,
-                            to,
-                            origin.isLiteral,
-                            origin.keepsXslt,
-                            origin.prefix,
-                            origin.excluded,
-                            origin.extension,
-                            origin.aliases.size(),
-                            true};
-  nextSettled_ = (nextSettled_ + 1) % kRemembered;
+  Settled& oldest = *std::ranges::min_element(settled_, {}, &Settled::lastUse);
+  oldest = {origin.node.ScopeMap(), to,
+            origin.isLiteral,       origin.keepsXslt,
+            DecidingPrefix(origin), origin.excluded,
+            origin.extension,       origin.aliases.size(),
+            ++settledUse_};
 }
 
 void ResultScopes::ProcessScope(XPathNode& copy, const Origin& origin) {
-  if (IsSettled(copy.ScopeMap(), origin)) return;
-  bool declared = false;
+  if (IsSettled(origin.node.ScopeMap(), copy.ScopeMap(), origin)) return;
+  if (!ProcessOwnDeclarations(copy, origin)) ProcessWholeScope(copy, origin);
+  Settle(copy.ScopeMap(), origin);  // what it left out, it would leave out again
+}
+
+void ResultScopes::ProcessWholeScope(XPathNode& copy, const Origin& origin) {
+  const PrefixMap& scope = origin.node.ScopeMap();
   // An entry for the empty prefix is what makes a child in no namespace write xmlns="" below a
   // default namespace. It sorts first.
-  if (origin.scope.Find(u"") == nullptr) declared = Declare(copy, origin, u"", nullptr);
-  for (const PrefixMap::Entry& entry : origin.scope) {
-    if (Declare(copy, origin, entry.prefix, entry.uri)) declared = true;
+  if (scope.Find(u"") == nullptr) Declare(copy, origin, u"", nullptr);
+  for (const PrefixMap::Entry& entry : scope) Declare(copy, origin, entry.prefix, entry.uri);
+}
+
+// False, with nothing done, unless all that the node's parent has in scope is known to be settled
+// at the output. The nodes must be those of a loaded tree, where a scope is that of the parent and
+// what the element declares. With aliases one entry depends on another.
+bool ResultScopes::ProcessOwnDeclarations(XPathNode& copy, const Origin& origin) {
+  const XPathNode* parent = origin.node.parent;
+  if (parent == nullptr || parent->orderNumber <= 0 || origin.node.orderNumber <= 0) return false;
+  if (!origin.aliases.empty()) return false;
+  if (!IsSettled(parent->ScopeMap(), copy.ScopeMap(), origin)) return false;
+  std::vector<std::u16string_view> declared;
+  const XPathNode* end = BehindAttributes(origin.node);
+  for (const XPathNode* child = origin.node.firstChild; child != end; child = child->next) {
+    if (child->kind != XPathNodeKind::Namespace) continue;
+    const bool isDefault = child->GetName() == u"xmlns";
+    declared.push_back(isDefault ? std::u16string_view() : child->GetLocalName());
   }
-  if (!declared) Settle(copy.ScopeMap(), origin);
+  std::ranges::sort(declared);
+  for (const std::u16string_view prefix : declared) {
+    const PrefixMap::Entry* entry = origin.node.ScopeMap().Find(prefix);
+    if (entry != nullptr) Declare(copy, origin, prefix, entry->uri);
+  }
+  return true;
 }
 
 // One entry of the origin's scope. Reads the scope of `copy` as the entries before have left it.
-bool ResultScopes::Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix,
+void ResultScopes::Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix,
                            InternedURI uri) {
   const PrefixMap& inForce = copy.ScopeMap();
-  if (SameURI(inForce.Lookup(prefix), uri)) return false;
-  if (origin.isLiteral && !origin.keepsXslt && uri != nullptr && IsXsltURI(uri)) return false;
-  if (IsXmlURI(uri)) return false;
+  if (SameURI(inForce.Lookup(prefix), uri)) return;
+  if (origin.isLiteral && !origin.keepsXslt && uri != nullptr && IsXsltURI(uri)) return;
+  if (IsXmlURI(uri)) return;
 
   std::u16string_view declaredPrefix = prefix;
   InternedURI declaredURI = uri;
@@ -78,16 +110,15 @@ bool ResultScopes::Declare(XPathNode& copy, const Origin& origin, std::u16string
     const auto alias = origin.aliases.find(prefix);
     if (alias != origin.aliases.end()) {
       declaredPrefix = alias->second;
-      declaredURI = origin.scope.Lookup(declaredPrefix);
-      if (inForce.Find(declaredPrefix) != nullptr) return false;
+      declaredURI = origin.node.ScopeMap().Lookup(declaredPrefix);
+      if (inForce.Find(declaredPrefix) != nullptr) return;
     }
   }
   if (declaredPrefix != origin.prefix) {
-    if (origin.isLiteral && Holds(origin.excluded, declaredURI)) return false;
-    if (Holds(origin.extension, declaredURI)) return false;
+    if (origin.isLiteral && Holds(origin.excluded, declaredURI)) return;
+    if (Holds(origin.extension, declaredURI)) return;
   }
   DeclareOn(copy, declaredPrefix, declaredURI);
-  return true;
 }
 
 // ------------------------------------------------------------------------------ copy-of repairs

@@ -2,9 +2,10 @@
 // anew. The serializer computes nothing from names: it writes the declaration nodes that stand in
 // the tree, so each instruction that makes an element or attribute works them out here.
 //
-// The plain work is a walk over a whole scope for each element. Nearly every walk ends with
-// nothing to declare, and consecutive elements have the same two scopes; so pairs of scopes with
-// that outcome are remembered. A PrefixMap that is held can't change, which makes this safe.
+// The plain work is a walk over a whole scope for each element. Consecutive elements mostly have
+// the same two scopes, and the second of them has nothing to declare; so pairs of scopes with that
+// outcome are remembered. A PrefixMap that is held can't change, which makes this safe. Where such
+// a pair is known for the parent, an element's own declarations are all there is to look at.
 #pragma once
 
 #include <array>
@@ -28,7 +29,7 @@ class ResultScopes {
 
   // How an element comes into the result.
   struct Origin {
-    const PrefixMap& scope;  // of the stylesheet or source node
+    const XPathNode& node;  // of the stylesheet or source
     bool isLiteral;
     bool keepsXslt;              // an alias maps the element's own prefix to the XSLT namespace
     std::u16string_view prefix;  // of the element's own name
@@ -63,17 +64,17 @@ class ResultScopes {
   void ForgetAttributes() { indexed_ = nullptr; }
 
  private:
-  // Outcomes of ProcessScope: with these inputs there is nothing to declare.
+  // An outcome of ProcessScope: with these inputs there is nothing to declare.
   struct Settled {
     PrefixMap from;
     PrefixMap to;
     bool isLiteral = false;
     bool keepsXslt = false;
-    TQString prefix;
+    TQString prefix;  // empty also where it makes no difference
     URISet excluded;
     URISet extension;
     std::size_t aliasCount = 0;
-    bool used = false;
+    std::uint64_t lastUse = 0;  // 0: an empty place
   };
   struct SettledPair {
     PrefixMap from;
@@ -105,13 +106,15 @@ class ResultScopes {
     bool operator()(const XPathNode* a, const XPathNode* b) const;
   };
 
-  bool IsSettled(const PrefixMap& to, const Origin& origin) const;
+  bool IsSettled(const PrefixMap& from, const PrefixMap& to, const Origin& origin);
   void Settle(const PrefixMap& to, const Origin& origin);
-  bool Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix, InternedURI uri);
+  bool ProcessOwnDeclarations(XPathNode& copy, const Origin& origin);
+  void ProcessWholeScope(XPathNode& copy, const Origin& origin);
+  void Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix, InternedURI uri);
   XPathNode* FindIndexed(XPathNode& element, InternedURI uri, std::u16string_view localName);
 
   std::array<Settled, kRemembered> settled_;
-  std::size_t nextSettled_ = 0;
+  std::uint64_t settledUse_ = 0;
   std::array<SettledPair, kRemembered> declared_;  // DeclareMissingNamespaces, scopes declared
   std::size_t nextDeclared_ = 0;
   Reconciled reconciled_;

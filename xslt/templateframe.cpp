@@ -70,9 +70,7 @@ void TemplateFrame::Evaluate(const ExpressionText& expression, XPathValue& value
 }
 
 bool TemplateFrame::EvaluateBoolean(const ExpressionText& expression) {
-  XPathValue value;
-  Evaluate(expression, value);
-  return ToBoolean(value);
+  return Processor->EvaluateToBoolean(expression, *this);
 }
 
 bool TemplateFrame::EvaluateIntoFrame(const ExpressionText& expression, XPathValue& other) {

@@ -1,19 +1,24 @@
 #include "xslt/variablemap.h"
 
-#include <functional>
 #include <utility>
+
+#include "sizepool.h"
 
 namespace kelmora {
 
 // One binding and those it hides or stands in front of.
 struct VariableMap::Cell {
-  std::uint32_t references = 1;
-  std::uint32_t size = 1;  // of the list from here on
-  std::size_t hash;
+  static void* operator new(std::size_t size) { return SizePool::Allocate(size); }
+  static void operator delete(void* cell, std::size_t size) noexcept {
+    SizePool::Free(cell, size);
+  }
+
+  std::uint32_t hash;
+  std::uint32_t size;  // of the list from here on
   std::u16string_view name;
-  XPathValue value;
-  Cell* next;
+  Link next;
   TrieNode* index = nullptr;  // all cells from here on; null while the list is short
+  XPathValue value;
 };
 
 // A binary trie over the bits of the hash, lowest first. A leaf holds a cell and no children. Cells
@@ -26,20 +31,23 @@ struct VariableMap::TrieNode {
 
 namespace {
 
-std::size_t HashOf(std::u16string_view name) { return std::hash<std::u16string_view>()(name); }
+// Names are short, so a simple mixture will do. The last step spreads it into the low bits, which
+// the trie takes first.
+std::uint32_t HashOf(std::u16string_view name) {
+  std::uint64_t hash = name.size();
+  for (const char16_t unit : name) hash = (hash ^ unit) * 0x9E3779B97F4A7C15u;
+  return static_cast<std::uint32_t>(hash >> 32);
+}
 
-constexpr int Bit(std::size_t hash, int level) { return static_cast<int>(hash >> level & 1); }
+constexpr int Bit(std::uint32_t hash, int level) { return static_cast<int>(hash >> level & 1); }
 
 }  // namespace
 
-VariableMap::VariableMap(const VariableMap& other) noexcept : head_(other.head_) {
-  if (head_ != nullptr) ++head_->references;
-}
-
 VariableMap& VariableMap::operator=(const VariableMap& other) noexcept {
-  if (other.head_ != nullptr) ++other.head_->references;
+  const Link borrowed = other.head_ & ~kOwned;
+  if (this == &other) return *this;
   Clear();
-  head_ = other.head_;
+  head_ = borrowed;
   return *this;
 }
 
@@ -48,15 +56,14 @@ VariableMap& VariableMap::operator=(VariableMap&& other) noexcept {
   return *this;
 }
 
-void VariableMap::Clear() noexcept { Release(std::exchange(head_, nullptr)); }
-
-void VariableMap::Release(Cell* cell) noexcept {
-  while (cell != nullptr && --cell->references == 0) {
+void VariableMap::Clear() noexcept {
+  while ((head_ & kOwned) != 0) {
+    Cell* cell = CellOf(head_);
+    head_ = cell->next;
     Release(cell->index);
-    Cell* next = cell->next;
     delete cell;
-    cell = next;
   }
+  head_ = 0;
 }
 
 // Recurs no deeper than a hash has bits.
@@ -68,9 +75,9 @@ void VariableMap::Release(TrieNode* node) noexcept {
 }
 
 const XPathValue* VariableMap::Find(std::u16string_view name) const {
-  if (head_ == nullptr) return nullptr;
-  const std::size_t hash = HashOf(name);
-  const Cell* cell = head_;
+  if (head_ == 0) return nullptr;
+  const std::uint32_t hash = HashOf(name);
+  const Cell* cell = CellOf(head_);
   if (cell->index != nullptr) {
     const TrieNode* node = cell->index;
     for (int level = 0; node != nullptr && node->cell == nullptr; ++level) {
@@ -79,7 +86,7 @@ const XPathValue* VariableMap::Find(std::u16string_view name) const {
     if (node == nullptr || node->cell->hash != hash) return nullptr;
     cell = node->cell;
   }
-  for (; cell != nullptr; cell = cell->next) {
+  for (; cell != nullptr; cell = CellOf(cell->next)) {
     if (cell->hash == hash && cell->name == name) return &cell->value;
   }
   return nullptr;
@@ -117,24 +124,31 @@ VariableMap::TrieNode* VariableMap::Insert(const TrieNode* root, const Cell* cel
 }
 
 void VariableMap::Bind(std::u16string_view name, XPathValue value) {
-  head_ = new Cell{.hash = HashOf(name), .name = name, .value = std::move(value), .next = head_};
-  if (head_->next != nullptr) head_->size = head_->next->size + 1;
-  if (head_->size < kIndexedSize) return;
-  if (head_->size > kIndexedSize) {
-    head_->index = Insert(head_->next->index, head_);
-    return;
-  }
-  // The first index: the oldest cell first, so that the newest of one hash stands in the leaf.
+  const Cell* next = CellOf(head_);
+  auto* cell = new Cell{.hash = HashOf(name),
+                        .size = next == nullptr ? 1 : next->size + 1,
+                        .name = name,
+                        .next = head_,
+                        .value = std::move(value)};
+  head_ = reinterpret_cast<Link>(cell) | kOwned;
+  if (cell->size == kIndexedSize) cell->index = MakeIndex(cell);
+  if (cell->size > kIndexedSize) cell->index = Insert(next->index, cell);
+}
+
+// The oldest cell goes in first, so that the newest of one hash stands in the leaf.
+VariableMap::TrieNode* VariableMap::MakeIndex(const Cell* newest) {
   const Cell* cells[kIndexedSize];
   std::uint32_t count = 0;
-  for (const Cell* cell = head_; cell != nullptr; cell = cell->next) cells[count++] = cell;
+  for (const Cell* cell = newest; cell != nullptr; cell = CellOf(cell->next)) {
+    cells[count++] = cell;
+  }
   TrieNode* index = nullptr;
   while (count > 0) {
     TrieNode* larger = Insert(index, cells[--count]);
     Release(index);
     index = larger;
   }
-  head_->index = index;
+  return index;
 }
 
 }  // namespace kelmora

@@ -128,9 +128,9 @@ TEST(BindingsTest, CommandLine) {
 std::string Parts(const char16_t* text) {
   std::string shown;
   for (const TemplatePart& part : ParseAttributeTemplate(text, nullptr)) {
-    if (part.kind == TemplatePart::Literal) shown += "[" + ToNative(part.literal) + "]";
+    if (part.kind == TemplatePart::Literal) shown.append("[").append(ToNative(part.literal)) += "]";
     if (part.kind == TemplatePart::Expression) {
-      shown += "{" + ToNative(part.expression.Text) + "}";
+      shown.append("{").append(ToNative(part.expression.Text)) += "}";
     }
     if (part.kind == TemplatePart::Fault) shown += "!";
   }
@@ -194,7 +194,7 @@ TEST(BindingsTest, NestedKeys) {
     const std::string show = "<xsl:template match='/'><xsl:value-of select=\"key('k" +
                              std::to_string(count) + "', '2')\"/></xsl:template>";
     const std::string result = StylesheetRun{Sheet(keys + show), kSource}.Result();
-    EXPECT_EQ(result.substr(0, 32), count == 10 ? "2" : "code 7 at xsl:stylesheet/xsl:key");
+    EXPECT_EQ(result.substr(0, 16), count == 10 ? "2" : "code 1 (17, key)");
   }
 }
 

@@ -1,6 +1,8 @@
 // Small stylesheets, one for each rule of the instructions that build the result and steer the run.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "stylesheetrun.h"
 
 namespace kelmora {
@@ -222,6 +224,45 @@ TEST(Instructions, CopyAndCopyOf) {
   for (const Row& row : rows) ExpectAtRoot(row);
 }
 
+// Elements that redeclare few prefixes again and again, some below a default namespace.
+std::string RandomNamespaces(std::mt19937& random, int depth) {
+  const std::string prefixes[] = {"", "p", "q", "r"};
+  const std::string& prefix = prefixes[random() % 4];
+  std::string declarations = prefix.empty() ? "" : " xmlns:" + prefix + "='u'";
+  for (const std::string& other : prefixes) {
+    if (other == prefix || random() % 4 != 0) continue;
+    const bool isDefault = other.empty();
+    declarations += (isDefault ? " xmlns='" : " xmlns:" + other + "='") +
+                    std::string(1, static_cast<char>('a' + random() % 3)) + "'";
+  }
+  const std::string name = prefix.empty() ? "e" : prefix + ":e";
+  std::string text = "<" + name + declarations + ">";
+  for (unsigned child = 0, count = depth == 0 ? 0 : random() % 4; child < count; ++child) {
+    text += RandomNamespaces(random, depth - 1);
+  }
+  return text + "</" + name + ">";
+}
+
+// What is remembered of scopes must not show. An alias, though of a prefix that nothing uses, makes
+// the engine walk whole scopes.
+TEST(Instructions, RememberedScopesEqualWholeOnes) {
+  std::mt19937 random(8);
+  const std::string identity =
+      "<xsl:template match='*'><xsl:copy><xsl:apply-templates/></xsl:copy></xsl:template>";
+  const std::string alias = "<xsl:namespace-alias stylesheet-prefix='none' result-prefix='other'/>";
+  for (const char* attributes : {"", "xmlns:x='a' extension-element-prefixes='x'",
+                                 "xmlns='b' exclude-result-prefixes='#default'"}) {
+    for (int round = 0; round < 20; ++round) {
+      const std::string source = "<r>" + RandomNamespaces(random, 6) + "</r>";
+      const StylesheetRun remembered{.stylesheet = XmlSheet(attributes, identity),
+                                     .source = source};
+      const StylesheetRun whole{.stylesheet = XmlSheet(attributes, alias + identity),
+                                .source = source};
+      ASSERT_EQ(remembered.Result(), whole.Result()) << source;
+    }
+  }
+}
+
 TEST(Instructions, NamespaceAliases) {
   const Row rows[] = {
       {"to XSLT",
@@ -369,6 +410,37 @@ TEST(Instructions, FramesOnTheStack) {
     EXPECT_NE(run.Result(), "stack overflow") << row.body;
     run.stackLimit = row.frames - 1;
     EXPECT_EQ(run.Result(), "stack overflow") << row.body;
+  }
+}
+
+// Depth lies on the call stack of the engine, never on that of the machine.
+TEST(Instructions, DeepResults) {
+  constexpr int kDepth = 5000;
+  std::string source;
+  std::string ends;
+  for (int depth = 0; depth < kDepth; ++depth) {
+    source += "<a>";
+    ends += "</a>";
+  }
+  source += "x" + ends;
+  const struct {
+    const char* name;
+    const char* body;
+  } rows[] = {
+      {"xsl:copy",
+       "<xsl:template match='*'><xsl:copy><xsl:apply-templates/></xsl:copy></xsl:template>"},
+      {"xsl:element",
+       "<xsl:template match='*'><xsl:element name='a'><xsl:apply-templates/></xsl:element>"
+       "</xsl:template>"},
+      {"xsl:copy-of", "<xsl:template match='/'><xsl:copy-of select='.'/></xsl:template>"},
+      {"a fragment",
+       "<xsl:template match='/'><xsl:variable name='f'><xsl:copy-of select='.'/></xsl:variable>"
+       "<xsl:copy-of select='$f'/></xsl:template>"},
+  };
+  for (const auto& row : rows) {
+    const StylesheetRun run{
+        .stylesheet = XmlSheet("", row.body), .source = source, .stackLimit = 100000};
+    EXPECT_TRUE(run.Result() == source) << row.name;
   }
 }
 

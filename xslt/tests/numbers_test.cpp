@@ -59,6 +59,9 @@ TEST(NumberFormat, Texts) {
       {u"I", {4, 0, 1999}, {}, "MCMXCIX.IV"},
       {u"A. ", {0}, {}, ". "},
       {u"01", {1234, 7}, {}, "07.1234"},
+      {u"00000000001", {7, 0}, {}, "00000000000.00000000007"},
+      {u"1", {2147483647}, {}, "2147483647"},
+      {u"1) 1", {5, 4}, {}, "4) 5"},
       {u"1", {-12}, {}, "412"},
       {u"1", {1234567}, {3, u','}, "1,234,567"},
       {u"a", {0}, {}, ""},
@@ -162,6 +165,23 @@ TEST(Numbers, TheFastWayEqualsThePlainOne) {
       EXPECT_EQ(run.Result(), "") << level << " from '" << from << "'";
     }
   }
+}
+
+// In a deep document each climb to the node that counts ends at one that is remembered.
+TEST(Numbers, DeepClimbs) {
+  std::string source = "<r><c/><c>";
+  std::string ends = "</c></r>";
+  std::string expected;
+  for (int depth = 0; depth < 1000; ++depth) {
+    source += depth == 700 ? "<c>" : "<d>";
+    ends = (depth == 700 ? "</c>" : "</d>") + ends;
+    expected += depth < 700 ? "2" : "1";
+  }
+  const StylesheetRun run{
+      .stylesheet = RootTemplate("<xsl:for-each select='//c[2]//*'><xsl:number count='c'/>"
+                                 "</xsl:for-each>"),
+      .source = source + ends};
+  EXPECT_EQ(run.Result(), expected);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 
@@ -55,6 +56,45 @@ TEST_F(Sorts, Orders) {
        "[xsl:sort xsl:for-each xsl:template xsl:stylesheet]"},
   };
   for (const auto& row : rows) EXPECT_EQ(Sorted(row.sorts, row.values), row.sorted) << row.sorts;
+}
+
+// Three keys over many records, against an order made by other means.
+TEST_F(Sorts, RandomRecords) {
+  struct Record {
+    std::string text;
+    int number;
+    int place;
+  };
+  std::mt19937 random(7);
+  std::vector<Record> records;
+  std::string source = "<r>";
+  for (int place = 0; place < 500; ++place) {
+    std::string text(random() % 12, 'm');  // beyond and below the eight bytes that compare first
+    for (char& unit : text) unit = static_cast<char>(random() % 5 == 0 ? 'm' + random() % 2 : 'm');
+    records.push_back({text, static_cast<int>(random() % 3) - 1, place});
+    source += "<i n='" + std::to_string(records.back().number) + "'>" + text + "</i>";
+  }
+  for (const bool descends : {false, true}) {
+    std::ranges::stable_sort(records, [descends](const Record& a, const Record& b) {
+      if (a.text != b.text) return descends ? a.text > b.text : a.text < b.text;
+      if (a.number != b.number) return a.number > b.number;
+      return a.place < b.place;
+    });
+    std::string expected;
+    for (const Record& record : records) expected += std::to_string(record.place + 1) + " ";
+    const std::string order = descends ? "descending" : "ascending";
+    const StylesheetRun run{
+        .stylesheet = Sheet("<xsl:template match='/'><xsl:apply-templates select='r/i'>"
+                            "<xsl:sort order='" +
+                            order +
+                            "'/>"
+                            "<xsl:sort select='@n' data-type='number' order='descending'/>"
+                            "</xsl:apply-templates></xsl:template>"
+                            "<xsl:template match='i'><xsl:number/><xsl:text> </xsl:text>"
+                            "</xsl:template>"),
+        .source = source + "</r>"};
+    EXPECT_EQ(run.Result(), expected) << order;
+  }
 }
 
 TEST_F(Sorts, Languages) {

@@ -22,20 +22,19 @@ TEST(VariableMapTest, EqualsPlainMaps) {
     VariableMap map;
     std::map<TQString, double, TextLess> plain;
   };
-  std::vector<Scope> scopes(1);
-  for (int step = 0; step < 3000; ++step) {
-    Scope scope = scopes[random() % scopes.size()];
+  std::vector<Scope> scopes(1);  // like frames: each one borrows from those in front of it
+  scopes.reserve(61);
+  for (int step = 0; step < 6000; ++step) {
+    const std::size_t action = random() % 100;
+    if (action < 2 && scopes.size() <= 60) scopes.push_back(scopes.back());
+    if (action == 99 && scopes.size() > 1) scopes.pop_back();
     const TQString& name = names[random() % names.size()];
     XPathValue value;
     value.SetNumber(step);
-    scope.map.Bind(name, std::move(value));
-    scope.plain[name] = step;
-    if (scopes.size() < 30) {
-      scopes.push_back(std::move(scope));
-    } else {
-      scopes[random() % scopes.size()] = std::move(scope);
-    }
+    scopes.back().map.Bind(name, std::move(value));
+    scopes.back().plain[name] = step;
   }
+  EXPECT_GT(scopes.size(), 20U);
   for (const Scope& scope : scopes) {
     for (const TQString& name : names) {
       const XPathValue* value = scope.map.Find(name);

@@ -1,10 +1,10 @@
-// VariableMap: variables or parameters in scope. A map is a value that copies in constant time: it
-// is the head of an immutable, shared list, and binding a name puts a cell in front. So a scope
-// costs what it binds, not what it inherits. From kIndexedSize bindings on each cell also holds the
-// root of a trie over the hashes of the names below it, so that lookup stays logarithmic.
+// VariableMap: variables or parameters in scope. A map is the head of a list of bindings, and
+// binding a name puts a cell in front, so a scope costs what it binds and not what it inherits. A
+// copy borrows: it sees what the original holds, and what it binds is its own. That fits the call
+// stack, where a frame copies the maps of the frame below and goes first.
 //
-// Names are borrowed: they must outlive every map that holds them. Names of the stylesheet and of
-// the command line do, since both outlive the frames.
+// From kIndexedSize bindings on each cell also holds the root of a trie over the hashes of the names
+// below it, so that lookup stays logarithmic.
 #pragma once
 
 #include <cstdint>
@@ -21,26 +21,36 @@ class VariableMap {
   static constexpr std::uint32_t kIndexedSize = 24;
 
   VariableMap() noexcept = default;
-  VariableMap(const VariableMap& other) noexcept;
-  VariableMap(VariableMap&& other) noexcept : head_(other.head_) { other.head_ = nullptr; }
+  // The copy must not be used when the original is gone or was cleared.
+  VariableMap(const VariableMap& other) noexcept : head_(other.head_ & ~kOwned) {}
+  VariableMap(VariableMap&& other) noexcept : head_(other.head_) { other.head_ = 0; }
   VariableMap& operator=(const VariableMap& other) noexcept;
   VariableMap& operator=(VariableMap&& other) noexcept;
-  ~VariableMap() { Clear(); }
+  ~VariableMap() {
+    if ((head_ & kOwned) != 0) Clear();
+  }
 
-  bool IsEmpty() const { return head_ == nullptr; }
-  // The value lives as long as any map that holds it. Null when the name is not bound.
+  bool IsEmpty() const { return head_ == 0; }
+  // The value lives as long as the map that it was bound in. Null when the name is not bound.
   const XPathValue* Find(std::u16string_view name) const;
+  // The name is borrowed and must outlive the map and its copies. Names of the stylesheet and of
+  // the command line do.
   void Bind(std::u16string_view name, XPathValue value);
   void Clear() noexcept;
 
  private:
   struct Cell;
   struct TrieNode;
-  static void Release(Cell* cell) noexcept;
+  // The address of a cell or 0; the lowest bit tells that the holder of the link frees the cell.
+  using Link = std::uintptr_t;
+  static constexpr Link kOwned = 1;
+
+  static Cell* CellOf(Link link) { return reinterpret_cast<Cell*>(link & ~kOwned); }
   static void Release(TrieNode* node) noexcept;
   static TrieNode* Insert(const TrieNode* root, const Cell* cell);
+  static TrieNode* MakeIndex(const Cell* newest);
 
-  Cell* head_ = nullptr;
+  Link head_ = 0;
 };
 
 // The values of top-level variables or parameters. Names are borrowed as above; a value lives until

@@ -80,6 +80,12 @@ class XSLTProcessorBase {
   // that is no expression.
   void EvaluateExpression(const ExpressionText& expression, const TemplateFrame& frame,
                           XPathValue& value);
+  // The same with the conversion of the value, which need not be made then. The text lives until
+  // `scratch`, a document or a variable changes.
+  bool EvaluateToBoolean(const ExpressionText& expression, const TemplateFrame& frame);
+  double EvaluateToNumber(const ExpressionText& expression, const TemplateFrame& frame);
+  std::u16string_view EvaluateToText(const ExpressionText& expression, const TemplateFrame& frame,
+                                     TQString& scratch);
   // The same with list and namespaces given, for patterns, keys and numbers. A position of -1 takes
   // the whole list as input. `namespaceNode` is also the node of an error.
   void EvaluateOn(const ExpressionText& expression, XPathNode* namespaceNode,
@@ -180,7 +186,9 @@ class XSLTProcessorBase {
   const ParsedExpression& Parse(const ExpressionText& expression, XPathPatternKind patternKind,
                                 XPathNode* errorNode);
   struct Evaluation;
-  void RunEvaluation(const Evaluation& evaluation, XPathValue& value);
+  Evaluation InFrame(const ExpressionText& expression, const TemplateFrame& frame);
+  template <class Evaluate>
+  void RunEvaluation(const Evaluation& evaluation, Evaluate evaluate);
   XPathNode* TreeOf(XPathNode* stylesheetNode);
 
   std::vector<TemplateFrame*> callStack_;     // owned
@@ -196,7 +204,6 @@ class XSLTProcessorBase {
   std::unique_ptr<XTree> builtInSource_;
   XPathNode* builtInRoot_ = nullptr;  // owned
   OutputSerializer Serializer_;
-  std::uintptr_t evaluationBase_ = 0;  // on the machine stack; 0: no evaluation runs
   std::int32_t lastTreeNumber_ = 0;  // of the document that lastTree_ is the root of
   XPathNode* lastTree_ = nullptr;
 };
