@@ -124,7 +124,8 @@ void OutputSerializer::EndHtml(const XPathNode& node, unsigned traits) {
 
 void OutputSerializer::EndHtmlElement(const XPathNode& element, unsigned traits, bool lastWasText) {
   if ((traits & HtmlEmpty) == 0) {
-    if (BlockContext && !lastWasText && Indent) {
+    const bool breakEnd = BlockContext && !lastWasText && Indent;
+    if (breakEnd) {
       LineBreak();
       Tabs(Depth);
     }

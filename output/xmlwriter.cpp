@@ -1,6 +1,6 @@
 // The xml writer. Two things are decided for the children of a node together: whether each stands
-// on a line of its own, and whether it is indented. Both are off as soon as one child is text, so
-// one flag, `breakHere`, carries both.
+// on a line of its own (BreakHere) and whether it is indented (IndentHere). In an element both go
+// by Indent, and both are off as soon as one child is text; so one flag, `breakHere`, is enough.
 #include <vector>
 
 #include "output/outputserializer.h"
