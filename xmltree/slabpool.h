@@ -7,7 +7,8 @@
 
 #include <cstddef>
 #include <new>
-#include <vector>
+
+#include "tqcore/slablist.h"
 
 namespace kelmora {
 
@@ -56,27 +57,23 @@ class SlabPool {
   struct FreeObject {
     FreeObject* next;
   };
-  static constexpr std::size_t kFirstSlab = 128;  // objects
-  static constexpr std::size_t kLargestSlab = 8192;
 
   // The rest of the present slab, if any, joins the free objects.
   void AddSlab() {
-    std::byte* slab = static_cast<std::byte*>(::operator new(objectSize_* slabObjects_));
-    slabs_.push_back(slab);
+    const SlabList::Slab slab = slabs_.Add();
     for (; next_ != end_; next_ += objectSize_) free_ = new (next_) FreeObject{free_};
-    next_ = slab;
-    end_ = slab + objectSize_ * slabObjects_;
-    available_ += static_cast<std::ptrdiff_t>(slabObjects_);
-    if (slabObjects_ < kLargestSlab) slabObjects_ *= 2;
+    const std::size_t objects = slab.bytes / objectSize_;
+    next_ = slab.begin;
+    end_ = next_ + objectSize_ * objects;
+    available_ += static_cast<std::ptrdiff_t>(objects);
   }
 
   std::size_t objectSize_;
-  std::size_t slabObjects_ = kFirstSlab;
   std::ptrdiff_t available_ = 0;
   FreeObject* free_ = nullptr;
   std::byte* next_ = nullptr;
   std::byte* end_ = nullptr;
-  std::vector<std::byte*> slabs_;  // kept reachable
+  SlabList slabs_;
 #endif
 };
 

@@ -1,12 +1,7 @@
 #include "parso/parsonode.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <new>
 #include <vector>
-
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
 #include "tqcore/tqexcept.h"
 
@@ -64,16 +59,13 @@ ParsoNode* ParsoNodePool::Reuse() {
 }
 
 void ParsoNodePool::AddSlab() {
-  const std::size_t bytes = slabBytes_;
-  Slab slab(static_cast<std::byte*>(std::aligned_alloc(std::min(bytes, kLargestSlab), bytes)));
-  if (slab == nullptr) throw TQExcept(kAllocationFailed, __LINE__, u"parsonode.cpp");
-#if defined(__linux__)
-  if (bytes == kLargestSlab) madvise(slab.get(), bytes, MADV_HUGEPAGE);
-#endif
-  slabs_.push_back(std::move(slab));
-  next_ = reinterpret_cast<ParsoNode*>(slabs_.back().get());
-  end_ = next_ + bytes / sizeof(ParsoNode);
-  slabBytes_ = std::min(bytes * 2, kLargestSlab);
+  try {
+    const SlabList::Slab slab = slabs_.Add();
+    next_ = reinterpret_cast<ParsoNode*>(slab.begin);
+    end_ = next_ + slab.bytes / sizeof(ParsoNode);
+  } catch (const std::bad_alloc&) {
+    throw TQExcept(kAllocationFailed, __LINE__, u"parsonode.cpp");
+  }
 }
 
 }  // namespace kelmora

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tqcore/largememory.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
 #include "unitset.h"
@@ -26,12 +27,44 @@ constexpr int kRounding = 10;
 // Room for the rounding and the terminator, so that no 32-bit count overflows.
 constexpr std::int64_t kLargestCapacity = std::numeric_limits<std::int32_t>::max() - 2 * kRounding;
 
+// Of a block for `capacity` units and their terminating 0, in bytes.
+constexpr std::size_t BlockSize(std::int64_t capacity) {
+  constexpr std::size_t kHead = 2 * sizeof(std::int32_t);
+  return kHead + (static_cast<std::size_t>(capacity) + 1) * sizeof(char16_t);
+}
+
 std::int64_t RoundUp(std::int64_t capacity) {
   return ((capacity - 1) / kRounding + 1) * kRounding;
 }
 
 void CopyUnits(char16_t* to, const char16_t* from, std::size_t count) {
   if (count != 0) std::memmove(to, from, count * sizeof(char16_t));
+}
+
+// From here on a block is a piece of large memory, which grows without being copied.
+constexpr std::size_t kLargeBlock = 2 * kHugePage;
+
+constexpr bool IsLarge(std::size_t bytes) {
+  return bytes >= kLargeBlock;
+}
+
+void FreeBlock(void* block, std::size_t bytes) noexcept {
+  if (IsLarge(bytes)) {
+    FreeLarge(block, bytes);
+  } else {
+    std::free(block);
+  }
+}
+
+// Without a block `bytes` is 0. Null when memory is out.
+void* ResizeBlock(void* block, std::size_t bytes, std::size_t newBytes) noexcept {
+  if (!IsLarge(bytes) && !IsLarge(newBytes)) return std::realloc(block, newBytes);
+  if (IsLarge(bytes) && IsLarge(newBytes)) return ResizeLarge(block, bytes, newBytes);
+  void* resized = IsLarge(newBytes) ? AllocateLarge(newBytes) : std::malloc(newBytes);
+  if (resized == nullptr || block == nullptr) return resized;
+  std::memcpy(resized, block, std::min(bytes, newBytes));
+  FreeBlock(block, bytes);
+  return resized;
 }
 
 int ToIndex(std::size_t position) {
@@ -106,7 +139,7 @@ TQString& TQString::Assign(std::u16string_view text) {
 }
 
 void TQString::Free() noexcept {
-  std::free(block_);
+  FreeBlock(block_, BlockSize(block_->capacity));
   block_ = Empty();
 }
 
@@ -121,9 +154,10 @@ bool TQString::Holds(const char16_t* position) const {
 void TQString::Reallocate(std::int64_t capacity, int keep) {
   if (capacity > kLargestCapacity) throw TQExcept(kAllocationFailed, __LINE__, kFile);
   if (keep == 0) Clear();
-  const std::size_t size =
-      sizeof(Block) + (static_cast<std::size_t>(capacity) + 1) * sizeof(char16_t);
-  void* memory = std::realloc(OwnsBlock() ? block_ : nullptr, size);
+  const std::size_t size = BlockSize(capacity);
+  static_assert(BlockSize(0) == sizeof(Block) + sizeof(char16_t));
+  void* memory = OwnsBlock() ? ResizeBlock(block_, BlockSize(block_->capacity), size)
+                             : ResizeBlock(nullptr, 0, size);
   if (memory == nullptr) throw TQExcept(kAllocationFailed, __LINE__, kFile);
   block_ = static_cast<Block*>(memory);
   block_->capacity = static_cast<std::int32_t>(capacity);

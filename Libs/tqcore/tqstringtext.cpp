@@ -1,6 +1,7 @@
 // TQString: decoding, escaping, line ends, formatted text and numerals.
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <iterator>
 
 #include "tqcore/resourcestrings.h"
@@ -39,10 +40,6 @@ void AppendUtf8Units(TQString& text, char16_t unit, int& cursor, int margin) {
 constexpr bool NeedsUrlEscape(char16_t unit) {
   constexpr std::u16string_view kUnsafe = u"\"%<>^`{|}";
   return unit <= u' ' || unit > u'~' || kUnsafe.find(unit) != std::u16string_view::npos;
-}
-
-constexpr bool IsLineEnd(char16_t unit) {
-  return unit == u'\r' || unit == u'\n';
 }
 
 }  // namespace
@@ -103,48 +100,44 @@ void TQString::EscapeUrl() {
 // --- line ends -------------------------------------------------------------------------------
 
 const char16_t* TQString::DetectLineEnd() const {
-  const auto text = View();
-  const auto first = std::ranges::find_if(text, IsLineEnd);
-  if (first == text.end()) return u"\r\n";
-  if (*first == u'\n') return u"\n";
-  return std::next(first) != text.end() && *std::next(first) == u'\n' ? u"\r\n" : u"\r";
+  const std::size_t first = FindLineEnd(View());
+  if (first == std::u16string_view::npos) return u"\r\n";
+  if (Text()[first] == u'\n') return u"\n";
+  return Text()[first + 1] == u'\n' ? u"\r\n" : u"\r";
 }
 
 void TQString::ConvertLineEnds(std::u16string_view lineEnd) {
   if (lineEnd.empty() || lineEnd.size() > 2 || IsEmpty()) return;
   const std::u16string_view text = View();
-  const auto breakSize = [&](std::size_t i) -> std::size_t {
-    return text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n' ? 2 : 1;
+  // Calls `take` with each stretch between line ends, and `takeBreak` with each line end's place.
+  const auto forEachLine = [text](auto take, auto takeBreak) {
+    std::size_t start = 0;
+    while (true) {
+      const std::size_t end = std::min(FindLineEnd(text, start), text.size());
+      take(text.substr(start, end - start));
+      if (end == text.size()) return;
+      start = end + (text.substr(end).starts_with(u"\r\n") ? 2 : 1);
+      takeBreak();  // may overwrite what has been looked at
+    }
   };
-  if (lineEnd.size() == 1) {
-    char16_t* out = Text();
-    for (std::size_t i = 0; i < text.size();) {
-      const bool isBreak = IsLineEnd(text[i]);
-      const std::size_t size = isBreak ? breakSize(i) : 1;
-      *out++ = isBreak ? lineEnd[0] : text[i];
-      i += size;
-    }
-    return SetLength(static_cast<int>(out - Text()));
-  }
-  std::int64_t length = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    const bool isBreak = IsLineEnd(text[i]);
-    length += isBreak ? 2 : 1;
-    i += isBreak ? breakSize(i) : 1;
-  }
   TQString result;
-  result.Reallocate(length, 0);
-  char16_t* out = result.Text();
-  for (std::size_t i = 0; i < text.size();) {
-    if (IsLineEnd(text[i])) {
-      *out++ = lineEnd[0];
-      *out++ = lineEnd[1];
-      i += breakSize(i);
-    } else {
-      *out++ = text[i++];
-    }
+  char16_t* out = Text();
+  if (lineEnd.size() == 2) {
+    std::int64_t length = 0;
+    forEachLine([&](std::u16string_view line) { length += std::ssize(line); },
+                [&] { length += 2; });
+    result.Reallocate(length, 0);
+    out = result.Text();
   }
-  result.SetLength(static_cast<int>(length));
+  // With one unit the text is converted where it is, and moves only behind the first CR LF.
+  forEachLine(
+      [&](std::u16string_view line) {
+        if (out != line.data()) std::memmove(out, line.data(), line.size() * sizeof(char16_t));
+        out += line.size();
+      },
+      [&] { out = std::ranges::copy(lineEnd, out).out; });
+  if (lineEnd.size() == 1) return SetLength(static_cast<int>(out - Text()));
+  result.SetLength(static_cast<int>(out - result.Text()));
   *this = std::move(result);
 }
 

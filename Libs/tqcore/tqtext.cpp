@@ -15,13 +15,28 @@ namespace kelmora {
 namespace {
 
 constexpr std::size_t kNone = std::u16string_view::npos;
-constexpr std::size_t kLanes = sizeof(std::uint64_t) / sizeof(char16_t);
-constexpr std::uint64_t kLowBits = 0x0001000100010001;
-constexpr std::uint64_t kHighBits = 0x8000800080008000;
+// Eight units at a time, in whatever registers the machine has.
+using Block = std::uint16_t __attribute__((vector_size(16)));
+constexpr std::size_t kBlock = sizeof(Block) / sizeof(char16_t);
+constexpr std::uint16_t kCr = u'\r';
+constexpr std::uint16_t kLf = u'\n';
 
-// Whether one of the four 16-bit lanes is 0. (Which one can't be told when lanes borrow.)
-constexpr bool HasZeroLane(std::uint64_t lanes) {
-  return ((lanes - kLowBits) & ~lanes & kHighBits) != 0;
+// The first unit from `start` on that `isWanted`, which answers for a unit and for a block alike.
+template <class IsWanted>
+std::size_t FindWanted(std::u16string_view text, std::size_t start, IsWanted isWanted) {
+  std::size_t i = start;
+  for (; i + kBlock <= text.size(); i += kBlock) {
+    Block block;
+    std::memcpy(&block, text.data() + i, sizeof block);
+    const auto wanted = isWanted(block);
+    std::uint64_t halves[2];
+    std::memcpy(halves, &wanted, sizeof halves);
+    if ((halves[0] | halves[1]) != 0) break;
+  }
+  for (; i < text.size(); ++i) {
+    if (isWanted(text[i])) return i;
+  }
+  return kNone;
 }
 
 // Knuth, Morris and Pratt: linear whatever the needle. Slower than the plain search on usual text.
@@ -133,17 +148,12 @@ void AppendUtf8(std::string& bytes, char32_t character) {
 }  // namespace
 
 std::size_t FindUnit(std::u16string_view text, char16_t unit, std::size_t start) {
-  const std::uint64_t pattern = unit * kLowBits;
-  std::size_t i = start;
-  for (; i + kLanes <= text.size(); i += kLanes) {
-    std::uint64_t lanes;
-    std::memcpy(&lanes, text.data() + i, sizeof lanes);
-    if (HasZeroLane(lanes ^ pattern)) break;
-  }
-  for (; i < text.size(); ++i) {
-    if (text[i] == unit) return i;
-  }
-  return kNone;
+  const std::uint16_t wanted = unit;
+  return FindWanted(text, start, [wanted](auto units) { return units == wanted; });
+}
+
+std::size_t FindLineEnd(std::u16string_view text, std::size_t start) {
+  return FindWanted(text, start, [](auto units) { return (units == kCr) | (units == kLf); });
 }
 
 std::size_t FindText(std::u16string_view text, std::u16string_view needle, std::size_t start) {

@@ -202,6 +202,8 @@ TEST(TQStringEditing, Rows) {
       {u"http://h/a[1]\\~?x=#", u"http://h/a[1]\\~?x=#", [](TQString& t) { t.EscapeUrl(); }},
       {u"\r\na\rb\n\n", u"\na\nb\n\n", [](TQString& t) { t.ConvertLineEnds(u"\n"); }},
       {u"\r\na\rb\n\n", u"\r\na\r\nb\r\n\r\n", [](TQString& t) { t.ConvertLineEnds(u"\r\n"); }},
+      {u"\r\na\rb\n\nabcdefgh\n\r\nabcdefghijk", u"\ra\rb\r\rabcdefgh\r\rabcdefghijk",
+       [](TQString& t) { t.ConvertLineEnds(u"\r"); }},
       {u"a\rb", u"a\rb", [](TQString& t) { t.ConvertLineEnds(u"xyz"); }},
   };
   for (const Row& row : rows) {
@@ -294,6 +296,27 @@ TEST(TQStringText, Numerals) {
   }
   EXPECT_EQ(TQString::RomanNumeral(9999, false), u"mmmmmmmmmcmxcix");
   EXPECT_EQ(TQString::AlphabeticNumeral(703, false), u"aaa");
+}
+
+// Sizes on both sides of where blocks become large, up and down again.
+TEST(TQString, LargeBlocksKeepTheirText) {
+  std::u16string expected;
+  TQString text;
+  int cursor = 0;
+  for (char16_t unit = u'a'; expected.size() < 9'000'000; unit = unit == u'z' ? u'a' : unit + 1) {
+    const std::u16string piece(700'001, unit);
+    expected += piece;
+    text.AppendAt(piece, cursor, 16000);
+  }
+  EXPECT_TRUE(text == expected);
+  const TQString copy = text;
+  for (const int length : {7'000'000, 2'097'147, 2'097'146, 2'097'145, 2'097'144, 5}) {
+    text.Resize(length);
+    EXPECT_TRUE(text == std::u16string_view(expected).substr(0, static_cast<std::size_t>(length)));
+  }
+  text.Reserve(8'000'000);
+  EXPECT_TRUE(text == u"aaaaa");
+  EXPECT_TRUE(copy == expected);
 }
 
 }  // namespace

@@ -4,11 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
 #include <utility>
-#include <vector>
+
+#include "tqcore/slablist.h"
 
 namespace kelmora {
 
@@ -43,26 +44,20 @@ class Arena {
   }
 
  private:
-  static constexpr std::size_t kFirstChunk = 4096;
-  static constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
-
   void* AllocateSlow(std::size_t size, std::size_t alignment) {
-    if (size + alignment > chunkSize_ / 2) {  // big pieces get a chunk of their own
-      chunks_.push_back(std::make_unique_for_overwrite<std::byte[]>(size + alignment));
-      auto at = reinterpret_cast<std::uintptr_t>(chunks_.back().get());
+    if (size + alignment > slabs_.NextSize() / 2) {  // big pieces get a slab of their own
+      auto at = reinterpret_cast<std::uintptr_t>(slabs_.AddOfSize(size + alignment).begin);
       return reinterpret_cast<void*>((at + alignment - 1) & ~(alignment - 1));
     }
-    chunks_.push_back(std::make_unique_for_overwrite<std::byte[]>(chunkSize_));
-    next_ = chunks_.back().get();
-    end_ = next_ + chunkSize_;
-    if (chunkSize_ < kLargestChunk) chunkSize_ *= 2;
+    const SlabList::Slab slab = slabs_.Add();
+    next_ = slab.begin;
+    end_ = slab.begin + slab.bytes;
     return Allocate(size, alignment);
   }
 
-  std::vector<std::unique_ptr<std::byte[]>> chunks_;
+  SlabList slabs_;
   std::byte* next_ = nullptr;
   std::byte* end_ = nullptr;
-  std::size_t chunkSize_ = kFirstChunk;
 };
 
 }  // namespace kelmora

@@ -23,6 +23,7 @@ constexpr bool IsWideSpace(char16_t unit) {
 // the needle; an empty needle is found at `start`.
 std::size_t FindUnit(std::u16string_view text, char16_t unit, std::size_t start = 0);
 std::size_t FindText(std::u16string_view text, std::u16string_view needle, std::size_t start = 0);
+std::size_t FindLineEnd(std::u16string_view text, std::size_t start = 0);  // a CR or LF
 // The text up to, not including, its first unit of value 0.
 std::u16string_view CutAtZero(std::u16string_view text);
 

@@ -1,0 +1,112 @@
+#include "tqcore/largememory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+// Sanitizers know the bounds of what malloc gave, and look for pointers there.
+#if defined(__SANITIZE_ADDRESS__)
+#define KELMORA_IS_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KELMORA_IS_SANITIZED
+#endif
+#endif
+
+#if defined(__linux__) && !defined(KELMORA_IS_SANITIZED)
+#define KELMORA_MAPS_MEMORY
+#include <sys/mman.h>
+#endif
+
+namespace kelmora {
+namespace {
+
+constexpr std::size_t RoundUp(std::size_t bytes, std::size_t unit) {
+  return (bytes + unit - 1) / unit * unit;
+}
+
+#if defined(KELMORA_MAPS_MEMORY)
+
+constexpr std::size_t kPage = 65536;  // the largest that a system has
+
+// Address space alone, aligned. Pieces often lie one below the other, so that the first try fits.
+std::byte* MapAligned(std::size_t bytes, int protection) {
+  const auto map = [&](std::size_t size) {
+    void* place = mmap(nullptr, size, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return place == MAP_FAILED ? nullptr : static_cast<std::byte*>(place);
+  };
+  std::byte* place = map(bytes);
+  if (place == nullptr || reinterpret_cast<std::uintptr_t>(place) % kHugePage == 0) return place;
+  munmap(place, bytes);
+  place = map(bytes + kHugePage);
+  if (place == nullptr) return nullptr;
+  const std::size_t excess = kHugePage - reinterpret_cast<std::uintptr_t>(place) % kHugePage;
+  munmap(place, excess);
+  if (excess < kHugePage) munmap(place + excess + bytes, kHugePage - excess);
+  return place + excess;
+}
+
+// Single huge pages that were given back, for the next who wants one: the parse tree of a document
+// goes when its nodes come. They have been touched already.
+constexpr std::size_t kMostSpares = 256;
+void* spares[kMostSpares];
+std::size_t spareCount = 0;
+
+#endif
+
+}  // namespace
+
+#if defined(KELMORA_MAPS_MEMORY)
+
+void* AllocateLarge(std::size_t bytes) noexcept {
+  if (bytes == kHugePage && spareCount > 0) return spares[--spareCount];
+  bytes = RoundUp(bytes, kPage);
+  std::byte* memory = MapAligned(bytes, PROT_READ | PROT_WRITE);
+  if (memory != nullptr) madvise(memory, bytes, MADV_HUGEPAGE);
+  return memory;
+}
+
+void FreeLarge(void* memory, std::size_t bytes) noexcept {
+  if (bytes == kHugePage && spareCount < kMostSpares) {
+    spares[spareCount++] = memory;
+    return;
+  }
+  munmap(memory, RoundUp(bytes, kPage));
+}
+
+void* ResizeLarge(void* memory, std::size_t bytes, std::size_t newBytes) noexcept {
+  bytes = RoundUp(bytes, kPage);
+  newBytes = RoundUp(newBytes, kPage);
+  if (mremap(memory, bytes, newBytes, 0) != MAP_FAILED) return memory;
+  // Huge pages stay whole only when they move from one aligned place to another.
+  std::byte* place = MapAligned(newBytes, PROT_NONE);
+  if (place == nullptr) return nullptr;
+  if (mremap(memory, bytes, newBytes, MREMAP_MAYMOVE | MREMAP_FIXED, place) != MAP_FAILED) {
+    return place;
+  }
+  munmap(place, newBytes);
+  return nullptr;
+}
+
+#else
+
+void* AllocateLarge(std::size_t bytes) noexcept {
+  return std::aligned_alloc(kHugePage, RoundUp(bytes, kHugePage));
+}
+
+void FreeLarge(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+void* ResizeLarge(void* memory, std::size_t bytes, std::size_t newBytes) noexcept {
+  void* larger = AllocateLarge(newBytes);
+  if (larger == nullptr) return nullptr;
+  std::memcpy(larger, memory, std::min(bytes, newBytes));
+  FreeLarge(memory, bytes);
+  return larger;
+}
+
+#endif
+
+}  // namespace kelmora
