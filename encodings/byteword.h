@@ -1,11 +1,15 @@
-// Eight characters at a time, for stretches of text that only need widening or narrowing. All
-// steps work on the memory order of either kind of machine.
+// Eight or more characters at a time, for stretches of text that only need widening or narrowing.
+// All steps work on the memory order of either kind of machine.
 #pragma once
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace kelmora {
 
@@ -58,6 +62,26 @@ inline std::ptrdiff_t BytesBefore(std::uint64_t marks) {
   constexpr bool kFirstIsLowest = std::endian::native == std::endian::little;
   return (kFirstIsLowest ? std::countr_zero(marks) : std::countl_zero(marks)) / 8;
 }
+
+// Widens a block of bytes, and returns how many of them stand in front of the first one that is 0
+// or beyond ASCII; the units from there on are of no use.
+#if defined(__SSE2__)
+inline constexpr std::ptrdiff_t kBytesOfBlock = 16;
+inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
+  const __m128i block = LoadAs<__m128i>(bytes);
+  const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(units), _mm_unpacklo_epi8(block, zero));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(units + 8), _mm_unpackhi_epi8(block, zero));
+  return std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi8(block, zero))));
+}
+#else
+inline constexpr std::ptrdiff_t kBytesOfBlock = kBytesOfWord;
+inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
+  const std::uint64_t others = OtherThanPlainAscii(LoadAs<std::uint64_t>(bytes));
+  WidenWord(bytes, units);
+  return others == 0 ? kBytesOfBlock : BytesBefore(others);
+}
+#endif
 
 // Whether all of eight units are ASCII.
 inline bool IsAsciiWord(const char16_t* units) {

@@ -156,8 +156,7 @@ std::string EncodeIso2022(std::u16string_view text, const CodeWriter& writer) {
 
 }  // namespace
 
-DecodeResult DecodeBytes(std::string_view bytes) {
-  DecodedText text(bytes.size());
+DecodeResult DecodeBytes(std::string_view bytes, DecodedText text) {
   const auto* next = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* const end = next + bytes.size();
   char16_t* out = text.Begin();
@@ -180,8 +179,7 @@ std::string EncodeBytes(std::u16string_view text) {
   return bytes;
 }
 
-DecodeResult DecodeCodePage(std::string_view bytes, EncodingId id) {
-  DecodedText text(bytes.size());
+DecodeResult DecodeCodePage(std::string_view bytes, EncodingId id, DecodedText text) {
   const CodeReader reader(id, text);
   char16_t* end = text.Begin();
   if (id < kFirstMultibyte) {

@@ -1,4 +1,5 @@
 #include <new>
+#include <utility>
 
 #include "conversionreport.h"
 #include "converters.h"
@@ -13,13 +14,13 @@ bool IsConvertible(EncodingId id) {
   return id == EncodingId::kNone || IndexOfEncoding(id) >= 0;
 }
 
-DecodeResult Decode(std::string_view bytes, EncodingId id, ByteOrder byteOrder) {
-  if (id >= EncodingId::kUcs4) return DecodeFourByteUnits(bytes, byteOrder);
-  if (id >= EncodingId::kUtf16) return DecodeTwoByteUnits(bytes, byteOrder);
-  if (id == EncodingId::kUtf7) return DecodeUtf7(bytes);
-  if (id == EncodingId::kUtf8) return DecodeUtf8(bytes);
-  if (id == EncodingId::kNone) return DecodeBytes(bytes);
-  return DecodeCodePage(bytes, id);
+DecodeResult Decode(std::string_view bytes, EncodingId id, ByteOrder byteOrder, DecodedText text) {
+  if (id >= EncodingId::kUcs4) return DecodeFourByteUnits(bytes, byteOrder, std::move(text));
+  if (id >= EncodingId::kUtf16) return DecodeTwoByteUnits(bytes, byteOrder, std::move(text));
+  if (id == EncodingId::kUtf7) return DecodeUtf7(bytes, std::move(text));
+  if (id == EncodingId::kUtf8) return DecodeUtf8(bytes, std::move(text));
+  if (id == EncodingId::kNone) return DecodeBytes(bytes, std::move(text));
+  return DecodeCodePage(bytes, id, std::move(text));
 }
 
 std::string Encode(std::u16string_view text, EncodingId id, ByteOrder byteOrder, bool markForUtf16,
@@ -49,7 +50,14 @@ auto Guarded(Convert convert) -> std::optional<typename decltype(convert())::val
 std::optional<TQString> DecodeText(std::string_view bytes, EncodingId id, ByteOrder byteOrder) {
   TheConversionReport().Clear();
   if (!IsConvertible(id)) return std::nullopt;
-  return Guarded([&] { return Decode(bytes, id, byteOrder); });
+  return Guarded([&] { return Decode(bytes, id, byteOrder, DecodedText(bytes.size())); });
+}
+
+std::optional<TQString> DecodeText(EncodedBytes&& bytes, EncodingId id, ByteOrder byteOrder) {
+  TheConversionReport().Clear();
+  if (!IsConvertible(id)) return std::nullopt;
+  const std::string_view view = bytes;
+  return Guarded([&] { return Decode(view, id, byteOrder, DecodedText(std::move(bytes))); });
 }
 
 std::optional<std::string> EncodeText(std::u16string_view text, EncodingId id, ByteOrder byteOrder,

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "encodings/encodedbytes.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqstring.h"
 
@@ -20,9 +21,14 @@ class DecodedText {
   // Raises TQExcept when there is no room for `mostUnits`. Pages of the block that aren't
   // written cost no memory, so the worst case may be asked for.
   explicit DecodedText(std::size_t mostUnits) {
-    constexpr std::size_t kMostOfText = 0x7FFFFFFF;
-    if (mostUnits > kMostOfText) throw TQExcept(kAllocationFailed, __LINE__, u"decodedtext.h");
+    if (mostUnits > EncodedBytes::kMostBytes)
+      throw TQExcept(kAllocationFailed, __LINE__, u"decodedtext.h");
     begin_ = text_.WriteBuffer(static_cast<int>(mostUnits));
+  }
+
+  // The text takes the place of its bytes.
+  explicit DecodedText(EncodedBytes bytes) : text_(std::move(bytes.block_)), begin_(bytes.begin_) {
+    if (begin_ == nullptr) begin_ = text_.WriteBuffer(0);
   }
 
   char16_t* Begin() { return begin_; }

@@ -48,13 +48,12 @@ char* PutFourBytes(char32_t value, const Places& places, char* out) {
 
 }  // namespace
 
-DecodeResult DecodeTwoByteUnits(std::string_view bytes, ByteOrder byteOrder) {
+DecodeResult DecodeTwoByteUnits(std::string_view bytes, ByteOrder byteOrder, DecodedText text) {
   const bool mostFirst = byteOrder == ByteOrder::kMostFirst;
   if (bytes.starts_with(mostFirst ? "\xFE\xFF" : "\xFF\xFE")) bytes.remove_prefix(kTwoBytes);
   const std::size_t count = bytes.size() / kTwoBytes;
   const unsigned char* const high = BytesOf(bytes) + (mostFirst ? 0 : 1);
   const unsigned char* const low = BytesOf(bytes) + (mostFirst ? 1 : 0);
-  DecodedText text(count);
   char16_t* out = text.Begin();
   for (std::size_t i = 0; i < count * kTwoBytes; i += kTwoBytes) {
     const char16_t unit = static_cast<char16_t>(high[i] << 8 | low[i]);
@@ -82,10 +81,9 @@ std::string EncodeTwoByteUnits(std::u16string_view text, ByteOrder byteOrder, bo
 
 // The room is that of one unit for each value and one more, so a text with two values above
 // U+FFFF fails.
-DecodeResult DecodeFourByteUnits(std::string_view bytes, ByteOrder byteOrder) {
+DecodeResult DecodeFourByteUnits(std::string_view bytes, ByteOrder byteOrder, DecodedText text) {
   const Places places = PlacesOf(byteOrder);
   const std::size_t count = bytes.size() / kFourBytes;
-  DecodedText text(count + 1);
   char16_t* out = text.Begin();
   const char16_t* const end = out + count + 1;
   const unsigned char* next = BytesOf(bytes);

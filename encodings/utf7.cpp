@@ -96,8 +96,7 @@ void EncodeRun(std::u16string_view run, std::string& bytes) {
 
 }  // namespace
 
-DecodeResult DecodeUtf7(std::string_view bytes) {
-  DecodedText text(bytes.size());
+DecodeResult DecodeUtf7(std::string_view bytes, DecodedText text) {
   char16_t* out = text.Begin();
   for (std::size_t next = 0; next < bytes.size();) {
     const auto byte = static_cast<unsigned char>(bytes[next++]);

@@ -1,4 +1,4 @@
-// UTF-8. Most text is ASCII, so both directions take eight characters in one step as long as all
+// UTF-8. Most text is ASCII, so both directions take many characters in one step as long as all
 // of them are, and fall back to one character at a time at the first that is not.
 //
 // The decoder trusts the lead byte alone: it takes as many bytes as that announces, whatever they
@@ -58,15 +58,14 @@ std::uint32_t SequenceValue(const unsigned char* bytes, int length) {
   return *bytes < kFirstBeyondAscii ? *bytes : kLastCodePoint + 1;
 }
 
-// Widens bytes until one is 0 or beyond ASCII, or fewer than a word are left.
+// Widens bytes until one is 0 or beyond ASCII, or fewer than two blocks are left. What is written
+// behind the last of them stays in front of `next`, since there are two blocks.
 void WidenAscii(const unsigned char*& next, const unsigned char* end, char16_t*& out) {
-  while (end - next >= kBytesOfWord) {
-    const std::uint64_t others = OtherThanPlainAscii(LoadAs<std::uint64_t>(next));
-    WidenWord(next, out);  // there is room: so far each unit has taken at least one byte
-    const std::ptrdiff_t count = others == 0 ? kBytesOfWord : BytesBefore(others);
+  while (end - next >= 2 * kBytesOfBlock) {
+    const std::ptrdiff_t count = WidenBlock(next, out);
     next += count;
     out += count;
-    if (others != 0) return;
+    if (count != kBytesOfBlock) return;
   }
 }
 
@@ -129,10 +128,9 @@ char* PutSequence(char32_t codePoint, char* out) {
 
 }  // namespace
 
-DecodeResult DecodeUtf8(std::string_view bytes) {
+DecodeResult DecodeUtf8(std::string_view bytes, DecodedText text) {
   const bool hasMark = bytes.starts_with(kMark);
   if (hasMark) bytes.remove_prefix(kMark.size());
-  DecodedText text(bytes.size());
   const auto* next = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* const end = next + bytes.size();
   char16_t* out = text.Begin();

@@ -25,43 +25,43 @@ FileDescriptor OpenToRead(const std::string& path) {
 
 class Reader {
  public:
-  Reader(int descriptor, std::string& bytes, LoadError& error)
+  Reader(int descriptor, EncodedBytes& bytes, LoadError& error)
       : descriptor_(descriptor), bytes_(bytes), error_(error) {}
 
   bool ReadFile(std::size_t size, std::size_t limit) {
     if (size > limit) return Fail(EFBIG);
-    bytes_.resize(size);
+    bytes_.Resize(size);
     if (!Fill()) return false;
     // Files grow while they are read, and some of the system's own have no size to tell.
-    while (length_ == bytes_.size()) {
+    while (length_ == bytes_.Size()) {
       char further = 0;
       const ssize_t count = ReadSome(&further, 1);
       if (count < 0) return Fail(errno);
       if (count == 0) return true;
       if (!Grow(limit)) return Fail(EFBIG);
-      bytes_[length_++] = further;
+      bytes_.Data()[length_++] = further;
       if (!Fill()) return false;
     }
-    bytes_.resize(length_);
+    bytes_.Resize(length_);
     return true;
   }
 
   bool ReadStream(int megabytes, int silentSeconds) {
     const std::size_t limit = static_cast<std::size_t>(megabytes) * kMegabyte;
     while (true) {
-      if (length_ == bytes_.size() && !Grow(limit)) {
+      if (length_ == bytes_.Size() && !Grow(limit)) {
         SetFileError(error_, EFBIG,
                      TQString::Format(u"The input does not end within %d MiB", {megabytes}));
         return false;
       }
       if (!AwaitData(silentSeconds)) return false;
-      const ssize_t count = ReadSome(bytes_.data() + length_, bytes_.size() - length_);
+      const ssize_t count = ReadSome(bytes_.Data() + length_, bytes_.Size() - length_);
       if (count < 0 && errno == EAGAIN) continue;
       if (count < 0) return Fail(errno);
       if (count == 0) break;
       length_ += static_cast<std::size_t>(count);
     }
-    bytes_.resize(length_);
+    bytes_.Resize(length_);
     return true;
   }
 
@@ -81,11 +81,11 @@ class Reader {
 
   // Up to the end of the file or of the room that there is; at the end the room is cut.
   bool Fill() {
-    while (length_ < bytes_.size()) {
-      const ssize_t count = ReadSome(bytes_.data() + length_, bytes_.size() - length_);
+    while (length_ < bytes_.Size()) {
+      const ssize_t count = ReadSome(bytes_.Data() + length_, bytes_.Size() - length_);
       if (count < 0) return Fail(errno);
       if (count == 0) {
-        bytes_.resize(length_);
+        bytes_.Resize(length_);
         return true;
       }
       length_ += static_cast<std::size_t>(count);
@@ -94,8 +94,8 @@ class Reader {
   }
 
   bool Grow(std::size_t limit) {
-    if (bytes_.size() >= limit) return false;
-    bytes_.resize(std::min(std::max(kFirstBlock, 2 * bytes_.size()), limit));
+    if (bytes_.Size() >= limit) return false;
+    bytes_.Resize(std::min(std::max(kFirstBlock, 2 * bytes_.Size()), limit));
     return true;
   }
 
@@ -113,16 +113,16 @@ class Reader {
   }
 
   int descriptor_;
-  std::string& bytes_;
+  EncodedBytes& bytes_;
   LoadError& error_;
   std::size_t length_ = 0;  // of what was read into bytes_
 };
 
 }  // namespace
 
-bool ReadWholeFile(std::u16string_view path, std::string& bytes, LoadError& error,
+bool ReadWholeFile(std::u16string_view path, EncodedBytes& bytes, LoadError& error,
                    const StreamLimits& limits) {
-  bytes.clear();
+  bytes.Resize(0);
   const std::string name = ToNative(path);
   const int ownDescriptor = DescriptorOfName(name);
   FileDescriptor file = OpenToRead(name);

@@ -41,14 +41,16 @@ std::unique_ptr<TQUrlLoader> MakeLoader(const TransferOptions& options) {
   return loader;
 }
 
-bool FetchUrl(const TQString& url, std::string& bytes, LoadError& error,
+bool FetchUrl(const TQString& url, EncodedBytes& bytes, LoadError& error,
               const TransferOptions& options) {
   const auto loader = MakeLoader(options);
   if (!loader->Fetch(url)) {
     error.Set(LoadError::File, LoadError::UrlUnreadable);
     return false;
   }
-  bytes = loader->TakeBuffer();
+  const std::string fetched = loader->TakeBuffer();
+  bytes.Resize(fetched.size());
+  fetched.copy(bytes.Data(), fetched.size());
   return true;
 }
 
@@ -124,15 +126,15 @@ bool LoadedDocument::ReadText(const TQString& path, LoadError& error,
     error.Set(LoadError::Internal, LoadError::EmptyName);
     return false;
   }
-  std::string bytes;
+  EncodedBytes bytes;
   const bool wasRead = ClassifyPath(path) == kUrlPath ? FetchUrl(path, bytes, error, options)
                                                       : ReadWholeFile(path, bytes, error);
-  return wasRead && Decode(bytes, error);
+  return wasRead && Decode(std::move(bytes), error);
 }
 
-bool LoadedDocument::Decode(std::string_view bytes, LoadError& error) {
+bool LoadedDocument::Decode(EncodedBytes bytes, LoadError& error) {
   const DetectedEncoding encoding = DetectEncoding(bytes);
-  std::optional<TQString> text = DecodeText(bytes, encoding.id, encoding.byteOrder);
+  std::optional<TQString> text = DecodeText(std::move(bytes), encoding.id, encoding.byteOrder);
   if (!text.has_value() || UnmappableCount() > 0) {
     error.Set(LoadError::Decoding, LoadError::DecodeWarning);
   }

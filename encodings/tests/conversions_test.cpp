@@ -10,11 +10,21 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// From a block of exactly this size, so that a read beyond it is seen.
+// From a block of exactly this size, so that a read beyond it is seen; and over the bytes, which
+// must come to the same.
 std::optional<TQString> DecodeExactly(std::string_view bytes, int id, int byteOrder) {
+  EncodedBytes over;
+  over.Resize(bytes.size() / 2);
+  bytes.copy(over.Data(), over.Size());
+  over.Resize(bytes.size());
+  bytes.copy(over.Data() + bytes.size() / 2, bytes.size(), bytes.size() / 2);
+  const auto inPlace = DecodeText(std::move(over), EncodingId{id}, ByteOrder{byteOrder});
   const auto block = std::make_unique<char[]>(bytes.size());
   bytes.copy(block.get(), bytes.size());
-  return DecodeText({block.get(), bytes.size()}, EncodingId{id}, ByteOrder{byteOrder});
+  auto text =
+      DecodeText(std::string_view(block.get(), bytes.size()), EncodingId{id}, ByteOrder{byteOrder});
+  EXPECT_EQ(inPlace, text) << id;
+  return text;
 }
 
 TEST(DecodeText, Rows) {
@@ -144,7 +154,7 @@ TEST(EncodeText, Rows) {
 TEST(Conversions, StretchesOfEveryLength) {
   for (const std::u16string_view other :
        {u"\x7F"sv, u"é"sv, u"€"sv, u"\U0001F600"sv, u"\xDE00"sv}) {
-    for (std::size_t length = 0; length < 40; ++length) {
+    for (std::size_t length = 0; length < 70; ++length) {
       for (std::size_t place = 0; place <= length; ++place) {
         std::u16string text(length, u'a');
         text.insert(place, other);

@@ -121,7 +121,7 @@ TEST(LoadedDocument, FailuresArriveInTheError) {
     EXPECT_EQ(loaded.error.code, row.code) << ToNative(row.path);
     EXPECT_EQ(ToNative(loaded.error.message), row.message);
   }
-  std::string bytes;
+  EncodedBytes bytes;
   LoadError error;
   EXPECT_FALSE(ReadWholeFile(directory.Name("pipe"), bytes, error, {.silentSeconds = 0}));
   EXPECT_EQ(error.message, u"No data came within 0 seconds");
@@ -138,13 +138,13 @@ TEST(LoadedDocument, ReadsPipesAndFilesOfUnknownSize) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const std::string sent(300'000, 'x');
   std::thread writer([&] { directory.Write("pipe", sent); });
-  std::string bytes;
+  EncodedBytes bytes;
   LoadError error;
   EXPECT_TRUE(ReadWholeFile(FromNative(path), bytes, error));
   writer.join();
-  EXPECT_EQ(bytes, sent);
+  EXPECT_EQ(bytes.View(), sent);
   EXPECT_TRUE(ReadWholeFile(u"/proc/self/status", bytes, error));
-  EXPECT_TRUE(bytes.starts_with("Name:"));
+  EXPECT_TRUE(bytes.View().starts_with("Name:"));
 
   // The writer of a pipe that was given to the process may be gone already.
   int ends[2];
@@ -154,7 +154,7 @@ TEST(LoadedDocument, ReadsPipesAndFilesOfUnknownSize) {
   const std::string name = Join("/dev/fd/", std::to_string(ends[0]));
   for (const char* expected : {"<a/>", ""}) {
     EXPECT_TRUE(ReadWholeFile(FromNative(name), bytes, error, {.silentSeconds = 1}));
-    EXPECT_EQ(bytes, expected);
+    EXPECT_EQ(bytes.View(), expected);
   }
   close(ends[0]);
 }

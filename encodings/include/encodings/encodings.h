@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "encodings/encodedbytes.h"
 #include "tqcore/tqstring.h"
 
 namespace kelmora {
@@ -89,6 +90,9 @@ struct DetectedEncoding {
 // The text ends at the first U+0000, as every TQString does, but all bytes are read and counted.
 // A leading mark is dropped. The capacity of the result is its length. Linear.
 [[nodiscard]] std::optional<TQString> DecodeText(std::string_view bytes, EncodingId id,
+                                                 ByteOrder byteOrder);
+// The same in one block: the bytes are used up.
+[[nodiscard]] std::optional<TQString> DecodeText(EncodedBytes&& bytes, EncodingId id,
                                                  ByteOrder byteOrder);
 
 // `markForUtf16` puts a mark in front of two- and four-byte units, `markForUtf8` of UTF-8. Linear.

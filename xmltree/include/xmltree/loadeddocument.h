@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "encodings/encodedbytes.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/documentkindtable.h"
 #include "xmltree/loaderror.h"
@@ -69,7 +70,7 @@ class LoadedDocument {
 
  private:
   bool ReadText(const TQString& path, LoadError& error, const TransferOptions& options);
-  bool Decode(std::string_view bytes, LoadError& error);
+  bool Decode(EncodedBytes bytes, LoadError& error);
   const DocumentKindRow* RowForName() const;
   std::unique_ptr<XTree> Parse(const DocumentKindRow& row, LoadError& error);
 
