@@ -4,12 +4,21 @@
 #include <utility>
 
 #include "tqcore/tqstring.h"
+#include "tqcore/tqtext.h"
 
 namespace kelmora {
 namespace {
 
 constexpr std::size_t kDeclarationUnits = 100;
-constexpr std::u16string_view kBreaks = u"\r\n";
+
+// Whether what a character is written as depends on those before it.
+bool HasShifts(EncodingId encoding) {
+  return encoding == EncodingId::kUtf7 || encoding == EncodingId::kIso2022Jp;
+}
+
+bool IsHighSurrogate(char16_t unit) {
+  return unit >= 0xD800 && unit < 0xDC00;
+}
 
 }  // namespace
 
@@ -32,14 +41,24 @@ EncodingId DeclaredEncoding(std::u16string_view text) {
   return end == value.npos ? EncodingId::kNone : EncodingFromName(value.substr(1, end - 1));
 }
 
-std::u16string_view TextEncoder::TakePiece() {
-  std::size_t end = rest_.size();
-  if (end > pieceUnits_) {
-    end = rest_.find_first_of(kBreaks, pieceUnits_);
-    if (end == rest_.npos) end = rest_.size() - 1;
-    if (rest_[end] == u'\r' && end + 1 < rest_.size() && rest_[end + 1] == u'\n') ++end;
+// How many units the next piece has.
+std::size_t TextEncoder::PieceEnd() const {
+  if (rest_.size() <= pieceUnits_) return rest_.size();
+  std::size_t end = pieceUnits_;
+  if (HasShifts(encoding_)) {
+    end = FindLineEnd(rest_, end);
+    if (end == rest_.npos) return rest_.size();
     ++end;
   }
+  const auto cutsPair = [this](std::size_t at) {
+    return IsHighSurrogate(rest_[at - 1]) || (rest_[at - 1] == u'\r' && rest_[at] == u'\n');
+  };
+  while (end < rest_.size() && cutsPair(end)) ++end;
+  return end;
+}
+
+std::u16string_view TextEncoder::TakePiece() {
+  const std::size_t end = PieceEnd();
   const std::u16string_view piece = rest_.substr(0, end);
   rest_.remove_prefix(end);
   isDone_ = rest_.empty();
@@ -48,8 +67,7 @@ std::u16string_view TextEncoder::TakePiece() {
 
 // True also for some texts that need no conversion, which then changes nothing.
 bool TextEncoder::HasForeignLineEnd(std::u16string_view piece) const {
-  return lineEnd_ == u"\n" ? piece.find(u'\r') != piece.npos
-                           : piece.find_first_of(kBreaks) != piece.npos;
+  return (lineEnd_ == u"\n" ? FindUnit(piece, u'\r') : FindLineEnd(piece)) != piece.npos;
 }
 
 bool TextEncoder::EncodeNext(std::string& bytes) {

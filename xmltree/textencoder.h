@@ -13,13 +13,15 @@ namespace kelmora {
 // units are looked at.
 [[nodiscard]] EncodingId DeclaredEncoding(std::u16string_view text);
 
-// Pieces end behind a line end. There no encoding has a shift in force, so that the bytes of the
-// pieces together are those of the text as a whole.
+// No piece ends inside a pair of surrogates or a CR LF. In an encoding with shifts pieces end
+// behind a line end, where no shift is in force. So the bytes of the pieces together are those of
+// the text as a whole.
 class TextEncoder {
  public:
-  // Both texts must stay as they are. `pieceUnits` is the least size of a piece but the last.
+  // Both texts must stay as they are. `pieceUnits`, at least 1, is the least size of a piece but
+  // the last.
   TextEncoder(std::u16string_view text, std::u16string_view lineEnd, EncodingId encoding,
-              std::size_t pieceUnits = std::size_t{1} << 20)
+              std::size_t pieceUnits = std::size_t{1} << 16)
       : rest_(text), lineEnd_(lineEnd), encoding_(encoding), pieceUnits_(pieceUnits) {}
 
   // False when a conversion fails.
@@ -28,6 +30,7 @@ class TextEncoder {
   std::size_t Unmappable() const { return unmappable_; }
 
  private:
+  std::size_t PieceEnd() const;
   std::u16string_view TakePiece();
   bool HasForeignLineEnd(std::u16string_view piece) const;
 

@@ -86,7 +86,7 @@ TEST(SaveText, FindsTheDeclaredEncoding) {
 // Whatever the size of the pieces, the bytes are those of the whole.
 TEST(SaveText, PiecesMakeUpTheWhole) {
   std::mt19937 random(5);
-  const std::u16string_view alphabet = u"ab\r\n\u00E9\u3042\u4E00+-\t";
+  const std::u16string_view alphabet = u"ab\r\n\u00E9\u3042\u4E00+-\t\xD83D\xDE00";
   for (const EncodingId id : {EncodingId::kUtf8, EncodingId::kUtf7, EncodingId::kUtf16,
                               EncodingId::kUcs4, EncodingId::kIso2022Jp, EncodingId::kEucJp}) {
     std::u16string text;
