@@ -75,7 +75,7 @@ bool ParseInto(XTree& tree, const DocumentKindRow& row, View text, View startRul
     return false;
   }
   parser.ReleaseTree();
-  if (normalize) tree.root->NormalizeTree(tree);
+  if (normalize) walk.Tidy();
   return true;
 }
 

@@ -9,6 +9,8 @@
 
 #include <array>
 
+#include "declarationname.h"
+
 namespace kelmora {
 
 namespace {
@@ -174,6 +176,15 @@ std::int32_t RepeatOf(std::u16string_view text) {
   }
 }
 
+// Whether an element has to be looked at again when it gets a child of `kind`: for an attribute
+// that is not in front, for two texts side by side, for a text that may stay the only child.
+bool MayBeUntidy(const XTreeContainer& element, XTreeKind kind) {
+  const XTreeNode* last = element.last;
+  if (!element.text.empty()) return true;
+  if (kind == XTreeKind::Attribute) return last != nullptr && last->kind != XTreeKind::Attribute;
+  return kind == XTreeKind::Text && (last == nullptr || last->kind == XTreeKind::Text);
+}
+
 // White space is the whole content: one group that was pruned down to nothing.
 bool IsBlankContent(const ParsoNode& node) {
   const ParsoNode* child = node.firstChild;
@@ -183,32 +194,65 @@ bool IsBlankContent(const ParsoNode& node) {
 
 }  // namespace
 
+void ParseTreeWalk::NoteUntidy(XTreeContainer& container) {
+  if ((container.flags & XTreeNode::Untidy) != 0) return;
+  container.flags |= XTreeNode::Untidy;
+  untidy_.push_back(&container);
+}
+
+void ParseTreeWalk::Tidy() {
+  for (XTreeContainer* container : untidy_) {
+    container->Normalize(tree_);
+    container->flags &= static_cast<std::uint8_t>(~XTreeNode::Untidy);
+  }
+  untidy_.clear();
+}
+
+void ParseTreeWalk::SetName(XTreeNode& node, std::u16string_view name) {
+  node.SetName(name);
+  if (node.kind != XTreeKind::Attribute) return;
+  if (name.size() >= XTreeNode::kLongName || name.starts_with(kDeclarationName)) {
+    plainAttributes_ = false;
+  }
+}
+
 bool ParseTreeWalk::Run(const ParsoNode& top, XTreeContainer& container) {
+  NoteUntidy(container);
   levels_.clear();
-  levels_.push_back({&top, &container, GrammarRule::None});
+  Level level{nullptr, &container, GrammarRule::None};  // the innermost one
+  const ParsoNode* node = &top;                         // whose siblings don't belong to the walk
   while (true) {
-    Level& level = levels_.back();
-    const ParsoNode* node = level.next;
-    const bool isTop = levels_.size() == 1;
-    level.next = isTop ? nullptr : node->next;
+    level.next = node != &top ? node->next : nullptr;
+    if (level.next != nullptr) __builtin_prefetch(level.next);
     bool skipChildren = false;
     XTreeNode* filled = Enter(*node, level, skipChildren);
     if (filled == nullptr) return false;
     if (node->firstChild != nullptr && !skipChildren) {
-      levels_.push_back({node->firstChild, filled, node->Rule()});
+      levels_.push_back(level);
+      level = {nullptr, filled, node->Rule()};
+      node = node->firstChild;
       continue;
     }
-    while (levels_.back().next == nullptr) {
+    while (level.next == nullptr) {
+      if (levels_.empty()) {
+        if (plainAttributes_) container.flags |= XTreeNode::PlainAttributes;
+        return true;
+      }
+      level = levels_.back();
       levels_.pop_back();
-      if (levels_.empty()) return true;
     }
+    node = level.next;
   }
 }
 
 XTreeNode* ParseTreeWalk::Append(const ParsoNode& node, XTreeKind kind, XTreeNode* container) {
   XTreeContainer* parent = container->AsContainer();
   if (parent == nullptr) return nullptr;
+  if (MayBeUntidy(*parent, kind)) NoteUntidy(*parent);
   XTreeNode* made = tree_.MakeOfKind(kind);
+  if (kind != XTreeKind::Element && made->CanHaveChildren()) {
+    NoteUntidy(static_cast<XTreeContainer&>(*made));
+  }
   made->sourceStart = static_cast<std::int32_t>(node.text - textStart_);
   made->sourceEnd = made->sourceStart + node.length;
   parent->AppendChild(made);
@@ -240,7 +284,7 @@ XTreeNode* ParseTreeWalk::Enter(const ParsoNode& node, Level& level, bool& skipC
     case Act::Content:
       return EnterContent(node, current, skipChildren);
     case Act::SetName:
-      current->SetName(node.Text());
+      SetName(*current, node.Text());
       return current;
     case Act::SetText:
       current->SetText(node.Text());

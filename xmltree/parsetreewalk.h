@@ -21,6 +21,9 @@ class ParseTreeWalk {
   // Hangs what the parse tree holds under `container`. False when the tree has a shape that the
   // grammars do not give. Linear, without recursion.
   [[nodiscard]] bool Run(const ParsoNode& top, XTreeContainer& container);
+  // Normalizes the nodes of the last run for which that does anything. The outcome is that of
+  // NormalizeTree, without another walk.
+  void Tidy();
 
  private:
   // The children of one parse node. What they make goes under `current`, which some of them change
@@ -34,6 +37,8 @@ class ParseTreeWalk {
   // The node that the children of `node` fill; null when the shape is wrong.
   XTreeNode* Enter(const ParsoNode& node, Level& level, bool& skipChildren);
   XTreeNode* Append(const ParsoNode& node, XTreeKind kind, XTreeNode* container);
+  void NoteUntidy(XTreeContainer& container);
+  void SetName(XTreeNode& node, std::u16string_view name);
   XTreeNode* EnterContent(const ParsoNode& node, XTreeNode* current, bool& skipChildren);
   XTreeNode* EnterComment(const ParsoNode& node, XTreeNode* current);
   XTreeNode* StartElement(const ParsoNode& node, Level& level);
@@ -44,6 +49,8 @@ class ParseTreeWalk {
   const char16_t* textStart_;
   bool foldTexts_;
   std::vector<Level> levels_;
+  std::vector<XTreeContainer*> untidy_;
+  bool plainAttributes_ = true;
 };
 
 }  // namespace kelmora

@@ -30,7 +30,7 @@ bool IsAttributeKind(Kind kind) {
 }
 
 bool HasReference(View value) {
-  return value.find(u'&') != View::npos;
+  return FindUnit(value, u'&') != View::npos;
 }
 
 // A text or CDATA section among the children, or a text of the element's own.

@@ -68,6 +68,7 @@ void ReadPairs(View text, std::vector<View>& namespaces, std::vector<View>& loca
 void Detector::LookAtAttribute(const XTreeNode& attribute, const XTreeNode& element, Level& level) {
   static constexpr View kXmlns = u"xmlns";
   static constexpr std::size_t kShortestWord = View(u"schemaLocation").size();
+  static_assert(kShortestWord == XTreeNode::kLongName);
   const View name = attribute.GetName();
   const bool isDeclaration = name.starts_with(kXmlns);
   if (!isDeclaration && name.size() < kShortestWord) return;
@@ -144,6 +145,7 @@ void Detector::EndLevel(const Level& level) {
 }
 
 SchemaReference Detector::Run(const XTreeNode& node, bool ignoreDoctype) {
+  const bool isPlain = (node.flags & XTreeNode::PlainAttributes) != 0;
   std::vector<Level> levels;
   levels.push_back({node.FirstChild(), {}, {}, {}});
   while (!levels.empty()) {
@@ -156,6 +158,7 @@ SchemaReference Detector::Run(const XTreeNode& node, bool ignoreDoctype) {
     const XTreeNode& child = *level.next;
     level.next = child.next;
     if (child.kind == XTreeKind::Element) {
+      if (isPlain) continue;  // no attribute of the tree is worth a look
       namespaces_.clear();
       locations_.clear();
       LookAtElement(child, level);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "tqcore/tqtext.h"
 #include "treedump.h"
 
@@ -167,6 +169,32 @@ TEST(XTree, NormalizeTidiesTreesOfOtherOrigin) {
   EXPECT_EQ(Dump(*element), "<e 'own ' @=x @=y 'ab' '<![c' <> 'def'>");
   EXPECT_EQ(element->CountChildren(XTreeKind::Any), static_cast<int>(element->childCount));
   EXPECT_EQ(element->CountChildren(XTreeKind::Text), 4);
+}
+
+// The walk tidies only the nodes that it took note of; NormalizeTree looks at every node.
+TEST(XTree, TheWalkTidiesAsNormalizeTreeDoes) {
+  std::mt19937 random(31);
+  constexpr std::u16string_view kPieces[] = {u"t",  u" ",          u"&e;",     u"<![CDATA[x]]>",
+                                             u"]>", u"<!--c-->",   u"<?p d?>", u"<c/>",
+                                             u"",   u"<d y='1'/>", u"<a>",     u"<b x='1' z='2'>"};
+  for (int round = 0; round < 400; ++round) {
+    std::u16string text = u"<?xml version='1.0'?><!--c--><!DOCTYPE r [<!ENTITY e 'x'> %p; %q;]>";
+    std::vector<std::u16string_view> open = {u"</r>"};
+    text += u"<r>";
+    for (int i = 0; i < 30; ++i) {
+      const std::u16string_view piece = kPieces[random() % std::size(kPieces)];
+      text += piece.empty() && open.size() > 1 ? open.back() : piece;
+      if (piece.empty() && open.size() > 1) open.pop_back();
+      if (piece.starts_with(u"<a")) open.push_back(u"</a>");
+      if (piece.starts_with(u"<b")) open.push_back(u"</b>");
+    }
+    for (; !open.empty(); open.pop_back()) text += open.back();
+    const auto tidied = ParseText(text);
+    const auto plain = ParseText(text, GrammarKind::XML, false);
+    ASSERT_NE(tidied->tree, nullptr) << ToNative(text);
+    plain->tree->root->NormalizeTree(*plain->tree);
+    EXPECT_EQ(Dump(*tidied->tree->root), Dump(*plain->tree->root)) << ToNative(text);
+  }
 }
 
 TEST(XTree, DocumentsPutDeclarationAndDoctypeInFront) {

@@ -50,8 +50,16 @@ struct XTreeNode {
   std::int32_t sourceStart = -1;  // offset of the first unit, -1 when made by other means
   std::int32_t sourceEnd = -1;    // offset behind the last unit
   XTreeKind kind;
-  std::uint8_t flags = 0;
+  std::uint8_t flags = 0;        // of Flag
   std::uint32_t childCount = 0;  // of a container; it stands here because here it costs no room
+
+  // What the walk that made a tree found out on its way.
+  enum Flag : std::uint8_t {
+    Untidy = 1,  // a container that Normalize has something to do for
+    // A root below which no attribute's name begins with "xmlns" or has kLongName units.
+    PlainAttributes = 2,
+  };
+  static constexpr std::size_t kLongName = 14;
 
   explicit XTreeNode(XTreeKind nodeKind) : kind(nodeKind) {}
 
