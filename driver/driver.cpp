@@ -34,7 +34,6 @@ int Driver::Main(int argc, const char* const* argv) {
     reserve.Release();
     WriteLine(kError, DescribeUncaughtError());
   }
-  Cleanup();
   return 0;
 }
 
