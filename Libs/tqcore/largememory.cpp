@@ -5,16 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-// Sanitizers know the bounds of what malloc gave, and look for pointers there.
-#if defined(__SANITIZE_ADDRESS__)
-#define KELMORA_IS_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KELMORA_IS_SANITIZED
-#endif
-#endif
-
-#if defined(__linux__) && !defined(KELMORA_IS_SANITIZED)
+#if defined(__linux__) && !KELMORA_IS_SANITIZED
 #define KELMORA_MAPS_MEMORY
 #include <sys/mman.h>
 #endif

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <limits>
 
+#include "textblocks.h"
 #include "tqcore/largememory.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
@@ -37,34 +38,17 @@ std::int64_t RoundUp(std::int64_t capacity) {
   return ((capacity - 1) / kRounding + 1) * kRounding;
 }
 
+// The capacity itself, or, for a block of huge pages, one that leaves no part of the last unused:
+// what is touched in small pages stays in small pages.
+std::int64_t FillHugePages(std::int64_t capacity) {
+  const std::size_t size = BlockSize(capacity);
+  if (size < kHugePage) return capacity;
+  const std::size_t unused = (kHugePage - size % kHugePage) % kHugePage;
+  return capacity + static_cast<std::int64_t>(unused / sizeof(char16_t));
+}
+
 void CopyUnits(char16_t* to, const char16_t* from, std::size_t count) {
   if (count != 0) std::memmove(to, from, count * sizeof(char16_t));
-}
-
-// From here on a block is a piece of large memory, which grows without being copied.
-constexpr std::size_t kLargeBlock = 2 * kHugePage;
-
-constexpr bool IsLarge(std::size_t bytes) {
-  return bytes >= kLargeBlock;
-}
-
-void FreeBlock(void* block, std::size_t bytes) noexcept {
-  if (IsLarge(bytes)) {
-    FreeLarge(block, bytes);
-  } else {
-    std::free(block);
-  }
-}
-
-// Without a block `bytes` is 0. Null when memory is out.
-void* ResizeBlock(void* block, std::size_t bytes, std::size_t newBytes) noexcept {
-  if (!IsLarge(bytes) && !IsLarge(newBytes)) return std::realloc(block, newBytes);
-  if (IsLarge(bytes) && IsLarge(newBytes)) return ResizeLarge(block, bytes, newBytes);
-  void* resized = IsLarge(newBytes) ? AllocateLarge(newBytes) : std::malloc(newBytes);
-  if (resized == nullptr || block == nullptr) return resized;
-  std::memcpy(resized, block, std::min(bytes, newBytes));
-  FreeBlock(block, bytes);
-  return resized;
 }
 
 int ToIndex(std::size_t position) {
@@ -139,7 +123,7 @@ TQString& TQString::Assign(std::u16string_view text) {
 }
 
 void TQString::Free() noexcept {
-  FreeBlock(block_, BlockSize(block_->capacity));
+  FreeTextBlock(block_, BlockSize(block_->capacity));
   block_ = Empty();
 }
 
@@ -156,8 +140,8 @@ void TQString::Reallocate(std::int64_t capacity, int keep) {
   if (keep == 0) Clear();
   const std::size_t size = BlockSize(capacity);
   static_assert(BlockSize(0) == sizeof(Block) + sizeof(char16_t));
-  void* memory = OwnsBlock() ? ResizeBlock(block_, BlockSize(block_->capacity), size)
-                             : ResizeBlock(nullptr, 0, size);
+  void* memory = OwnsBlock() ? ResizeTextBlock(block_, BlockSize(block_->capacity), size)
+                             : ResizeTextBlock(nullptr, 0, size);
   if (memory == nullptr) throw TQExcept(kAllocationFailed, __LINE__, kFile);
   block_ = static_cast<Block*>(memory);
   block_->capacity = static_cast<std::int32_t>(capacity);
@@ -169,7 +153,8 @@ void TQString::Reallocate(std::int64_t capacity, int keep) {
 // a text appended to piece by piece is copied a constant number of times.
 void TQString::Grow(std::int64_t needed, std::int64_t margin, int keep) {
   const std::int64_t geometric = std::int64_t{Capacity()} + Capacity() / 2;
-  const std::int64_t wanted = std::max(needed + std::max<std::int64_t>(margin, 0), geometric);
+  const std::int64_t least = std::max(needed + std::max<std::int64_t>(margin, 0), geometric);
+  const std::int64_t wanted = FillHugePages(least);
   Reallocate(std::max(needed, std::min(wanted, kLargestCapacity)), keep);
 }
 
@@ -362,11 +347,11 @@ constexpr std::u16string_view kWideSpaces = u" \t\n\v\f\r";
 }
 
 void TQString::TrimLeft() {
-  TrimLeft(kWideSpaces);
+  if (IsWideSpace(Text()[0])) TrimLeft(kWideSpaces);
 }
 
 void TQString::TrimRight() {
-  TrimRight(kWideSpaces);
+  if (!IsEmpty() && IsWideSpace(Text()[Length() - 1])) TrimRight(kWideSpaces);
 }
 
 void TQString::Squeeze(std::u16string_view set, char16_t replacement, std::u16string_view quotes) {

@@ -310,7 +310,8 @@ TEST(TQString, LargeBlocksKeepTheirText) {
   }
   EXPECT_TRUE(text == expected);
   const TQString copy = text;
-  for (const int length : {7'000'000, 2'097'147, 2'097'146, 2'097'145, 2'097'144, 5}) {
+  for (const int length :
+       {7'000'000, 1'048'572, 1'048'571, 1'048'570, 1'048'569, 125, 124, 123, 5}) {
     text.Resize(length);
     EXPECT_TRUE(text == std::u16string_view(expected).substr(0, static_cast<std::size_t>(length)));
   }

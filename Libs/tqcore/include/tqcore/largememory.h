@@ -6,6 +6,19 @@
 
 #include <cstddef>
 
+// A sanitizer knows the bounds of what malloc gave, and looks for pointers there. So with one each
+// object has an allocation of its own.
+#if defined(__SANITIZE_ADDRESS__)
+#define KELMORA_IS_SANITIZED true
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KELMORA_IS_SANITIZED true
+#endif
+#endif
+#ifndef KELMORA_IS_SANITIZED
+#define KELMORA_IS_SANITIZED false
+#endif
+
 namespace kelmora {
 
 inline constexpr std::size_t kHugePage = std::size_t{1} << 21;  // bytes
