@@ -63,8 +63,15 @@ inline std::ptrdiff_t BytesBefore(std::uint64_t marks) {
   return (kFirstIsLowest ? std::countr_zero(marks) : std::countl_zero(marks)) / 8;
 }
 
-// Widens a block of bytes, and returns how many of them stand in front of the first one that is 0
-// or beyond ASCII; the units from there on are of no use.
+// Whether all of eight units are ASCII.
+inline bool IsAsciiWord(const char16_t* units) {
+  constexpr std::uint64_t kBeyondAscii = 0xFF80FF80FF80FF80;
+  return ((LoadAs<std::uint64_t>(units) | LoadAs<std::uint64_t>(units + 4)) & kBeyondAscii) == 0;
+}
+
+// WidenBlock widens a block of bytes and returns how many of them stand in front of the first one
+// that is 0 or beyond ASCII; the units from there on are of no use. NarrowBlock narrows a block of
+// units that are all ASCII, else it returns false.
 #if defined(__SSE2__)
 inline constexpr std::ptrdiff_t kBytesOfBlock = 16;
 inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
@@ -74,6 +81,12 @@ inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(units + 8), _mm_unpackhi_epi8(block, zero));
   return std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi8(block, zero))));
 }
+inline bool NarrowBlock(const char16_t* units, char* bytes) {
+  if (!IsAsciiWord(units) || !IsAsciiWord(units + 8)) return false;
+  const __m128i block = _mm_packus_epi16(LoadAs<__m128i>(units), LoadAs<__m128i>(units + 8));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
+  return true;
+}
 #else
 inline constexpr std::ptrdiff_t kBytesOfBlock = kBytesOfWord;
 inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
@@ -81,12 +94,11 @@ inline std::ptrdiff_t WidenBlock(const unsigned char* bytes, char16_t* units) {
   WidenWord(bytes, units);
   return others == 0 ? kBytesOfBlock : BytesBefore(others);
 }
-#endif
-
-// Whether all of eight units are ASCII.
-inline bool IsAsciiWord(const char16_t* units) {
-  constexpr std::uint64_t kBeyondAscii = 0xFF80FF80FF80FF80;
-  return ((LoadAs<std::uint64_t>(units) | LoadAs<std::uint64_t>(units + 4)) & kBeyondAscii) == 0;
+inline bool NarrowBlock(const char16_t* units, char* bytes) {
+  if (!IsAsciiWord(units)) return false;
+  NarrowWord(units, bytes);
+  return true;
 }
+#endif
 
 }  // namespace kelmora

@@ -70,19 +70,25 @@ void WidenAscii(const unsigned char*& next, const unsigned char* end, char16_t*&
 }
 
 void NarrowAscii(const char16_t*& next, const char16_t* end, char*& out) {
-  while (end - next >= kBytesOfWord && IsAsciiWord(next)) {
-    NarrowWord(next, out);
-    next += kBytesOfWord;
-    out += kBytesOfWord;
+  while (end - next >= kBytesOfBlock && NarrowBlock(next, out)) {
+    next += kBytesOfBlock;
+    out += kBytesOfBlock;
   }
+}
+
+bool IsAscii(std::span<const char16_t> units) {
+  std::size_t i = 0;
+  for (; i + kBytesOfWord <= units.size(); i += kBytesOfWord) {
+    if (!IsAsciiWord(units.data() + i)) return false;
+  }
+  return std::ranges::all_of(units.subspan(i),
+                             [](char16_t unit) { return unit < kFirstBeyondAscii; });
 }
 
 // Each unit counts as it would by itself, and each pair of surrogates saves two bytes. `units`
 // must be followed by one more unit.
 std::size_t SizeOfBlock(std::span<const char16_t> units) {
-  std::uint16_t combined = 0;
-  for (const char16_t unit : units) combined |= unit;
-  if (combined < kFirstBeyondAscii) return units.size();
+  if (IsAscii(units)) return units.size();
   std::uint16_t sum = 0;  // as wide as a unit, so that the compiler adds up eight at once
   for (std::size_t i = 0; i < units.size(); ++i) {
     const bool isPair = IsHighSurrogate(units[i]) & IsLowSurrogate(units.data()[i + 1]);
