@@ -86,26 +86,34 @@ def rules(directory, size):
                                                             XSL % '\n'.join(body))
 
 
-def keys(directory, size):
-    body = ('<xsl:output method="text"/><xsl:key name="g" match="record" use="@group"/>'
-            '<xsl:key name="i" match="record" use="@id"/>'
-            '<xsl:template match="/"><xsl:for-each select="records/record[generate-id()='
-            'generate-id(key(\'g\',@group)[1])]"><xsl:value-of select="@group"/>:'
-            '<xsl:value-of select="count(key(\'g\',@group))"/><xsl:text>\n</xsl:text>'
-            '</xsl:for-each><xsl:for-each select="records/record"><xsl:value-of '
-            'select="key(\'i\',concat(\'r\',position()))/name"/></xsl:for-each></xsl:template>')
-    return write(directory, 'in.xml', records(size)), write(directory, 'in.xsl', XSL % body)
+def text_sheet(directory, source, body, templates=''):
+    """A stylesheet with text as its result, whose template for the root has this body."""
+    sheet = f'<xsl:output method="text"/>{templates}<xsl:template match="/">{body}</xsl:template>'
+    return write(directory, 'in.xml', source), write(directory, 'in.xsl', XSL % sheet)
 
 
-def sorts(directory, size):
-    body = ('<xsl:output method="text"/><xsl:template match="/">'
-            '<xsl:for-each select="records/record"><xsl:sort select="name"/><xsl:value-of '
-            'select="@id"/></xsl:for-each><xsl:for-each select="records/record"><xsl:sort '
-            'select="price" data-type="number" order="descending"/><xsl:value-of select="@id"/>'
-            '</xsl:for-each><xsl:for-each select="records/record"><xsl:sort select="date"/>'
-            '<xsl:sort select="@group"/><xsl:sort select="price" data-type="number"/><xsl:value-of '
-            'select="@id"/></xsl:for-each></xsl:template>')
-    return write(directory, 'in.xml', records(size)), write(directory, 'in.xsl', XSL % body)
+def keys_join(directory, size):
+    return text_sheet(directory, records(size),
+                      '<xsl:for-each select="records/record"><xsl:value-of select="key(\'i\','
+                      'concat(\'r\',position()))/name"/></xsl:for-each>',
+                      '<xsl:key name="i" match="record" use="@id"/>')
+
+
+def keys_grouping(directory, size):
+    return text_sheet(directory, records(size),
+                      '<xsl:for-each select="records/record[generate-id()=generate-id('
+                      'key(\'g\',@group)[1])]"><xsl:value-of select="@group"/>:<xsl:for-each '
+                      'select="key(\'g\',@group)"><xsl:value-of select="price"/>,</xsl:for-each>'
+                      '</xsl:for-each>',
+                      '<xsl:key name="g" match="record" use="@group"/>')
+
+
+def sorts(*sort_keys):
+    """A family that sorts the records by the keys: attributes of xsl:sort."""
+    sort = ''.join(f'<xsl:sort {key}/>' for key in sort_keys)
+    body = (f'<xsl:for-each select="records/record">{sort}<xsl:value-of select="@id"/>'
+            '</xsl:for-each>')
+    return lambda directory, size: text_sheet(directory, records(size), body)
 
 
 def recursion_linear(directory, size):
@@ -135,16 +143,34 @@ def recursion_divide(directory, size):
     return write(directory, 'in.xml', '<a/>'), write(directory, 'in.xsl', XSL % body)
 
 
-def xpath(directory, size):
-    body = ('<xsl:output method="text"/><xsl:template match="/"><xsl:for-each select="//section">'
-            '<xsl:value-of select="count(.//para[emph])"/>,<xsl:value-of select="para[3]/@role"/>,'
-            '<xsl:value-of select="count(ancestor::*|following-sibling::section[1]|'
-            'preceding-sibling::section[1])"/>,<xsl:value-of select="para[last()]/link/@to"/>,'
-            '<xsl:value-of select="count(para[@role=\'alpha\' or position() &gt; 5])"/>;'
-            '</xsl:for-each><xsl:value-of select="count(//item[2]|//emph|//link/..)"/>'
-            '<xsl:value-of select="count(//para/descendant-or-self::node()/self::text())"/>'
-            '<xsl:value-of select="count(//list/preceding::para[1])"/></xsl:template>')
-    return write(directory, 'in.xml', article(size)), write(directory, 'in.xsl', XSL % body)
+def recursion_deep(directory, size):
+    templates = ('<xsl:template name="d"><xsl:param name="n"/><xsl:if test="$n &gt; 0">'
+                 '<xsl:call-template name="d"><xsl:with-param name="n" select="$n - 1"/>'
+                 '</xsl:call-template>.</xsl:if></xsl:template>')
+    return text_sheet(directory, '<a>' + '<i/>' * 100 + '</a>',
+                      f'<xsl:for-each select="//i"><xsl:call-template name="d"><xsl:with-param '
+                      f'name="n" select="{size}"/></xsl:call-template></xsl:for-each>', templates)
+
+
+def xpath(*expressions, repeat=1, sections='//section'):
+    """A family that evaluates the expressions at every section, or at those of a path."""
+    values = ''.join(f'<xsl:value-of select="{expression}"/>,' for expression in expressions)
+    body = f'<xsl:for-each select="{sections}">{values * repeat}</xsl:for-each>'
+    return lambda directory, size: text_sheet(directory, article(size), body)
+
+
+xpath_descendant = xpath('count(.//para[emph])', 'count(.//link)', './/emph',
+                         'count(para/descendant-or-self::node()/self::text())', repeat=4)
+xpath_predicates = xpath('para[3]/@role', 'para[last()]/link/@to', 'count(para[position() &gt; 5])',
+                         'count(para[@role=\'alpha\' or emph])', 'list/item[2]',
+                         'count(para[link][2])', repeat=8)
+xpath_unions = xpath('count(para|list|title)', 'count(*|@*|para/emph)', '(list|title|para)[2]',
+                     'count(para/*|para/text()|para/@*)', repeat=4)
+AXES = ('ancestor ancestor-or-self attribute child descendant descendant-or-self following '
+        'following-sibling namespace parent preceding preceding-sibling self').split()
+# Two of the axes are as long as the document, so a few sections will do.
+xpath_axes = xpath(*(f'count(para[2]/{axis}::*)' for axis in AXES), repeat=6,
+                   sections="//section[contains('s5 s105 s205 s305 s405', @id)]")
 
 
 def strings_small(directory, size):
@@ -166,11 +192,10 @@ def strings_big(directory, size):
     return write(directory, 'in.xml', article(size)), write(directory, 'in.xsl', XSL % body)
 
 
-def number(directory, size):
-    body = ('<xsl:output method="text"/><xsl:template match="/"><xsl:for-each select="//item">'
-            '<xsl:number/>,<xsl:number level="multiple" count="section|item" format="1.1"/>,'
-            '<xsl:number level="any" format="i"/>;</xsl:for-each></xsl:template>')
-    return write(directory, 'in.xml', article(size)), write(directory, 'in.xsl', XSL % body)
+def number(attributes):
+    """A family that numbers every item."""
+    body = f'<xsl:for-each select="//item"><xsl:number {attributes}/>;</xsl:for-each>'
+    return lambda directory, size: text_sheet(directory, article(size), body)
 
 
 def fragments(directory, size):
@@ -181,6 +206,18 @@ def fragments(directory, size):
             '<xsl:param name="x"/><xsl:copy-of select="$x"/><xsl:value-of select="string-length($x)'
             '"/></xsl:template>')
     return write(directory, 'in.xml', records(size)), write(directory, 'in.xsl', XSL % body)
+
+
+def parameters(directory, size):
+    templates = ('<xsl:template name="row"><xsl:param name="cells"/><xsl:param name="label" '
+                 'select="\'none\'"/><xsl:param name="count" select="0"/><row n="{$count}">'
+                 '<xsl:value-of select="$label"/><xsl:copy-of select="$cells"/></row></xsl:template>')
+    body = ('<xsl:template match="/"><out><xsl:for-each select="records/record"><xsl:call-template '
+            'name="row"><xsl:with-param name="cells"><c><xsl:value-of select="name"/></c><c>'
+            '<xsl:value-of select="price"/></c></xsl:with-param><xsl:with-param name="count" '
+            'select="position()"/></xsl:call-template></xsl:for-each></out></xsl:template>')
+    return (write(directory, 'in.xml', records(size)),
+            write(directory, 'in.xsl', XSL % (templates + body)))
 
 
 def output_html(directory, size):
@@ -218,24 +255,37 @@ def entities(directory, size):
             write(directory, 'in.xsl', XSL % IDENTITY))
 
 
+TEXT_KEY, NUMBER_KEY = 'select="name"', 'select="price" data-type="number" order="descending"'
+
 # name: (function, sizes from small to large)
 FAMILIES = {
     'startup': (startup, (1,)),
-    'load': (load, (500, 1000, 2000, 8000)),
+    'load': (load, (500, 2000, 8000)),
     'identity': (identity, (500, 1000, 2000, 4000)),
-    'rules': (rules, (250, 500, 1000)),
-    'keys': (keys, (5000, 10000, 20000)),
-    'sorts': (sorts, (5000, 10000, 20000)),
-    'recursion-linear': (recursion_linear, (50, 100, 200)),
+    'rules': (rules, (1000, 2000, 4000)),
+    'keys-join': (keys_join, (25000, 50000, 100000)),
+    'keys-grouping': (keys_grouping, (25000, 50000, 100000)),
+    'sorts-text': (sorts(TEXT_KEY), (5000, 20000, 100000)),
+    'sorts-number': (sorts(NUMBER_KEY), (5000, 20000, 100000)),
+    'sorts-keys': (sorts('select="date"', 'select="@group"', NUMBER_KEY), (5000, 20000, 100000)),
+    'recursion-linear': (recursion_linear, (100, 200, 400)),
     'recursion-divide': (recursion_divide, (20000, 40000, 80000)),
-    'xpath': (xpath, (250, 500, 1000)),
+    'recursion-deep': (recursion_deep, (500, 1000, 2000)),
+    'xpath-descendant': (xpath_descendant, (500, 1000, 2000)),
+    'xpath-predicates': (xpath_predicates, (500, 1000, 2000)),
+    'xpath-axes': (xpath_axes, (1000, 2000, 4000)),
+    'xpath-unions': (xpath_unions, (500, 1000, 2000)),
     'strings-small': (strings_small, (10000, 20000, 40000)),
-    'strings-big': (strings_big, (500, 1000, 2000)),
-    'number': (number, (250, 500, 1000)),
+    'strings-big': (strings_big, (500, 1000, 2000, 4000)),
+    'number-single': (number('format="1"'), (1000, 2000, 4000)),
+    'number-multiple': (number('level="multiple" count="section|item" format="1.a"'),
+                        (1000, 2000, 4000)),
+    'number-any': (number('level="any" format="i"'), (250, 500, 1000)),
     'fragments': (fragments, (10000, 20000, 40000)),
+    'parameters': (parameters, (10000, 20000, 40000)),
     'output-html': (output_html, (10000, 20000, 40000)),
-    'output-text': (output_text, (500, 1000, 2000)),
+    'output-text': (output_text, (1000, 2000, 4000)),
     'output-latin1': (output_latin1, (500, 1000, 2000)),
-    'namespaces': (namespaces, (5000, 10000, 20000)),
+    'namespaces': (namespaces, (10000, 20000, 40000)),
     'entities': (entities, (10000, 20000, 40000)),
 }

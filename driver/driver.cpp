@@ -114,6 +114,7 @@ XPathNode* Driver::BuildTree(XTreeNode* xtree, const TQString& path) {
 bool Driver::Run() {
   try {
     Processor->SetTreeBuilder(Builder.get());
+    Processor->SetStackLimit(static_cast<std::size_t>(StackLimit));
     Processor->Start(StylesheetRoot, SourceRoot);
     const std::vector<TemplateFrame*>& callStack = Processor->CallStack();
     bool ok = false;

@@ -22,10 +22,9 @@ XPathNodeList XPathEvaluation::TakeList() {
   return list;
 }
 
-void XPathEvaluation::GiveBack(XPathNodeList& list) {
+void XPathEvaluation::Keep(XPathNodeList& list) {
   constexpr std::size_t kMostKept = 16;
   constexpr std::size_t kLargestKept = 4096;
-  if (list.capacity() == 0) return;
   if (spareLists->size() >= kMostKept || list.capacity() > kLargestKept) return;
   list.clear();
   spareLists->push_back(std::move(list));

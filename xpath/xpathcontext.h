@@ -47,7 +47,9 @@ struct XPathEvaluation {
   // An empty list, with the memory of one that was given back. Give back what was taken, empty or
   // not.
   XPathNodeList TakeList();
-  void GiveBack(XPathNodeList& list);
+  void GiveBack(XPathNodeList& list) {
+    if (list.capacity() != 0) Keep(list);
+  }
 
   // The root of absolute paths: found at the first request.
   XPathNode* Root();
@@ -56,6 +58,8 @@ struct XPathEvaluation {
   bool AllPrefixesAreBound() const { return bindings == nullptr || bindings->allBound; }
 
  private:
+  void Keep(XPathNodeList& list);
+
   XPathNode* root_ = nullptr;
 };
 
@@ -91,7 +95,7 @@ class XPathContext {
     if (nodes.capacity() == 0) nodes = evaluation->TakeList();
     return nodes;
   }
-  void SortInput();        // into document order, positions from 1
+  void SortInput();  // into document order, positions from 1
 
   bool Fail(XPathError code, const XPathParseNode& node) const {
     return evaluation->Fail(code, node.position);
@@ -102,9 +106,7 @@ class XPathContext {
     return (inPredicate || evaluation->patternKind != kTemplatePattern) &&
            evaluation->AllPrefixesAreBound();
   }
-  bool InputIsRefusedFragment() const {
-    return lastStep == kFragmentMark && input_->IsFragment();
-  }
+  bool InputIsRefusedFragment() const { return lastStep == kFragmentMark && input_->IsFragment(); }
 
   char16_t lastStep = 0;
   Axis axis = Axis::Child;
@@ -152,8 +154,7 @@ inline bool OperandBoolean(const XPathParseNode& node, const XPathContext& conte
   return context.IsPlain() ? node.XPathParseNode::EvaluateBoolean(context, value)
                            : node.effective->EvaluateBoolean(context, value);
 }
-inline bool OperandNumber(const XPathParseNode& node, const XPathContext& context,
-                          double& value) {
+inline bool OperandNumber(const XPathParseNode& node, const XPathContext& context, double& value) {
   return context.IsPlain() ? node.XPathParseNode::EvaluateNumber(context, value)
                            : node.effective->EvaluateNumber(context, value);
 }

@@ -8,6 +8,8 @@
 #include "xpathcontext.h"
 #include "xpathfunctionlibrary.h"
 #include "xpathparser.h"
+#include "xpathpathnodes.h"
+#include "xpathprimarynodes.h"
 
 namespace kelmora {
 
@@ -62,11 +64,36 @@ bool XPathExpression::Parse(bool buildTree, XPathGrammar grammar) {
   return parsed;
 }
 
-XPathParseNodeRef XPathExpression::TakeTree() { return std::move(tree_); }
+XPathParseNodeRef XPathExpression::TakeTree() {
+  return std::move(tree_);
+}
 
 void XPathExpression::UseTree(XPathParseNodeRef tree, XPathGrammar grammar) {
   borrowedTree_ = std::move(tree);
   grammar_ = grammar;
+}
+
+void XPathExpression::UseTree(const PrefixMap* prefixMap, const XPathParseNodeRef& tree,
+                              XPathPatternKind patternKind) {
+  borrowedTree_ = tree;
+  grammar_ = kExprGrammar;
+  prefixMap_ = prefixMap;
+  patternKind_ = patternKind;
+}
+
+bool XPathExpression::IsContextNode(const XPathParseTree& tree) {
+  const XPathParseNode& top = *tree.Root()->effective;
+  if (top.rule != XPathRule::LocationPath) return false;
+  const XPathParseNode& path = *top.firstChild;
+  if (path.rule != XPathRule::RelativeLocationPath || !path.HasOneChild()) return false;
+  const auto& step = static_cast<const XPathStepNode&>(*path.firstChild);
+  return step.GetForm() == XPathStepNode::Form::Self;
+}
+
+bool XPathExpression::IsVariable(const XPathParseTree& tree, std::u16string_view& name) {
+  const XPathParseNode& top = *tree.Root()->effective;
+  if (top.rule != XPathRule::VariableReference) return false;
+  return static_cast<const XPathVariableNode&>(top).IsUnprefixed(name);
 }
 
 namespace {
@@ -101,7 +128,6 @@ class XPathExpression::Evaluator {
         tree_(expression.borrowedTree_ ? std::move(expression.borrowedTree_) : expression.tree_),
         context_(run_, input_) {
     run_.spareLists = &expression.spareLists_;
-    input_.nodes = run_.TakeList();
     expression.borrowedTree_.reset();
     run_.expression = &expression;
     run_.prefixMap = expression.prefixMap_;
@@ -119,17 +145,13 @@ class XPathExpression::Evaluator {
     expression.errorFunction_ = -1;
     expression.errorPosition_ = 0;
 
-    if (request.inputNodes != nullptr) {
-      input_.nodes = *request.inputNodes;
-    } else if (request.contextNode != nullptr) {
-      input_.nodes.emplace_back(request.contextNode, 1);
-    }
-    context_.inputSize = static_cast<std::int32_t>(input_.nodes.size());
     context_.position = request.position;
     context_.size = request.size;
     isReady_ = request.documentNode != nullptr && request.contextNode != nullptr &&
                run_.prefixMap != nullptr && tree_;
-    if (isReady_ && !tree_->Prefixes().empty()) {
+    if (!isReady_) return;
+    if (tree_->ReadsContext()) SetInput(request);
+    if (!tree_->Prefixes().empty()) {
       bindings_ = tree_->ResolvePrefixes(*run_.prefixMap);
       run_.bindings = bindings_.get();
     }
@@ -172,10 +194,9 @@ class XPathExpression::Evaluator {
   bool Do(Evaluate evaluate) {
     if (!isReady_) return false;
     NestingBudget budget(tree_->Nesting());
-    bool succeeded = budget.IsExceeded()
-                         ? run_.Fail(XPathError::KeyFunctionInKey, Root().position,
-                                     static_cast<std::int32_t>(XPathFunction::key))
-                         : evaluate();
+    bool succeeded = budget.IsExceeded() ? run_.Fail(XPathError::KeyFunctionInKey, Root().position,
+                                                     static_cast<std::int32_t>(XPathFunction::key))
+                                         : evaluate();
     expression_.errorCode_ = run_.errorCode;
     expression_.errorFunction_ = run_.errorFunction;
     expression_.errorPosition_ = run_.errorPosition;
@@ -183,6 +204,16 @@ class XPathExpression::Evaluator {
   }
 
  private:
+  void SetInput(const XPathRequest& request) {
+    input_.nodes = run_.TakeList();
+    if (request.inputNodes != nullptr) {
+      input_.nodes = *request.inputNodes;
+    } else {
+      input_.nodes.emplace_back(request.contextNode, 1);
+    }
+    context_.inputSize = static_cast<std::int32_t>(input_.nodes.size());
+  }
+
   XPathExpression& expression_;
   XPathParseNodeRef tree_;
   SharedHandle<const XPathParseTree::Bindings> bindings_;
@@ -192,9 +223,9 @@ class XPathExpression::Evaluator {
   bool isReady_ = false;
 };
 
-bool XPathExpression::Evaluate(XPathNode* documentNode, XPathNode* contextNode,
-                               XPathValue& result, const XPathNodeList* inputNodes,
-                               std::int32_t position, std::int32_t size, bool allowFragment) {
+bool XPathExpression::Evaluate(XPathNode* documentNode, XPathNode* contextNode, XPathValue& result,
+                               const XPathNodeList* inputNodes, std::int32_t position,
+                               std::int32_t size, bool allowFragment) {
   Evaluator evaluator(*this, {documentNode, contextNode, inputNodes, position, size});
   XPathContext& context = evaluator.Context();
   result.Clear();
@@ -240,7 +271,9 @@ bool XPathExpression::EvaluateToText(const XPathRequest& request, TQString& scra
 }
 
 void XPathExpression::OnMissingVariable(std::u16string_view) {}
-XPathNode* XPathExpression::LoadDocument(const TQString&, XPathNode*) { return nullptr; }
+XPathNode* XPathExpression::LoadDocument(const TQString&, XPathNode*) {
+  return nullptr;
+}
 void XPathExpression::OnLocationPath(const XPathValue&) {}
 
 }  // namespace kelmora

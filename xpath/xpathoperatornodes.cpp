@@ -4,6 +4,7 @@
 
 #include "xpathcontext.h"
 #include "xpathnodeset.h"
+#include "xpathpathnodes.h"
 
 namespace kelmora {
 namespace {
@@ -13,20 +14,13 @@ struct OperatorRow {
   XPathOperator op;
 };
 constexpr OperatorRow kOperators[] = {
-    {u"or", XPathOperator::Or},
-    {u"and", XPathOperator::And},
-    {u"=", XPathOperator::Equal},
-    {u"!=", XPathOperator::NotEqual},
-    {u"<", XPathOperator::Less},
-    {u"<=", XPathOperator::LessOrEqual},
-    {u">", XPathOperator::Greater},
-    {u">=", XPathOperator::GreaterOrEqual},
-    {u"+", XPathOperator::Add},
-    {u"-", XPathOperator::Subtract},
-    {u"*", XPathOperator::Multiply},
-    {u"div", XPathOperator::Divide},
-    {u"mod", XPathOperator::Modulo},
-    {u"|", XPathOperator::Union},
+    {u"or", XPathOperator::Or},      {u"and", XPathOperator::And},
+    {u"=", XPathOperator::Equal},    {u"!=", XPathOperator::NotEqual},
+    {u"<", XPathOperator::Less},     {u"<=", XPathOperator::LessOrEqual},
+    {u">", XPathOperator::Greater},  {u">=", XPathOperator::GreaterOrEqual},
+    {u"+", XPathOperator::Add},      {u"-", XPathOperator::Subtract},
+    {u"*", XPathOperator::Multiply}, {u"div", XPathOperator::Divide},
+    {u"mod", XPathOperator::Modulo}, {u"|", XPathOperator::Union},
 };
 
 XPathOperator OperatorOf(std::u16string_view token) {
@@ -232,8 +226,39 @@ bool XPathUnionNode::Combine(const XPathContext& context, XPathOperator, XPathVa
   return true;
 }
 
+void XPathUnionNode::Prepare(XPathParseTree& tree) {
+  XPathOperatorNode::Prepare(tree);
+  areSteps_ = std::all_of(operands_, operands_ + operandCount_, [](const Operand& operand) {
+    return OnlyStepOf(*operand.node) != nullptr;
+  });
+}
+
+const XPathStepNode* XPathUnionNode::OnlyStepOf(const XPathParseNode& operand) {
+  const XPathParseNode& top = *operand.effective;
+  if (top.rule != XPathRule::LocationPath) return nullptr;
+  return static_cast<const XPathLocationPathNode&>(top).OnlyStep();
+}
+
+bool XPathUnionNode::EvaluateSteps(XPathContext& context) const {
+  const XPathNodeList& input = context.Input().nodes;
+  XPathNodeList& output = context.OutputNodes();
+  for (int i = 0; i < operandCount_; ++i) {
+    const XPathStepNode& step = *OnlyStepOf(*operands_[i].node);
+    StepTest test;
+    if (!step.Test().Resolve(step.GetAxis(), context, test)) return false;
+    if (!AxisIsAllowed(step.GetAxis(), context, step.Test())) return false;
+    RunQuickAxis(step.GetAxis(), test, input.data(), input.size(), output);
+  }
+  RemoveDuplicates(output);
+  if (context.Swap()) context.SortInput();
+  return true;
+}
+
 bool XPathUnionNode::Evaluate(XPathContext& context) const {
   if (operandCount_ == 1) return Run(*firstChild, context);
+  bool startsFromOneNode = context.Input().kind == XPathValue::NodeSet &&
+                           context.Input().nodes.size() == 1 && !context.InputIsRefusedFragment();
+  if (areSteps_ && startsFromOneNode && !context.IsPlain()) return EvaluateSteps(context);
   XPathValue all;
   for (int i = 0; i < operandCount_; ++i) {
     XPathOperand operand;

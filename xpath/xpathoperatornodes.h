@@ -8,6 +8,8 @@
 
 namespace kelmora {
 
+class XPathStepNode;
+
 enum class XPathOperator : std::uint8_t {
   Or,
   And,
@@ -81,8 +83,8 @@ class XPathComparisonNode final : public XPathOperatorNode {
   bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
                const XPathValue& right) const override;
   Type ResultType() const override { return Type::Boolean; }
-  bool CompareTypes(const XPathContext& context, const XPathParseNode& left,
-                    const Operand& right, bool& value) const;
+  bool CompareTypes(const XPathContext& context, const XPathParseNode& left, const Operand& right,
+                    bool& value) const;
 };
 
 // + - * div mod
@@ -102,8 +104,14 @@ class XPathArithmeticNode final : public XPathOperatorNode {
 class XPathUnionNode final : public XPathOperatorNode {
  public:
   bool Evaluate(XPathContext& context) const override;
+  void Prepare(XPathParseTree& tree) override;
 
  private:
+  // For operands that are single steps: all run from the one node of the input into one list.
+  bool EvaluateSteps(XPathContext& context) const;
+  static const XPathStepNode* OnlyStepOf(const XPathParseNode& operand);
+
+  bool areSteps_ = false;
   bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
                const XPathValue& right) const override;
   Type ResultType() const override { return Type::NodeSet; }
@@ -120,7 +128,7 @@ class XPathUnaryNode final : public XPathParseNode {
 
  private:
   const XPathParseNode* operand_ = nullptr;
-  bool negates_ = false;   // there is a sign at all, so the value is a number
+  bool negates_ = false;  // there is a sign at all, so the value is a number
   bool oddSigns_ = false;
 };
 

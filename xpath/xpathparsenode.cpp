@@ -57,9 +57,15 @@ bool XPathParseNode::EvaluateText(const XPathContext& context, TQString& scratch
   return true;
 }
 
-bool XPathParseNode::CanVisit(const XPathContext&) const { return false; }
-bool XPathParseNode::VisitNodes(const XPathContext&, NodeVisitor&) const { return false; }
-bool XPathParseNode::CountNodes(const XPathContext&, std::size_t&) const { return false; }
+bool XPathParseNode::CanVisit(const XPathContext&) const {
+  return false;
+}
+bool XPathParseNode::VisitNodes(const XPathContext&, NodeVisitor&) const {
+  return false;
+}
+bool XPathParseNode::CountNodes(const XPathContext&, std::size_t&) const {
+  return false;
+}
 
 bool XPathGenericNode::Evaluate(XPathContext& context) const {
   for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
@@ -185,7 +191,12 @@ void XPathParseTree::Finish(XPathParseNode* root, int nesting) {
   }
   for (auto node = order.rbegin(); node != order.rend(); ++node) {
     (*node)->Prepare(*this);
-    hasVariable_ = hasVariable_ || (*node)->rule == XPathRule::VariableReference;
+    const XPathRule rule = (*node)->rule;
+    hasVariable_ = hasVariable_ || rule == XPathRule::VariableReference;
+    readsContext_ = readsContext_ || rule == XPathRule::RelativeLocationPath ||
+                    rule == XPathRule::AbsoluteLocationPath || rule == XPathRule::FunctionCall ||
+                    rule == XPathRule::Predicate || rule == XPathRule::FieldPath ||
+                    rule == XPathRule::SelectorPath;
   }
 }
 

@@ -124,6 +124,8 @@ class XPathParseTree final : public SharedCount {
   int Nesting() const { return nesting_; }
   const XPathParseNode* Root() const { return root_; }
   bool HasVariable() const { return hasVariable_; }
+  // False when nothing but operators stands between variables and literals.
+  bool ReadsContext() const { return readsContext_; }
 
   // Prefixes that steps refer to; the number stays valid as long as the tree.
   int AddPrefix(std::u16string_view prefix);
@@ -145,6 +147,7 @@ class XPathParseTree final : public SharedCount {
   TQString text_;
   XPathParseNode* root_ = nullptr;
   bool hasVariable_ = false;
+  bool readsContext_ = false;
   int nesting_ = 0;
   std::vector<std::u16string_view> prefixes_;
   mutable SharedHandle<const Bindings> bindings_;  // of the map that came last

@@ -80,6 +80,15 @@ bool XPathLocationPathNode::CountNodes(const XPathContext& context, std::size_t&
   return firstChild->CountNodes(context, count);
 }
 
+const XPathStepNode* XPathLocationPathNode::OnlyStep() const {
+  const XPathParseNode& path = *firstChild;
+  if (path.rule != XPathRule::RelativeLocationPath || !path.HasOneChild()) return nullptr;
+  const auto* step = static_cast<const XPathStepNode*>(path.firstChild);
+  bool isPlain = step->GetForm() == XPathStepNode::Form::Full && !step->HasPredicates() &&
+                 !step->Test().IsSkipped(step->GetAxis());
+  return isPlain ? step : nullptr;
+}
+
 // --- paths that need no list ------------------------------------------------------------------
 
 namespace {
@@ -128,9 +137,8 @@ bool XPathQuickNode::CanVisit(const XPathContext& context) const {
 }
 
 bool XPathQuickNode::AreStamped(const Starts& starts) {
-  return std::all_of(starts.first, starts.first + starts.count, [](const XPathNodeRef& start) {
-    return start.node->documentNumber > 0;
-  });
+  return std::all_of(starts.first, starts.first + starts.count,
+                     [](const XPathNodeRef& start) { return start.node->documentNumber > 0; });
 }
 
 bool XPathQuickNode::VisitNodes(const XPathContext& context, NodeVisitor& visitor) const {

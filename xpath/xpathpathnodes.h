@@ -10,6 +10,8 @@
 
 namespace kelmora {
 
+class XPathStepNode;
+
 // Calls the expression's OnLocationPath behind its path.
 class XPathLocationPathNode final : public XPathParseNode {
  public:
@@ -23,6 +25,8 @@ class XPathLocationPathNode final : public XPathParseNode {
   bool VisitNodes(const XPathContext& context, NodeVisitor& visitor) const override;
   bool CountNodes(const XPathContext& context, std::size_t& count) const override;
   void Prepare(XPathParseTree& tree) override;
+  // The step of a path that is one step without predicates along an axis; null for all others.
+  const XPathStepNode* OnlyStep() const;
 };
 
 // A path that, when its steps are simple, needs no list for a value of another kind.

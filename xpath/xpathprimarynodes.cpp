@@ -117,14 +117,26 @@ bool XPathVariableNode::EvaluateText(const XPathContext& context, TQString& scra
   return value != nullptr;
 }
 
+bool XPathVariableNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
+  const XPathValue* found = Find(context);
+  if (found != nullptr) value = ToBoolean(*found);
+  return found != nullptr;
+}
+
+bool XPathVariableNode::EvaluateNumber(const XPathContext& context, double& value) const {
+  const XPathValue* found = Find(context);
+  if (found != nullptr) value = ToNumber(*found);
+  return found != nullptr;
+}
+
 // --- brackets ---------------------------------------------------------------------------------
 
 void XPathPrimaryNode::Prepare(XPathParseTree&) {
   type = firstChild->type;
   harmless = firstChild->harmless;
   usesPosition = firstChild->usesPosition;
-  bool sorts = firstChild->rule == XPathRule::ParenExpr &&
-               (type == Type::NodeSet || type == Type::Unknown);
+  bool sorts =
+      firstChild->rule == XPathRule::ParenExpr && (type == Type::NodeSet || type == Type::Unknown);
   effective = sorts ? this : firstChild->effective;
 }
 
@@ -157,8 +169,8 @@ void XPathFunctionCallNode::Prepare(XPathParseTree& tree) {
   if (list->rule == XPathRule::Arguments) {
     int count = 0;
     for (const XPathParseNode* child = list->firstChild; child; child = child->nextSibling) ++count;
-    auto* arguments = static_cast<const XPathParseNode**>(tree.GetArena().Allocate(
-        static_cast<std::size_t>(count) * sizeof(void*), alignof(void*)));
+    auto* arguments = static_cast<const XPathParseNode**>(
+        tree.GetArena().Allocate(static_cast<std::size_t>(count) * sizeof(void*), alignof(void*)));
     for (const XPathParseNode* child = list->firstChild; child; child = child->nextSibling) {
       arguments[argumentCount_++] = child->lastChild;  // of an argument or of its tail
     }
@@ -275,9 +287,8 @@ bool XPathFunctionCallNode::EvaluateOperand(const XPathContext& context,
 
 bool XPathFunctionCallNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
   if (type == Type::Boolean) {
-    return Guard(context, [&](const XsltFunctionLibrary& library) {
-      value = Call<bool>(library, context);
-    });
+    return Guard(context,
+                 [&](const XsltFunctionLibrary& library) { value = Call<bool>(library, context); });
   }
   XPathValue result;
   if (!CallInto(context, result)) return false;

@@ -38,7 +38,15 @@ class XPathVariableNode final : public XPathParseNode {
   bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
   bool EvaluateText(const XPathContext& context, TQString& scratch,
                     std::u16string_view& result) const override;
+  bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
+  bool EvaluateNumber(const XPathContext& context, double& value) const override;
   void Prepare(XPathParseTree& tree) override;
+
+  // True, with the name, when it has no prefix.
+  bool IsUnprefixed(std::u16string_view& name) const {
+    name = name_.local;
+    return !name_.hasPrefix;
+  }
 
  private:
   const XPathValue* Find(const XPathContext& context) const;

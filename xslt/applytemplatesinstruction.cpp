@@ -1,6 +1,8 @@
 #include "applytemplatesinstruction.h"
 
 #include "elementrecord.h"
+#include "resultconstruction.h"
+#include "templaterule.h"
 #include "templaterules.h"
 #include "xslt/xsltprocessor.h"
 #include "xsltnames.h"
@@ -29,11 +31,41 @@ bool ApplyTemplatesInstruction::Execute() {
   return true;
 }
 
+namespace {
+
+// The commonest values of select have a direct form; a missing one is "node()".
+bool IsContentSelect(const ApplyTemplatesRecord& record) {
+  return record.Select == nullptr;
+}
+bool IsChildrenSelect(const ApplyTemplatesRecord& record) {
+  const TQString& text = record.SelectText.Text;
+  return text == u"@*|node()" || text == u"@* | node()";
+}
+
+// The children of the node that are attributes, if wanted, or content.
+XPathNodeList ChildrenOf(const XPathNode& node, bool withAttributes) {
+  XPathNodeList children;
+  for (XPathNode* child = node.firstChild; child != nullptr; child = child->next) {
+    const bool isDeclaration =
+        child->kind >= XPathNodeKind::XMLDeclaration || child->kind == XPathNodeKind::Namespace;
+    const bool isAttribute = child->kind == XPathNodeKind::Attribute;
+    if (!isDeclaration && (withAttributes || !isAttribute)) children.emplace_back(child);
+  }
+  return children;
+}
+
+}  // namespace
+
 void ApplyTemplatesInstruction::Select() {
   const auto& record = static_cast<const ApplyTemplatesRecord&>(*Record);
   TemplateFrame& frame = Frame();
+  const XPathNode* context = frame.ContextNode();
   XPathValue other;
-  if (!frame.EvaluateIntoFrame(record.SelectText, other)) {
+  const bool isContent = IsContentSelect(record);
+  if (context != nullptr && (isContent || IsChildrenSelect(record))) {
+    frame.SetOwnNodeList(ChildrenOf(*context, !isContent));
+    frame.Position = frame.NodeList->empty() ? 0 : 1;
+  } else if (!frame.EvaluateIntoFrame(record.SelectText, other)) {
     throw TQXSLTError(XsltCode::NotANodeSet, record.Select);
   }
   SortAndNumber(*frame.NodeList);
@@ -95,11 +127,27 @@ void ApplyTemplatesInstruction::ApplyNext() {
     SortKeys.clear();
     Sorted = true;
   }
-  if (list.empty()) return;
-  XPathNode* item = list[NextIndex++].node;
-  TemplateRule* rule = Processor->Rules->FindRule(item, Mode);
-  if (rule == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
-  PushRule(*rule)->Position = static_cast<std::int32_t>(NextIndex);
+  while (NextIndex < list.size()) {
+    XPathNode* item = list[NextIndex++].node;
+    TemplateRule* rule = Processor->Rules->FindRule(item, Mode);
+    if (rule == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
+    if (!TakeShortcut(*rule, *item)) {
+      PushRule(*rule)->Position = static_cast<std::int32_t>(NextIndex);
+      return;
+    }
+  }
+}
+
+// Leaves everything as the frames of the template would, provided that the stack has room for them.
+bool ApplyTemplatesInstruction::TakeShortcut(const TemplateRule& rule, const XPathNode& item) {
+  using Shortcut = TemplateRule::Shortcut;
+  if (rule.Effect == Shortcut::None) return false;
+  if (!Processor->HasRoom(TemplateRule::kShortcutFrames)) return false;
+  if (rule.Effect != Shortcut::Nothing) {
+    AppendText(*OutputNode, item, rule.Effect == Shortcut::Value, JoinsTexts());
+  }
+  Frame().LastFinished = rule.TemplateNode;
+  return true;
 }
 
 }  // namespace kelmora

@@ -33,6 +33,7 @@ class ApplyTemplatesInstruction final : public Instruction {
   void NextParameterOrSort();
   void ApplyOrFinish();
   void ApplyNext();
+  bool TakeShortcut(const TemplateRule& rule, const XPathNode& item);
 
   std::size_t NextIndex = 0;
   ModeId Mode = kNoMode;

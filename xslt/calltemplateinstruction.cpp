@@ -30,10 +30,14 @@ bool CallTemplateInstruction::Resume() {
 }
 
 void CallTemplateInstruction::CallNamed(XPathNode* errorNode) {
-  TemplateRule* rule =
-      Processor->Rules->FindNamed(static_cast<const CallTemplateRecord&>(*Record).Name);
-  if (rule == nullptr) throw TQXSLTError(XsltCode::UndefinedTemplate, errorNode);
-  PushRule(*rule);
+  const auto& record = static_cast<const CallTemplateRecord&>(*Record);
+  // Rules are only ever added, so as many as before are the same as before.
+  if (record.RuleCount != Processor->Rules->Count()) {
+    record.RuleCount = Processor->Rules->Count();
+    record.Rule = Processor->Rules->FindNamed(record.Name);
+  }
+  if (record.Rule == nullptr) throw TQXSLTError(XsltCode::UndefinedTemplate, errorNode);
+  PushRule(*record.Rule);
 }
 
 }  // namespace kelmora

@@ -14,17 +14,30 @@ namespace kelmora {
 
 namespace {
 
+// Each unit as UTF-8 would write it, surrogates too: that keeps the order of the units, and most
+// are one byte.
 class UnitCollation final : public Collation {
  public:
   void AppendKey(std::u16string_view text, bool ignoreCase,
                  std::vector<std::uint8_t>& key) const override {
+    constexpr std::size_t kMostBytes = 3;
     std::size_t at = key.size();
-    key.resize(at + 2 * text.size());  // grows geometrically; reserve wouldn't
+    key.resize(at + kMostBytes * text.size());  // grows geometrically; reserve wouldn't
+    const auto put = [&key, &at](int byte) { key[at++] = static_cast<std::uint8_t>(byte); };
     for (const char16_t written : text) {
-      const char16_t unit = ignoreCase ? LowerCase(written) : written;
-      key[at++] = static_cast<std::uint8_t>(unit >> 8);
-      key[at++] = static_cast<std::uint8_t>(unit & 0xFF);
+      const int unit = ignoreCase ? LowerCase(written) : written;
+      if (unit < 0x80) {
+        put(unit);
+      } else if (unit < 0x800) {
+        put(0xC0 | unit >> 6);
+        put(0x80 | (unit & 0x3F));
+      } else {
+        put(0xE0 | unit >> 12);
+        put(0x80 | (unit >> 6 & 0x3F));
+        put(0x80 | (unit & 0x3F));
+      }
     }
+    key.resize(at);
   }
 };
 

@@ -20,7 +20,7 @@ bool CopyOfInstruction::Execute() {
   XPathValue value;
   Frame().Evaluate(static_cast<const SelectRecord&>(*Record).SelectText, value);
   if (value.kind != XPathValue::NodeSet) {
-    AppendResult(*OutputNode, MakeText(value));
+    AppendText(*OutputNode, value, true, JoinsTexts());
     return true;
   }
   if (value.IsFragment()) {

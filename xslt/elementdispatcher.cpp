@@ -15,8 +15,8 @@ namespace {
 
 void CheckPlace(XPathNode* node, std::int32_t parentCode, ElementRule::Place place) {
   const bool isTopLevel = parentCode == ElementCode::Stylesheet;
-  const bool passes = place == ElementRule::Anywhere ||
-                      isTopLevel == (place == ElementRule::TopLevel);
+  const bool passes =
+      place == ElementRule::Anywhere || isTopLevel == (place == ElementRule::TopLevel);
   if (!passes) throw TQXSLTError(XsltCode::UnexpectedChild, node);
 }
 
@@ -130,14 +130,9 @@ void ElementDispatcher::Forget(XPathNode* top) {
   }
 }
 
-ElementDispatcher::Entry ElementDispatcher::Find(const XPathNode* node) const {
-  if (node->kind == XPathNodeKind::Element) {
-    const Entry* entry = entries_.Find(node);
-    if (entry != nullptr && entry->code != 0) return *entry;
-    const std::int32_t code = XsltElementNames::Code(node);
-    return {code, code == ElementCode::Literal ? &kPlainLiteral : nullptr};
-  }
-  return {ElementCode::Literal, &kPlainLiteral};
+ElementDispatcher::Entry ElementDispatcher::Unchecked(const XPathNode* node) {
+  const std::int32_t code = XsltElementNames::Code(node);
+  return {code, code == ElementCode::Literal ? &kPlainLiteral : nullptr};
 }
 
 }  // namespace kelmora

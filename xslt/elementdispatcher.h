@@ -23,7 +23,7 @@ class ElementDispatcher {
  public:
   // What is known about a node of the stylesheet. Every node of code 1 has a LiteralRecord.
   struct Entry {
-    std::int32_t code = 0;             // 0: not validated
+    std::int32_t code = 0;                  // 0: not validated
     const ElementRecord* record = nullptr;  // lives until Clear; null for a code without records
   };
 
@@ -37,11 +37,16 @@ class ElementDispatcher {
   void Forget(XPathNode* top);
 
   // The stored entry, else the code computed from the node and no record. Constant time.
-  Entry Find(const XPathNode* node) const;
+  Entry Find(const XPathNode* node) const {
+    if (node->kind != XPathNodeKind::Element) return {ElementCode::Literal, &kPlainLiteral};
+    const Entry* entry = entries_.Find(node);
+    return entry != nullptr && entry->code != 0 ? *entry : Unchecked(node);
+  }
   std::int32_t Code(const XPathNode* node) const { return Find(node).code; }
   const ElementRecord* Record(const XPathNode* node) const { return Find(node).record; }
 
  private:
+  static Entry Unchecked(const XPathNode* node);
   std::int32_t CheckNode(XPathNode* node, std::int32_t parentCode);
 
   static const LiteralRecord kPlainLiteral;  // of a node that has no such attributes

@@ -3,6 +3,7 @@
 // values. Records belong to the ElementDispatcher.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "expressiontext.h"
@@ -11,6 +12,8 @@
 #include "xpath/decimalformat.h"
 
 namespace kelmora {
+
+class TemplateRule;
 
 struct ElementRecord {
   virtual ~ElementRecord() = default;
@@ -37,7 +40,9 @@ struct AttributeSetRecord : ElementRecord {
 };
 struct CallTemplateRecord : ElementRecord {
   XPathNode* NameNode = nullptr;
-  TQString Name;  // expanded
+  TQString Name;                         // expanded
+  mutable TemplateRule* Rule = nullptr;  // of that name, when there were RuleCount rules
+  mutable std::size_t RuleCount = 0;
 };
 struct CopyRecord : ElementRecord {
   XPathNode* UseAttributeSets = nullptr;

@@ -24,6 +24,8 @@ const ParsedExpression& ExpressionCache::Parse(const TQString& text, XPathPatter
   parser.SetExpression(nullptr, text, kind);
   if (parser.Parse(true, kExprGrammar)) {
     parsed->tree = parser.TakeTree();
+    parsed->isContextNode = XPathExpression::IsContextNode(*parsed->tree);
+    parsed->isVariable = XPathExpression::IsVariable(*parsed->tree, parsed->variable);
   } else {
     parsed->variableInPattern = parser.VariableInPattern();
   }
@@ -56,23 +58,21 @@ const ParsedExpression& XSLTProcessorBase::Parse(const ExpressionText& expressio
 // What one evaluation works with.
 struct XSLTProcessorBase::Evaluation {
   const ParsedExpression& parsed;
-  XPathNode* scopeNode;  // an element or attribute: the prefixes, the base URI, the error
+  XPathNode* scopeNode;        // an element or attribute: the prefixes, the base URI, the error
   const TemplateFrame& frame;  // the variables
   const XPathNodeList& list;
   std::int32_t position;  // -1: the whole list is the input
 };
 
-// Sets the evaluator up, lets `evaluate` run it, and raises when that gives false. The evaluator may
-// be set up anew while it runs: key() makes an index by evaluating the expressions of xsl:key.
+// Sets the evaluator up, lets `evaluate` run it, and raises when that gives false. The evaluator
+// may be set up anew while it runs: key() makes an index by evaluating the expressions of xsl:key.
 template <class Evaluate>
 void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, Evaluate evaluate) {
   const FrameVariables variables(*this, evaluation.frame);
   ProcessorKeys keys(this);
-  static const TQString noText;  // the tree is lent, so the text is not needed
   XPathEvaluator& evaluator = *Evaluator;
-  evaluator.SetExpression(&evaluation.scopeNode->AttributeScopeMap(), noText,
-                          evaluation.parsed.kind);
-  evaluator.UseTree(evaluation.parsed.tree, kExprGrammar);
+  evaluator.UseTree(&evaluation.scopeNode->AttributeScopeMap(), evaluation.parsed.tree,
+                    evaluation.parsed.kind);
   evaluator.SetVariables(&variables);
   evaluator.SetKeyTable(&keys);
   evaluator.SetDecimalFormats(&DecimalFormats);
@@ -119,8 +119,8 @@ XPathNode* ScopeNodeOf(const TemplateFrame& frame) {
 
 auto ToValue(XPathValue& value) {
   return [&value](XPathEvaluator& evaluator, const XPathRequest& request) {
-    return evaluator.Evaluate(request.documentNode, request.contextNode, value,
-                              request.inputNodes, request.position, request.size);
+    return evaluator.Evaluate(request.documentNode, request.contextNode, value, request.inputNodes,
+                              request.position, request.size);
   };
 }
 
@@ -135,7 +135,29 @@ XSLTProcessorBase::Evaluation XSLTProcessorBase::InFrame(const ExpressionText& e
 
 void XSLTProcessorBase::EvaluateExpression(const ExpressionText& expression,
                                            const TemplateFrame& frame, XPathValue& value) {
-  RunEvaluation(InFrame(expression, frame), ToValue(value));
+  const XPathValue& found = ViewExpression(expression, frame, value);
+  if (&found != &value) value = found;
+}
+
+// A variable that is not bound goes the long way, to the error. So does everything without a
+// context node.
+const XPathValue& XSLTProcessorBase::ViewExpression(const ExpressionText& expression,
+                                                    const TemplateFrame& frame,
+                                                    XPathValue& scratch) {
+  const Evaluation evaluation = InFrame(expression, frame);
+  const ParsedExpression& parsed = evaluation.parsed;
+  XPathNode* node = frame.ContextNode();
+  if (parsed.isContextNode && node != nullptr) {
+    scratch.Clear();
+    scratch.nodes.emplace_back(node, 1);
+    return scratch;
+  }
+  if (parsed.isVariable && node != nullptr) {
+    const FrameVariables variables(*this, frame);
+    if (const XPathValue* value = variables.Find(parsed.variable)) return *value;
+  }
+  RunEvaluation(evaluation, ToValue(scratch));
+  return scratch;
 }
 
 bool XSLTProcessorBase::EvaluateToBoolean(const ExpressionText& expression,

@@ -4,27 +4,14 @@
 
 #include "elementdispatcher.h"
 #include "resultscope.h"
-#include "sizepool.h"
 #include "templaterule.h"
 #include "xslt/xsltprocessor.h"
 
 namespace kelmora {
 
-void* Instruction::operator new(std::size_t size) {
-  return SizePool::Allocate(size);
-}
-
-void Instruction::operator delete(void* instruction, std::size_t size) noexcept {
-  SizePool::Free(instruction, size);
-}
-
 bool Instruction::Resume() {
   Finish();
   return true;
-}
-
-TemplateFrame& Instruction::Frame() const {
-  return Processor->TopFrame();
 }
 
 XPathNode* Instruction::Begin() {

@@ -6,22 +6,26 @@
 
 #include <memory>
 
+#include "sizepool.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xslt/templateframe.h"
+#include "xslt/xsltprocessor.h"
 
 namespace kelmora {
 
 struct ElementRecord;
 class TemplateRule;
-class XSLTProcessorBase;
 
 class Instruction {
  public:
   explicit Instruction(XSLTProcessorBase* processor) : Processor(processor) {}
   virtual ~Instruction() = default;
-  static void* operator new(std::size_t size);  // from a pool by size
-  static void operator delete(void* instruction, std::size_t size) noexcept;
+  // From a pool by size.
+  static void* operator new(std::size_t size) { return SizePool::Allocate(size); }
+  static void operator delete(void* instruction, std::size_t size) noexcept {
+    SizePool::Free(instruction, size);
+  }
 
   // The first step, and each later one. False ends the run at once; failures are raised.
   virtual bool Execute() = 0;
@@ -34,7 +38,10 @@ class Instruction {
   bool OwnsOutput = false;  // OutputNode was made here and gives way to its parent at the end
 
  protected:
-  TemplateFrame& Frame() const;  // the top frame, which is this instruction's while it runs
+  // The top frame, which is this instruction's while it runs.
+  TemplateFrame& Frame() const { return Processor->TopFrame(); }
+  // Whether texts side by side may become one node where the results go.
+  bool JoinsTexts() const { return Processor->JoinsTexts && !Frame().InFragment; }
   // How every Execute begins: Resumed is set, and CurrentNode becomes CallingNode and LastFinished.
   // Returns that node.
   XPathNode* Begin();

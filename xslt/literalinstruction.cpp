@@ -37,7 +37,11 @@ bool LiteralInstruction::Execute() {
     return true;
   }
 
-  CopyResultNode(*node, node->firstChild != nullptr, true);
+  const bool isLeaf = node->firstChild == nullptr;
+  const bool isJoined = isLeaf && node->IsText() && JoinsTexts() &&
+                        JoinText(*OutputNode, node->GetValue(), node->escapeOutput);
+  if (isJoined) return true;
+  CopyResultNode(*node, !isLeaf, true);
   if (node->kind != XPathNodeKind::Element) return true;
   if (XPathNode* next = SkipXsltAttributes(FirstLiteral(node))) PushChild(next);
   return true;

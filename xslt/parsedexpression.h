@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 
 #include "tqcore/tqstring.h"
@@ -14,6 +15,10 @@ struct ParsedExpression {
   XPathParseNodeRef tree;  // null: the text does not parse
   XPathPatternKind kind = kNoPattern;
   bool variableInPattern = false;  // why it does not parse
+  // What needs no evaluation: "." and "$name", the name being that of the variable.
+  bool isContextNode = false;
+  bool isVariable = false;
+  std::u16string_view variable;
 };
 
 class ExpressionCache {

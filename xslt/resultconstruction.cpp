@@ -71,20 +71,62 @@ OwnedTree MakeText(TQString value) {
   return text;
 }
 
-OwnedTree MakeText(const XPathValue& value) {
-  if (value.kind == XPathValue::NodeSet && !value.nodes.empty()) {
-    const XPathNode* node = FirstNode(value.nodes);
-    const XPathNode* text = OnlyText(*node);
-    if (text != nullptr && text->source != nullptr && !text->HasOwnValue()) {
-      OwnedTree shared(XPathNode::Make(XPathNodeKind::Text));
-      shared->source = text->source;
-      return shared;
-    }
-    TQString scratch;
-    const std::u16string_view view = node->StringValue(scratch);
-    return MakeText(scratch.IsEmpty() ? TQString(view) : std::move(scratch));
+namespace {
+
+constexpr std::size_t kLongestJoined = 256;  // units; longer texts are worth a node
+
+// The last child when a text may be added to it.
+XPathNode* JoinableText(const XPathNode& parent, bool escapeOutput) {
+  XPathNode* last = parent.lastChild;
+  const bool isJoinable = last != nullptr && last->kind == XPathNodeKind::Text &&
+                          last->escapeOutput == escapeOutput && last->firstChild == nullptr &&
+                          last->GetValue().size() < kLongestJoined;
+  return isJoinable ? last : nullptr;
+}
+
+}  // namespace
+
+bool JoinText(XPathNode& parent, std::u16string_view text, bool escapeOutput) {
+  XPathNode* last = JoinableText(parent, escapeOutput);
+  if (last == nullptr || last->GetValue().size() + text.size() > kLongestJoined) return false;
+  if (text.empty()) return true;
+  const std::u16string_view present = last->GetValue();
+  const auto length = static_cast<int>(present.size() + text.size());
+  TQString joined;
+  char16_t* units = joined.WriteBuffer(length);
+  text.copy(units + present.copy(units, present.size()), text.size());
+  joined.FinishWriting(length);
+  last->SetOwnValue(std::move(joined));
+  return true;
+}
+
+void AppendText(XPathNode& parent, const XPathNode& node, bool escapeOutput, bool joins) {
+  OwnedTree text;
+  TQString scratch;
+  const bool mayJoin = joins && JoinableText(parent, escapeOutput) != nullptr;
+  if (mayJoin && JoinText(parent, node.StringValue(scratch), escapeOutput)) return;
+  const XPathNode* only = OnlyText(node);
+  if (only != nullptr && only->source != nullptr && !only->HasOwnValue()) {
+    text.reset(XPathNode::Make(XPathNodeKind::Text));  // shares the text of the document
+    text->source = only->source;
+  } else {
+    text = MakeText(node.StringValue(scratch));  // exactly as long; the scratch has a wide margin
   }
-  return MakeText(ToString(value));
+  text->escapeOutput = escapeOutput;
+  AppendResult(parent, std::move(text));
+}
+
+void AppendText(XPathNode& parent, const XPathValue& value, bool escapeOutput, bool joins) {
+  if (value.kind == XPathValue::NodeSet && !value.nodes.empty()) {
+    AppendText(parent, *FirstNode(value.nodes), escapeOutput, joins);
+    return;
+  }
+  TQString scratch;
+  const std::u16string_view view = TextOf(value, scratch);
+  if (joins && JoinText(parent, view, escapeOutput)) return;
+  OwnedTree text = MakeText(view);
+  text->escapeOutput = escapeOutput;
+  AppendResult(parent, std::move(text));
 }
 
 OwnedTree MakeDeclaration(std::u16string_view prefix, InternedURI uri) {

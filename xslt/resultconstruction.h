@@ -28,9 +28,13 @@ XPathNode* AppendOrDrop(XPathNode& parent, OwnedTree node);
 OwnedTree MakeResultNode(XPathNodeKind kind, TQString name, TQString value);
 // A node without its children and its place; it shares name and value with the source.
 OwnedTree ShallowCopy(const XPathNode& node);
-// A new text node with the string value.
-OwnedTree MakeText(const XPathValue& value);
 OwnedTree MakeText(TQString value);
+// A text node with the string value as the last child of `parent`. With `joins`, a short text is
+// added to a short text that is the last child already.
+void AppendText(XPathNode& parent, const XPathValue& value, bool escapeOutput, bool joins);
+void AppendText(XPathNode& parent, const XPathNode& node, bool escapeOutput, bool joins);
+// The second half alone: false when nothing was added.
+bool JoinText(XPathNode& parent, std::u16string_view text, bool escapeOutput);
 
 // Adds a declaration to an element and enters it in the element's own scope. A null URI declares
 // the prefix to nothing.

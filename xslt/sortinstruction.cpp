@@ -13,17 +13,18 @@ namespace kelmora {
 bool SortInstruction::Execute() {
   Begin();
   const auto& record = static_cast<const SortRecord&>(*Record);
-  std::unique_ptr<SortKey> key = MakeKey(record);
+  GiveToParent(MakeKey(record));
+  return true;
+}
+
+// The value of the key for each entry of the list, which is that of the parent instruction.
+template <class Key, class Evaluate>
+std::unique_ptr<SortKey> SortInstruction::Fill(std::unique_ptr<Key> key, Evaluate evaluate) {
   TemplateFrame& frame = Frame();
   const std::int32_t count = frame.ContextSize();
   key->Reserve(static_cast<std::size_t>(count));
-  XPathValue value;
-  for (frame.Position = 1; frame.Position <= count; ++frame.Position) {
-    frame.Evaluate(record.SelectText, value);
-    key->Add(value);
-  }
-  GiveToParent(std::move(key));
-  return true;
+  for (frame.Position = 1; frame.Position <= count; ++frame.Position) key->Add(evaluate());
+  return key;
 }
 
 std::unique_ptr<SortKey> SortInstruction::MakeKey(const SortRecord& record) {
@@ -40,8 +41,14 @@ std::unique_ptr<SortKey> SortInstruction::MakeKey(const SortRecord& record) {
   }
   const bool descending = ChoiceOf(record.Order, {u"ascending", u"descending"}) == 1;
   const int caseOrder = ChoiceOf(record.CaseOrder, {u"", u"upper-first", u"lower-first"});
-  if (isNumber) return std::make_unique<NumberSortKey>(descending);
-  return std::make_unique<TextSortKey>(*collation, descending, static_cast<CaseOrder>(caseOrder));
+  if (isNumber) {
+    return Fill(std::make_unique<NumberSortKey>(descending),
+                [&] { return Processor->EvaluateToNumber(record.SelectText, Frame()); });
+  }
+  TQString scratch;
+  return Fill(
+      std::make_unique<TextSortKey>(*collation, descending, static_cast<CaseOrder>(caseOrder)),
+      [&] { return Processor->EvaluateToText(record.SelectText, Frame(), scratch); });
 }
 
 int SortInstruction::ChoiceOf(XPathNode* attribute, std::initializer_list<const char16_t*> values) {

@@ -17,7 +17,10 @@ class SortInstruction final : public Instruction {
   bool Execute() override;
 
  private:
+  // Reads the attributes, then evaluates the key for each entry of the list.
   std::unique_ptr<SortKey> MakeKey(const SortRecord& record);
+  template <class Key, class Evaluate>
+  std::unique_ptr<SortKey> Fill(std::unique_ptr<Key> key, Evaluate evaluate);
   // The index of the attribute's value in `values`; 0 without the attribute. Raises code 31.
   int ChoiceOf(XPathNode* attribute, std::initializer_list<const char16_t*> values);
   void GiveToParent(std::unique_ptr<SortKey> key);

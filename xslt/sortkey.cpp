@@ -20,9 +20,7 @@ bool IsLowerCaseLetter(char16_t unit) {
 
 }  // namespace
 
-void TextSortKey::Add(const XPathValue& value) {
-  TQString scratch;
-  const std::u16string_view text = TextOf(value, scratch);
+void TextSortKey::Add(std::u16string_view text) {
   collation_.AppendKey(text, caseOrder_ != CaseOrder::None, bytes_);
   ends_.push_back(bytes_.size());
   if (caseOrder_ == CaseOrder::None) return;
@@ -64,9 +62,9 @@ std::uint64_t TextSortKey::Leading(std::size_t entry) const {
   return Descending ? ~leading : leading;
 }
 
-void NumberSortKey::Add(const XPathValue& value) {
-  const double number = ToNumber(value) + 0.0;  // the negative zero becomes the positive one
-  std::uint64_t ordered = 0;                    // NaN
+void NumberSortKey::Add(double number) {
+  number += 0.0;              // the negative zero becomes the positive one
+  std::uint64_t ordered = 0;  // NaN
   if (!std::isnan(number)) {
     constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
     const auto bits = std::bit_cast<std::uint64_t>(number);

@@ -1,11 +1,12 @@
-// SortKey: the values of one xsl:sort, one for each entry of the list that is to be sorted. All
-// values are computed before the first comparison, in a form that compares fast: a text as the key
-// of bytes of its collation, a number as 64 bits in order.
+// SortKey: the values of one xsl:sort, one for each entry of the list that is to be sorted, added
+// in the order of the list. All values are computed before the first comparison, in a form that
+// compares fast: a text as the key of bytes of its collation, a number as 64 bits in order.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "xpath/xpathvalue.h"
@@ -22,8 +23,6 @@ class SortKey {
   virtual ~SortKey() = default;
 
   virtual void Reserve(std::size_t count) = 0;
-  // Of the entry behind those added so far.
-  virtual void Add(const XPathValue& value) = 0;
   virtual std::size_t Size() const = 0;
 
   // Of two entries by their indexes: below 0 when `a` comes first, 0 when they are equal.
@@ -42,7 +41,7 @@ class TextSortKey final : public SortKey {
       : SortKey(descending), collation_(collation), caseOrder_(caseOrder) {}
 
   void Reserve(std::size_t count) override { ends_.reserve(count); }
-  void Add(const XPathValue& value) override;
+  void Add(std::u16string_view text);
   std::size_t Size() const override { return ends_.size(); }
   int Compare(std::size_t a, std::size_t b) const override;
   std::uint64_t Leading(std::size_t entry) const override;
@@ -66,7 +65,7 @@ class NumberSortKey final : public SortKey {
   using SortKey::SortKey;
 
   void Reserve(std::size_t count) override { numbers_.reserve(count); }
-  void Add(const XPathValue& value) override;
+  void Add(double number);
   std::size_t Size() const override { return numbers_.size(); }
   int Compare(std::size_t a, std::size_t b) const override;
   std::uint64_t Leading(std::size_t entry) const override { return numbers_[entry]; }

@@ -14,8 +14,8 @@ bool StylesheetInstruction::Execute() {
   const auto& record = static_cast<const StylesheetRecord&>(*Record);
   if (record.Version->GetValue() != u"1.0") Frame().AllowUnknown = true;
   const InternedURI file = element->BaseURI();
-  Processor->OpenStylesheets.push_back(
-      file != nullptr ? XSLTProcessorBase::FileIdentity(*file) : TQString());
+  Processor->OpenStylesheets.push_back(file != nullptr ? XSLTProcessorBase::FileIdentity(*file)
+                                                       : TQString());
   Processor->ExpandIncludes(element);
   AddURIs(Frame().ExcludedURIs, record.ExcludeResultPrefixes);
   AddURIs(Frame().ExtensionURIs, record.ExtensionElementPrefixes);
@@ -68,6 +68,7 @@ void StylesheetInstruction::RegisterRules() {
 
 void StylesheetInstruction::ApplyToRoot() {
   applied_ = true;
+  Processor->JoinsTexts = !Processor->Settings.CdataElementsGiven;
   XPathNode* node = Frame().NodeList->front().node;
   TemplateRule* rule = Processor->Rules->FindRule(node, kNoMode);
   if (rule == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);

@@ -50,11 +50,12 @@ TemplateFrame::TemplateFrame(TemplateFrame* parent, XPathNode* outputNode)
       Processor(parent->Processor) {}
 
 TemplateFrame::~TemplateFrame() {
-  if (OwnsNodeList) delete NodeList;
-  XPathNode::DeleteTree(OutputRoot);
+  if (OutputRoot != nullptr) XPathNode::DeleteTree(OutputRoot);
 }
 
-void* TemplateFrame::operator new(std::size_t size) { return SizePool::Allocate(size); }
+void* TemplateFrame::operator new(std::size_t size) {
+  return SizePool::Allocate(size);
+}
 
 void TemplateFrame::operator delete(void* frame, std::size_t size) noexcept {
   SizePool::Free(frame, size);
@@ -81,15 +82,6 @@ bool TemplateFrame::EvaluateIntoFrame(const ExpressionText& expression, XPathVal
   return true;
 }
 
-void TemplateFrame::SetOwnNodeList(XPathNodeList list) {
-  if (OwnsNodeList) {
-    *NodeList = std::move(list);
-    return;
-  }
-  NodeList = new XPathNodeList(std::move(list));
-  OwnsNodeList = true;
-}
-
 namespace {
 
 // The attribute use-attribute-sets runs as an instruction, of a literal result element in the XSLT
@@ -113,8 +105,7 @@ void TemplateFrame::MakeInstruction() {
     }
   } else if (IsUseAttributeSets(CurrentNode)) {
     Instruction = MakeUseAttributeSetsInstruction(Processor);
-  } else if (CurrentNode->kind == XPathNodeKind::Element &&
-             IsXsltURI(CurrentNode->namespaceURI)) {
+  } else if (CurrentNode->kind == XPathNodeKind::Element && IsXsltURI(CurrentNode->namespaceURI)) {
     if (Parent == nullptr || !Parent->AllowUnknown) {
       throw TQXSLTError(XsltCode::UnexpectedElement, CurrentNode);
     }
@@ -127,15 +118,20 @@ void TemplateFrame::MakeInstruction() {
   Instruction->OutputNode = OutputParent;
 }
 
-bool TemplateFrame::Run() {
-  if (Instruction == nullptr) MakeInstruction();
-  const bool succeeded = Processor->GlobalEvaluation ? Processor->RunGuarded(*this) : RunInstruction();
-  if (succeeded) OutputParent = Instruction->OutputNode;
-  return succeeded;
+bool TemplateFrame::RunInstruction() {
+  if (Resumed) return Instruction->Resume();
+  if (!Instruction->Execute()) return false;
+  // Without a child on top, the next step would come back here; nothing happens in between.
+  const bool waits = Processor->CallStack().empty() || &Processor->TopFrame() != this;
+  return waits || Instruction->Resume();
 }
 
-bool TemplateFrame::RunInstruction() {
-  return Resumed ? Instruction->Resume() : Instruction->Execute();
+bool TemplateFrame::Run() {
+  if (Instruction == nullptr) MakeInstruction();
+  const bool succeeded =
+      Processor->GlobalEvaluation ? Processor->RunGuarded(*this) : RunInstruction();
+  if (succeeded) OutputParent = Instruction->OutputNode;
+  return succeeded;
 }
 
 }  // namespace kelmora

@@ -28,10 +28,10 @@ class TemplateRule {
                std::int32_t precedence, std::int32_t sequence);
   ~TemplateRule();
 
-  TQString Name;          // as written
-  TQString ExpandedName;  // "uri:local", as written for a prefix without a URI
+  TQString Name;           // as written
+  TQString ExpandedName;   // "uri:local", as written for a prefix without a URI
   ExpressionText Pattern;  // this alternative; empty for a template with only a name
-  TQString RawMode;       // as written
+  TQString RawMode;        // as written
   ModeId Mode = kNoMode;
   ModeId LastMode = kNoMode;  // in which the rule was last selected
   XPathNode* TemplateNode;
@@ -39,9 +39,19 @@ class TemplateRule {
   double Priority;
   std::int32_t Precedence;
   std::int32_t Sequence;
-  std::int32_t Rank = 0;  // the greater, the nearer to the front of Rules
-  MatchSets Matches;      // of documents that a selection has reached
+  std::int32_t Rank = 0;                        // the greater, the nearer to the front of Rules
+  MatchSets Matches;                            // of documents that a selection has reached
   std::unique_ptr<const SimplePattern> Simple;  // tests a node directly; null: runs as a query
+
+  // What the template comes to when it is no more than this; it can do so without its frames.
+  enum class Shortcut : std::uint8_t {
+    None,
+    Nothing,  // it has no content
+    Value,    // the value of the node, by xsl:value-of
+    UnescapedValue
+  };
+  static constexpr std::size_t kShortcutFrames = 2;  // most that it saves: template, xsl:value-of
+  Shortcut Effect = Shortcut::None;
 
   XPathNode* NamespaceNode() const { return MatchNode != nullptr ? MatchNode : TemplateNode; }
 };

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "elementdispatcher.h"
+#include "elementrecord.h"
 #include "instruction.h"
 #include "parsedexpression.h"
 #include "tqcore/tqtext.h"
@@ -120,8 +121,8 @@ void TemplateRules::RegisterTemplate(XPathNode* templateNode, std::int32_t prece
       throw TQXSLTError(XsltCode::UnexpectedValue, matchNode);
     }
     isSplit = true;
-    auto rule = std::make_unique<TemplateRule>(templateNode, matchNode, pattern, precedence,
-                                               sequence++);
+    auto rule =
+        std::make_unique<TemplateRule>(templateNode, matchNode, pattern, precedence, sequence++);
     rule->RawMode = rawMode;
     rule->Mode = ResolveMode(rawMode, scopeNode);
     AddRule(std::move(rule));
@@ -154,6 +155,7 @@ void TemplateRules::SortNewRules() {
     rule->Rank = static_cast<std::int32_t>(sorted_);
     if (rule->Pattern.Text.IsEmpty()) continue;
     Classify(*rule);
+    FindShortcut(*rule);
     index_.Add(rule);
   }
 }
@@ -165,6 +167,18 @@ void TemplateRules::Classify(TemplateRule& rule) {
   if (parsed.tree == nullptr) return;
   auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap());
   if (simple) rule.Simple = std::make_unique<const SimplePattern>(std::move(*simple));
+}
+
+void TemplateRules::FindShortcut(TemplateRule& rule) const {
+  const XPathNode* content = FirstContent(rule.TemplateNode);
+  if (content == nullptr) rule.Effect = TemplateRule::Shortcut::Nothing;
+  if (content == nullptr || NextContent(content) != nullptr) return;
+  const ElementDispatcher::Entry entry = processor_->Dispatcher->Find(content);
+  if (entry.code != ElementCode::ValueOf) return;
+  const auto& record = static_cast<const ValueOfRecord&>(*entry.record);
+  if (!processor_->TryParse(record.SelectText, kNoPattern).isContextNode) return;
+  rule.Effect = record.DisableOutputEscaping ? TemplateRule::Shortcut::UnescapedValue
+                                             : TemplateRule::Shortcut::Value;
 }
 
 TemplateRule* TemplateRules::FindRule(XPathNode* node, ModeId mode) {
@@ -184,9 +198,8 @@ TemplateRule* TemplateRules::FindImportedRule(const TemplateFrame& frame, XPathN
                                               ModeId mode) {
   if (rules_.empty()) return nullptr;
   const TemplateRule& start = frame.RuleCursor != nullptr ? *frame.RuleCursor : *rules_.back();
-  const auto same =
-      std::ranges::lower_bound(rules_, start.Precedence, {},
-                               [](const auto& rule) { return rule->Precedence; });
+  const auto same = std::ranges::lower_bound(rules_, start.Precedence, {},
+                                             [](const auto& rule) { return rule->Precedence; });
   return FirstMatch(node, mode, static_cast<std::int32_t>(same - rules_.begin()));
 }
 

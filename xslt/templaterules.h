@@ -38,6 +38,7 @@ class TemplateRules {
   TemplateRule* FindImportedRule(const TemplateFrame& frame, XPathNode* node, ModeId mode);
   // The first rule of that name of the highest precedence; null without one.
   TemplateRule* FindNamed(std::u16string_view expandedName) const;
+  std::size_t Count() const { return rules_.size(); }
 
  private:
   struct NamedRules {
@@ -49,6 +50,7 @@ class TemplateRules {
   void AddRule(std::unique_ptr<TemplateRule> rule);
   void SortNewRules();
   void Classify(TemplateRule& rule);
+  void FindShortcut(TemplateRule& rule) const;
   TemplateRule* FirstMatch(XPathNode* node, ModeId mode, std::int32_t rankLimit);
   bool Holds(TemplateRule& rule, XPathNode* node);
   ModeId InternMode(std::u16string_view expanded);

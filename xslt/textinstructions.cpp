@@ -10,6 +10,8 @@ bool TextInstruction::Execute() {
   const XPathNode* element = Begin();
   const auto& record = static_cast<const TextRecord&>(*Record);
   const XPathNode* content = FirstContent(element);
+  if (JoinsTexts() && JoinText(*OutputNode, record.Text, !record.DisableOutputEscaping))
+    return true;
   const bool isOneText = content != nullptr && content->next == nullptr;
   OwnedTree text;
   if (isOneText && content->source != nullptr && !content->HasOwnValue()) {
@@ -26,11 +28,9 @@ bool TextInstruction::Execute() {
 bool ValueOfInstruction::Execute() {
   Begin();
   const auto& record = static_cast<const ValueOfRecord&>(*Record);
-  XPathValue value;
-  Frame().Evaluate(record.SelectText, value);
-  OwnedTree text = MakeText(value);
-  text->escapeOutput = !record.DisableOutputEscaping;
-  AppendResult(*OutputNode, std::move(text));
+  XPathValue scratch;
+  const XPathValue& value = Processor->ViewExpression(record.SelectText, Frame(), scratch);
+  AppendText(*OutputNode, value, !record.DisableOutputEscaping, JoinsTexts());
   return true;
 }
 

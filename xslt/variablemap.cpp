@@ -9,12 +9,10 @@ namespace kelmora {
 // One binding and those it hides or stands in front of.
 struct VariableMap::Cell {
   static void* operator new(std::size_t size) { return SizePool::Allocate(size); }
-  static void operator delete(void* cell, std::size_t size) noexcept {
-    SizePool::Free(cell, size);
-  }
+  static void operator delete(void* cell, std::size_t size) noexcept { SizePool::Free(cell, size); }
 
-  std::uint32_t hash;
-  std::uint32_t size;  // of the list from here on
+  std::uint32_t hash = 0;  // 0 as long as no index needs it
+  std::uint32_t size = 0;  // of the list from here on
   std::u16string_view name;
   Link next;
   TrieNode* index = nullptr;  // all cells from here on; null while the list is short
@@ -39,7 +37,9 @@ std::uint32_t HashOf(std::u16string_view name) {
   return static_cast<std::uint32_t>(hash >> 32);
 }
 
-constexpr int Bit(std::uint32_t hash, int level) { return static_cast<int>(hash >> level & 1); }
+constexpr int Bit(std::uint32_t hash, int level) {
+  return static_cast<int>(hash >> level & 1);
+}
 
 }  // namespace
 
@@ -74,11 +74,9 @@ void VariableMap::Release(TrieNode* node) noexcept {
   delete node;
 }
 
-const XPathValue* VariableMap::Find(std::u16string_view name) const {
-  if (head_ == 0) return nullptr;
-  const std::uint32_t hash = HashOf(name);
-  const Cell* cell = CellOf(head_);
+const XPathValue* VariableMap::FindFrom(const Cell* cell, std::u16string_view name) {
   if (cell->index != nullptr) {
+    const std::uint32_t hash = HashOf(name);
     const TrieNode* node = cell->index;
     for (int level = 0; node != nullptr && node->cell == nullptr; ++level) {
       node = node->children[Bit(hash, level)];
@@ -86,8 +84,9 @@ const XPathValue* VariableMap::Find(std::u16string_view name) const {
     if (node == nullptr || node->cell->hash != hash) return nullptr;
     cell = node->cell;
   }
+  // Few names, most of them of other lengths or beginnings: comparing them is cheaper than a hash.
   for (; cell != nullptr; cell = CellOf(cell->next)) {
-    if (cell->hash == hash && cell->name == name) return &cell->value;
+    if (cell->name == name) return &cell->value;
   }
   return nullptr;
 }
@@ -125,14 +124,19 @@ VariableMap::TrieNode* VariableMap::Insert(const TrieNode* root, const Cell* cel
 
 void VariableMap::Bind(std::u16string_view name, XPathValue value) {
   const Cell* next = CellOf(head_);
-  auto* cell = new Cell{.hash = HashOf(name),
-                        .size = next == nullptr ? 1 : next->size + 1,
+  auto* cell = new Cell{.size = next == nullptr ? 1 : next->size + 1,
                         .name = name,
                         .next = head_,
                         .value = std::move(value)};
   head_ = reinterpret_cast<Link>(cell) | kOwned;
-  if (cell->size == kIndexedSize) cell->index = MakeIndex(cell);
-  if (cell->size > kIndexedSize) cell->index = Insert(next->index, cell);
+  if (cell->size < kIndexedSize) return;
+  if (cell->size == kIndexedSize) {
+    for (Cell* at = cell; at != nullptr; at = CellOf(at->next)) at->hash = HashOf(at->name);
+    cell->index = MakeIndex(cell);
+  } else {
+    cell->hash = HashOf(name);
+    cell->index = Insert(next->index, cell);
+  }
 }
 
 // The oldest cell goes in first, so that the newest of one hash stands in the leaf.

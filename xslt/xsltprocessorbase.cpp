@@ -17,8 +17,8 @@
 #include "numbercounter.h"
 #include "parsedexpression.h"
 #include "resultscope.h"
-#include "tqcore/tqtext.h"
 #include "templaterules.h"
+#include "tqcore/tqtext.h"
 #include "universes.h"
 #include "xpathevaluator.h"
 
@@ -109,6 +109,7 @@ void XSLTProcessorBase::Reset() {
   DecimalFormats.clear();
   DecimalFormats.try_emplace(TQString());
   DefaultFormatGiven = false;
+  JoinsTexts = false;
   MessagePendingFlag = false;
   TerminateMessage.Clear();
   Message.Clear();
@@ -153,11 +154,12 @@ void XSLTProcessorBase::EvaluateParameters() {
 bool XSLTProcessorBase::Step() {
   if (callStack_.empty()) return false;
   const bool succeeded = callStack_.back()->Run();
-  if (callStack_.empty() && !poppedFrames_.empty()) SerializeResult();
-  while (!poppedFrames_.empty()) {
+  if (poppedFrames_.empty()) return succeeded;
+  if (callStack_.empty()) SerializeResult();
+  do {
     delete poppedFrames_.back();
     poppedFrames_.pop_back();
-  }
+  } while (!poppedFrames_.empty());
   return succeeded;
 }
 

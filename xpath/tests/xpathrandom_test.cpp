@@ -33,8 +33,8 @@ class Generator {
       case 0:
         return Pick({"1", "2", "0", "'1'", "'b'", "''", "1.5"});
       case 1:
-        return Pick({"$set", "$rtf", "$two", "$text", "$missing", "position()", "last()",
-                     "current()"});
+        return Pick(
+            {"$set", "$rtf", "$two", "$text", "$missing", "position()", "last()", "current()"});
       case 2:
       case 3:
         return Path(depth);
@@ -43,6 +43,7 @@ class Generator {
                Pick({"=", "!=", "<", ">", "<=", ">=", " or ", " and ", "+", "*", " - ", " mod "}) +
                Expression(depth + 1);
       case 5:
+        if (Below(2) == 0) return Step(depth) + "|" + Step(depth) + Pick({"", "|@*", "|node()"});
         return Path(depth) + "|(" + Expression(depth + 1) + ")";
       case 6:
         return "(" + Expression(depth + 1) + ")" + Predicates(depth);
@@ -105,11 +106,11 @@ class Generator {
     if (form == 0) return ".";
     if (form == 1) return "..";
     std::string axis =
-        form < 8 ? Pick({"", "", "", "@"})
-                 : Pick({"ancestor::", "ancestor-or-self::", "attribute::", "child::",
-                         "descendant::", "descendant-or-self::", "following::",
-                         "following-sibling::", "namespace::", "parent::", "preceding::",
-                         "preceding-sibling::", "self::"});
+        form < 8
+            ? Pick({"", "", "", "@"})
+            : Pick({"ancestor::", "ancestor-or-self::", "attribute::", "child::", "descendant::",
+                    "descendant-or-self::", "following::", "following-sibling::", "namespace::",
+                    "parent::", "preceding::", "preceding-sibling::", "self::"});
     std::string test = Pick({"a", "b", "c", "x", "*", "*", "p:*", "p:a", "none:*", "node()",
                              "node()", "text()", "comment()", "processing-instruction()"});
     if (Below(60) == 0) test = "unbound:a";

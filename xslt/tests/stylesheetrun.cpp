@@ -115,6 +115,7 @@ std::string StylesheetRun::Result() const {
   try {
     for (const std::string& parameter : parameters) processor.AddParameter(FromNative(parameter));
     processor.SetTreeBuilder(&engine.builder);
+    if (!givesAllFrames) processor.SetStackLimit(stackLimit);
     processor.Start(stylesheetRoot.get(), sourceRoot.get());
     return RunSteps(processor, stackLimit);
   } catch (const TQXSLTError& error) {

@@ -12,9 +12,10 @@ namespace kelmora {
 struct StylesheetRun {
   std::string stylesheet;
   std::string source = "<r/>";
-  std::map<std::string, std::string> files = {};     // further ones, by name
-  std::vector<std::string> parameters = {};          // "name=expression"
+  std::map<std::string, std::string> files = {};  // further ones, by name
+  std::vector<std::string> parameters = {};       // "name=expression"
   std::size_t stackLimit = 1000;
+  bool givesAllFrames = false;  // also to templates that could do without
 
   // The result with its line breaks as LF; "stopped: " and a terminating message; or
   //   code 33 at xsl:stylesheet/xsl:template/@x [xsl:template xsl:stylesheet]

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "tqcore/tqstring.h"
@@ -43,7 +44,12 @@ enum class XPathError : std::int32_t {
   KeyFunctionInKey = 17,
 };
 
-enum XPathGrammar : std::int32_t { kNoGrammar = 0, kFieldGrammar = 1, kSelectorGrammar = 2, kExprGrammar = 3 };
+enum XPathGrammar : std::int32_t {
+  kNoGrammar = 0,
+  kFieldGrammar = 1,
+  kSelectorGrammar = 2,
+  kExprGrammar = 3
+};
 
 // What an expression is used for: 1 and 2 refuse variables, 1 limits the axes outside predicates,
 // 2 refuses key().
@@ -86,7 +92,8 @@ class XPathExpression {
 
   // Drops the tree; the text is trimmed. The map is borrowed until the last evaluation. Names are
   // resolved when they are evaluated, not when they are parsed.
-  void SetExpression(const PrefixMap* prefixMap, const TQString& text, XPathPatternKind patternKind);
+  void SetExpression(const PrefixMap* prefixMap, const TQString& text,
+                     XPathPatternKind patternKind);
   // True when the whole text is a sentence of the grammar. Without `buildTree` only the syntax is
   // tested.
   [[nodiscard]] bool Parse(bool buildTree, XPathGrammar grammar);
@@ -94,6 +101,12 @@ class XPathExpression {
   [[nodiscard]] bool ParseField(bool buildTree) { return Parse(buildTree, kFieldGrammar); }
   XPathParseNodeRef TakeTree();
   void UseTree(XPathParseNodeRef tree, XPathGrammar grammar);  // for the next evaluation only
+  // SetExpression and UseTree in one, for a caller that keeps trees: there is no text.
+  void UseTree(const PrefixMap* prefixMap, const XPathParseNodeRef& tree,
+               XPathPatternKind patternKind);
+  // What a tree is when its value can be had without an evaluation: "." or, with its name, "$name".
+  static bool IsContextNode(const XPathParseTree& tree);
+  static bool IsVariable(const XPathParseTree& tree, std::u16string_view& name);
 
   // What the next evaluation works with; all borrowed, and forgotten when it ends.
   void SetVariables(const XPathVariables* variables) { variables_ = variables; }
@@ -160,7 +173,8 @@ class XPathExpression {
 };
 
 // Names, as the scanner sees them.
-bool IsQName(std::u16string_view text);   // no white space at the ends, the QName rule takes it whole
+bool IsQName(
+    std::u16string_view text);  // no white space at the ends, the QName rule takes it whole
 bool IsNCName(std::u16string_view text);
 
 }  // namespace kelmora

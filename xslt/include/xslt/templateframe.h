@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "xmltree/xpathnode.h"
@@ -36,10 +37,11 @@ struct TemplateFrame {
   static void* operator new(std::size_t size);  // from a pool
   static void operator delete(void* frame, std::size_t size) noexcept;
 
-  // One step of the frame: makes the instruction at first need, then Execute or Resume. False ends
-  // the run without a message. Failures are raised as TQXSLTError.
+  // One step of the frame: makes the instruction at first need, then Execute or Resume, or both for
+  // an instruction that pushes no child. False ends the run without a message. Failures are raised
+  // as TQXSLTError.
   bool Run();
-  bool RunInstruction();  // Execute or Resume
+  bool RunInstruction();
 
   XPathNode* ContextNode() const;  // NodeList[Position - 1], null outside of the list
   std::int32_t ContextSize() const { return static_cast<std::int32_t>(NodeList->size()); }
@@ -51,7 +53,10 @@ struct TemplateFrame {
   // `other` and the frame is as before. The list that the frame shared until then stays valid as
   // long as the parent frame.
   bool EvaluateIntoFrame(const ExpressionText& expression, XPathValue& other);
-  void SetOwnNodeList(XPathNodeList list);  // the frame drops what it owned and owns this
+  void SetOwnNodeList(XPathNodeList list) {  // the frame drops what it owned and owns this
+    OwnList = std::move(list);
+    NodeList = &OwnList;
+  }
 
   // The frame runs this rule; null: none, as in the body of xsl:for-each.
   void SetRule(TemplateRule* rule) { RuleCursor = CurrentRule = rule; }
@@ -62,14 +67,14 @@ struct TemplateFrame {
   TemplateRule* CurrentRule = nullptr;
   bool Resumed = false;
   bool AllowUnknown = false;  // forward-compatible mode, inherited
-  bool OwnsNodeList = false;
-  bool InFragment = false;  // OutputParent lies in a fragment, not in the result tree; inherited
+  bool InFragment = false;    // OutputParent lies in a fragment, not in the result tree; inherited
   XPathNode* CurrentNode = nullptr;   // stylesheet node still to be started
   XPathNode* CallingNode = nullptr;   // stylesheet node being executed
   XPathNode* LastFinished = nullptr;  // CallingNode of the child frame that ended last
   XPathNode* Cursor = nullptr;        // child of CallingNode that runs or ran last
   std::unique_ptr<class Instruction> Instruction;
-  XPathNodeList* NodeList = nullptr;  // the context node list, shared or owned
+  XPathNodeList* NodeList = nullptr;  // the context node list: OwnList or that of another frame
+  XPathNodeList OwnList;
   std::int32_t Position = -1;         // 1-based
   XPathNode* OutputParent = nullptr;  // where the next result node goes; not owned
   XPathNode* OutputRoot = nullptr;    // owned; root of the result tree, in the bottom frame alone

@@ -3,8 +3,8 @@
 // copy borrows: it sees what the original holds, and what it binds is its own. That fits the call
 // stack, where a frame copies the maps of the frame below and goes first.
 //
-// From kIndexedSize bindings on each cell also holds the root of a trie over the hashes of the names
-// below it, so that lookup stays logarithmic.
+// From kIndexedSize bindings on each cell also holds the root of a trie over the hashes of the
+// names below it, so that lookup stays logarithmic.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,9 @@ class VariableMap {
 
   bool IsEmpty() const { return head_ == 0; }
   // The value lives as long as the map that it was bound in. Null when the name is not bound.
-  const XPathValue* Find(std::u16string_view name) const;
+  const XPathValue* Find(std::u16string_view name) const {
+    return head_ == 0 ? nullptr : FindFrom(CellOf(head_), name);
+  }
   // The name is borrowed and must outlive the map and its copies. Names of the stylesheet and of
   // the command line do.
   void Bind(std::u16string_view name, XPathValue value);
@@ -46,6 +48,7 @@ class VariableMap {
   static constexpr Link kOwned = 1;
 
   static Cell* CellOf(Link link) { return reinterpret_cast<Cell*>(link & ~kOwned); }
+  static const XPathValue* FindFrom(const Cell* cell, std::u16string_view name);
   static void Release(TrieNode* node) noexcept;
   static TrieNode* Insert(const TrieNode* root, const Cell* cell);
   static TrieNode* MakeIndex(const Cell* newest);

@@ -60,6 +60,9 @@ class XSLTProcessorBase {
   // One step of the top frame. False ends the run without a message.
   bool Step();
   const std::vector<TemplateFrame*>& CallStack() const { return callStack_; }
+  // The largest number of frames that the driver allows. Templates that do next to nothing run
+  // without frames as long as it would not be exceeded; 0, the default, lets all have theirs.
+  void SetStackLimit(std::size_t frames) { stackLimit_ = frames; }
   bool MessagePending() const { return MessagePendingFlag; }
   TQString TakeMessage();
   const struct OutputSettings& OutputSettings() const { return Serializer_.OutputSettings(); }
@@ -71,6 +74,7 @@ class XSLTProcessorBase {
   TemplateFrame& TopFrame() const { return *callStack_.back(); }
   TemplateFrame& BottomFrame() const { return *callStack_.front(); }
   void PushFrame(TemplateFrame* frame) { callStack_.push_back(frame); }  // takes ownership
+  bool HasRoom(std::size_t frames) const { return callStack_.size() + frames <= stackLimit_; }
   // Moves the top frame to PoppedFrames; it is deleted at the end of the step.
   void PopFrame();
 
@@ -80,6 +84,9 @@ class XSLTProcessorBase {
   // that is no expression.
   void EvaluateExpression(const ExpressionText& expression, const TemplateFrame& frame,
                           XPathValue& value);
+  // The same without a copy where the value stands in a variable: that one, or `scratch`.
+  const XPathValue& ViewExpression(const ExpressionText& expression, const TemplateFrame& frame,
+                                   XPathValue& scratch);
   // The same with the conversion of the value, which need not be made then. The text lives until
   // `scratch`, a document or a variable changes.
   bool EvaluateToBoolean(const ExpressionText& expression, const TemplateFrame& frame);
@@ -101,8 +108,8 @@ class XSLTProcessorBase {
   // The expression run from all nodes of the universe at once, in the order of the evaluation.
   XPathNodeList EvaluateOverUniverse(const ExpressionText& expression, XPathNode* contextNode,
                                      XPathNode* namespaceNode, XPathPatternKind patternKind);
-  // The parsed form, from the cache; without a tree for a text that does not parse. It lives as long
-  // as the run.
+  // The parsed form, from the cache; without a tree for a text that does not parse. It lives as
+  // long as the run.
   const ParsedExpression& TryParse(const ExpressionText& expression, XPathPatternKind patternKind);
 
   // "uri:local" of a qualified name by the map, the name as written when its prefix is not bound to
@@ -115,7 +122,7 @@ class XSLTProcessorBase {
   XPathNode* KeepFragment(XPathNode* root);  // owns it to the end of the run; returns it
   // A new pointer for each call, in TextPool: it lives to the end of the run.
   InternedURI KeepURI(std::u16string_view text);
-  TQString GeneratePrefix();                      // "prefix_1", "prefix_2", ...
+  TQString GeneratePrefix();  // "prefix_1", "prefix_2", ...
 
   // The absolute form of `href` as an element or attribute of the stylesheet names it.
   static TQString ResolveHref(const XPathNode* baseNode, std::u16string_view href);
@@ -149,6 +156,9 @@ class XSLTProcessorBase {
   std::map<TQString, std::vector<XPathNode*>, TextLess> AttributeSets;
   DecimalFormatMap DecimalFormats;
   bool DefaultFormatGiven = false;
+  // Texts that stand side by side in the result tree may become one node. Nothing shows how many
+  // there were, unless each is to be a CDATA section of its own. Known when the rules start.
+  bool JoinsTexts = false;
   std::map<TQString, std::unique_ptr<KeyTable>, TextLess> Keys;
   GlobalMap GlobalVariables;
   GlobalMap GlobalParameters;
@@ -194,12 +204,13 @@ class XSLTProcessorBase {
   std::vector<TemplateFrame*> callStack_;     // owned
   std::vector<TemplateFrame*> poppedFrames_;  // owned; left CallStack in the current step
   std::vector<XPathNode*> keptFragments_;     // owned
+  std::size_t stackLimit_ = 0;
   std::deque<TQString> textPool_;
   std::unique_ptr<Universes> universes_;
   std::unique_ptr<ExpressionCache> expressionCache_;
   std::unique_ptr<AttributeTemplates> attributeTemplates_;
   std::unique_ptr<GlobalDefinitions> globalDefinitions_;
-  std::unordered_map<TQString, XPathNode*, TextHash, TextEqual> loadedTrees_;      // owned
+  std::unordered_map<TQString, XPathNode*, TextHash, TextEqual> loadedTrees_;  // owned
   std::unordered_map<const XTreeNode*, XPathNode*> documentTrees_;  // of document(), kept fragments
   std::unique_ptr<XTree> builtInSource_;
   XPathNode* builtInRoot_ = nullptr;  // owned
