@@ -1,6 +1,7 @@
 // DcdReader reads a Document Content Description, in one pass. What is an attribute of an element
 // there may as well be a child: the properties of a definition are its attributes and the elements
 // below it, taken together in the order of the document.
+#include <array>
 #include <utility>
 
 #include "olderschematypes.h"
@@ -61,6 +62,14 @@ constexpr AttributeRule kElementProperties[] = {
     {Word::DcdElement},      {Word::DcdGroup},
 };
 constexpr SchemaRow kDcdElementRow{kElementProperties, kElementMessage, {}};
+
+// In front of the type of a definition the other properties are passed over, whatever they say.
+constexpr auto kUntypedProperties = [] {
+  auto properties = std::to_array(kElementProperties);
+  for (AttributeRule& rule : properties) rule.value = nullptr;
+  return properties;
+}();
+constexpr SchemaRow kDcdUntypedRow{kUntypedProperties, kElementMessage, {}};
 
 // In a group the two attributes of the group itself are passed over.
 constexpr AttributeRule kGroupProperties[] = {
@@ -167,9 +176,13 @@ bool DcdReader::Read(const XTreeNode& root) {
 
 bool DcdReader::ReadElement(const XTreeNode& node, const SchemaRow& row, ElementDecl* holder,
                             const Particle& bounds) {
+  const SchemaRow* current = holder != nullptr ? &row : &kDcdUntypedRow;
   return ReadProperties(
-      node, row, [&](Word word, const TQString& value, const XTreeNode& property) {
-        if (word == Word::DcdType) return ReadType(property, value, holder);
+      node, current, [&](Word word, const TQString& value, const XTreeNode& property) {
+        if (word == Word::DcdType) {
+          current = &row;
+          return ReadType(property, value, holder);
+        }
         return holder == nullptr || ReadElementProperty(word, value, property, *holder, bounds);
       });
 }
@@ -252,8 +265,9 @@ bool DcdReader::ReadGroup(const XTreeNode& node, ElementDecl& holder) {
 bool DcdReader::ReadAttribute(const XTreeNode& node, ElementDecl& holder) {
   AttributeDecl& attribute = *model_.MakeAttribute();
   attribute.sourceNode = &node;
-  const bool complete = ReadProperties(
-      node, kDcdAttributeRow, [&](Word word, const TQString& value, const XTreeNode& property) {
+  const SchemaRow* row = &kDcdAttributeRow;
+  const bool complete =
+      ReadProperties(node, row, [&](Word word, const TQString& value, const XTreeNode& property) {
         return ReadAttributeProperty(word, value, property, attribute);
       });
   if (!complete) return false;

@@ -97,7 +97,6 @@ ElementDecl* ElementDecl::FindChildElement(const NameKey& child) {
 void ElementDecl::ClearContent() {
   particles.clear();
   index_.reset();
-  locals.Clear();
   typeRef.reset();
   typeName = {};
   elementWildcard = {};
@@ -130,6 +129,16 @@ void ElementDecl::CopyDefinition(const ElementDecl& definition) {
   hasSimpleContent = definition.hasSimpleContent;
   isOpenEnded = definition.isOpenEnded;
   isAbstract |= definition.isAbstract;
+  hasDefaults = true;
+}
+
+void ElementDecl::AddMissing(const ElementDecl& earlier) {
+  particles.insert(particles.end(), earlier.particles.begin(), earlier.particles.end());
+  index_.reset();
+  DeclarationList<AttributeDecl> merged = earlier.attributes;
+  for (AttributeDecl* attribute : attributes) merged.Set(attribute);
+  attributes = merged;
+  hasSimpleContent |= earlier.hasSimpleContent;
   hasDefaults = true;
 }
 

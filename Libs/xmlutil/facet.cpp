@@ -1,6 +1,7 @@
 #include "xmlutil/facet.h"
 
 #include <algorithm>
+#include <compare>
 #include <limits>
 #include <optional>
 #include <unordered_set>
@@ -67,21 +68,29 @@ std::int64_t CountItems(View text) {
   return count;
 }
 
-// -1, 0, 1; nothing when the two cannot be compared.
-std::optional<int> Compare(std::int32_t typeCode, View a, View b) {
+double ReadFloating(View text) {
+  text = TrimView(text);
+  const bool isNegative = text.starts_with(u'-');
+  const View word = isNegative || text.starts_with(u'+') ? text.substr(1) : text;
+  if (word == u"NaN") return std::numeric_limits<double>::quiet_NaN();
+  if (word != u"INF") return ParseDouble(text, nullptr);
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  return isNegative ? -kInfinity : kInfinity;
+}
+
+// Nothing when values of the type are not compared, or these two cannot be.
+std::optional<std::partial_ordering> Compare(std::int32_t typeCode, View a, View b) {
   switch (ComparisonOf(typeCode)) {
     case Comparison::Decimal:
-      return IsLess(a, b) ? -1 : (IsEqual(a, b) ? 0 : 1);
-    case Comparison::Floating: {
-      const double left = ParseDouble(TrimView(a), nullptr);
-      const double right = ParseDouble(TrimView(b), nullptr);
-      return left < right ? -1 : (left > right ? 1 : 0);
-    }
+      if (IsEqual(a, b)) return std::partial_ordering::equivalent;
+      return IsLess(a, b) ? std::partial_ordering::less : std::partial_ordering::greater;
+    case Comparison::Floating:
+      return ReadFloating(a) <=> ReadFloating(b);
     case Comparison::DateTime: {
       const auto left = DateTimeValue::Parse(typeCode, a);
       const auto right = DateTimeValue::Parse(typeCode, b);
       if (!left || !right) return std::nullopt;
-      return *left < *right ? -1 : (*right < *left ? 1 : 0);
+      return *left <=> *right;
     }
     case Comparison::None:
       break;
@@ -144,15 +153,17 @@ class PatternFacet final : public Facet {
   mutable std::unique_ptr<XMLRegExp> expression_;  // made at the first check
 };
 
-// What a comparison of numbers or dates counts for among the steps of checks.
+// What a comparison of numbers counts for among the steps of checks.
 constexpr std::int64_t kStepsPerComparison = 8;
 
+// Numbers are compared as such, and all else as text, dates too.
 class EnumerationFacet final : public Facet {
  public:
   using Facet::Facet;
   bool Check(std::int32_t typeCode, const TQString& text) const override {
     switch (ComparisonOf(typeCode)) {
       case Comparison::None:
+      case Comparison::DateTime:
         return texts_.contains(text);
       case Comparison::Decimal:
         if (decimals_.empty()) {
@@ -160,13 +171,11 @@ class EnumerationFacet final : public Facet {
         }
         return decimals_.contains(CanonicalDecimal(text));
       case Comparison::Floating:
-      case Comparison::DateTime:
         break;
     }
     XMLRegExp::steps += kStepsPerComparison * static_cast<std::int64_t>(values_.size());
     return std::any_of(values_.begin(), values_.end(), [&](const TQString& candidate) {
-      const std::optional<int> order = Compare(typeCode, text, candidate);
-      return order ? *order == 0 : candidate == text;
+      return ReadFloating(text) == ReadFloating(candidate);
     });
   }
   void FixValue(TQString& text) const override {
@@ -215,9 +224,7 @@ class WhiteSpaceFacet final : public Facet {
   using Facet::Facet;
   bool Check(std::int32_t, const TQString&) const override { return true; }
   void FixValue(TQString&) const override {}
-  bool IsValidFor(const SimpleType&) const override {
-    return value == u"preserve" || value == u"replace" || value == u"collapse";
-  }
+  bool IsValidFor(const SimpleType&) const override { return true; }  // other words preserve
   std::unique_ptr<Facet> Clone() const override { return std::make_unique<WhiteSpaceFacet>(*this); }
 };
 
@@ -225,7 +232,7 @@ class BoundFacet final : public Facet {
  public:
   using Facet::Facet;
   bool Check(std::int32_t typeCode, const TQString& text) const override {
-    const std::optional<int> order = Compare(typeCode, text, value);
+    const std::optional<std::partial_ordering> order = Compare(typeCode, text, value);
     if (!order) return true;
     switch (code) {
       case FacetCode::MaxInclusive:
@@ -240,7 +247,8 @@ class BoundFacet final : public Facet {
   }
   void FixValue(TQString& text) const override { text = value; }
   bool IsValidFor(const SimpleType& type) const override {
-    return SimpleType(type.typeCode).CheckBuiltin(value, false) == TypeCheck::Valid;
+    TQString ignored;
+    return type.CheckValue(value, ignored, false) == TypeCheck::Valid;
   }
   std::unique_ptr<Facet> Clone() const override { return std::make_unique<BoundFacet>(*this); }
 };

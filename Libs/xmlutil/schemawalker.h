@@ -73,9 +73,9 @@ class SchemaWalker {
 
   // Calls `visit(word, value, property)` for the attributes of `node` and then for the elements
   // below it, whose value is their text, until it returns false. The attributes of the row stand
-  // for both.
+  // for both; the visitor may put another row in its place.
   template <class Visit>
-  bool ReadProperties(const XTreeNode& node, const SchemaRow& row, Visit visit) {
+  bool ReadProperties(const XTreeNode& node, const SchemaRow* const& row, Visit visit) {
     if (nesting_ >= kSchemaNesting) return Fail(ModelCode::NotAllowed, node, kTooDeep);
     ++nesting_;
     bool goesOn = true;
@@ -83,9 +83,9 @@ class SchemaWalker {
          property = property->next) {
       SchemaValues values;
       if (property->kind == XTreeKind::Attribute) {
-        goesOn = ReadAttribute(node, *property, row, values);
+        goesOn = ReadAttribute(node, *property, *row, values);
       } else if (property->kind == XTreeKind::Element) {
-        goesOn = ReadValue(*property, property->GetName(), TextOfElement(*property), row, values);
+        goesOn = ReadValue(*property, property->GetName(), TextOfElement(*property), *row, values);
       }
       for (const auto& [word, value] : values) goesOn = goesOn && visit(word, value, *property);
     }

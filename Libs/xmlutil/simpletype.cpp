@@ -242,26 +242,28 @@ TypeCheck SimpleType::CheckBuiltin(const TQString& text, bool withFacets,
   return TypeCheck::Valid;
 }
 
-TypeCheck SimpleType::CheckMembers(const TQString& value, TQString& facetText) const {
+TypeCheck SimpleType::CheckMembers(const TQString& value, TQString& facetText,
+                                   bool withFacets) const {
   TypeCheck result = TypeCheck::Valid;
   for (const SimpleType* member = this; member != nullptr; member = member->next.get()) {
     const Facet* refusing = nullptr;
-    result = member->CheckBuiltin(value, true, &refusing);
+    result = member->CheckBuiltin(value, withFacets, &refusing);
     if (result == TypeCheck::Valid) return result;
     if (refusing != nullptr) facetText = Describe(*refusing);
   }
   return result;
 }
 
-TypeCheck SimpleType::CheckList(const TQString& value, TQString& facetText) const {
+TypeCheck SimpleType::CheckList(const TQString& value, TQString& facetText, bool withFacets) const {
   std::int64_t count = 0;
   int at = 0;
   for (TQString item = value.Tokenize(kXmlSpaces, at); !item.IsEmpty();
        item = value.Tokenize(kXmlSpaces, at)) {
-    const TypeCheck result = CheckMembers(item, facetText);
+    const TypeCheck result = CheckMembers(item, facetText, withFacets);
     if (result != TypeCheck::Valid) return result;
     ++count;
   }
+  if (!withFacets) return TypeCheck::Valid;
   for (const auto& facet : facets) {
     if (!IsLengthFacet(*facet) || facet->CheckCount(count)) continue;
     facetText = Describe(*facet);
@@ -270,12 +272,13 @@ TypeCheck SimpleType::CheckList(const TQString& value, TQString& facetText) cons
   return TypeCheck::Valid;
 }
 
-TypeCheck SimpleType::CheckValue(const TQString& text, TQString& facetText) const {
+TypeCheck SimpleType::CheckValue(const TQString& text, TQString& facetText, bool withFacets) const {
   TQString value = text;
   value.DecodeCharacterReferences();
-  ApplyWhiteSpace(value, WhiteSpace());
+  if (withFacets) ApplyWhiteSpace(value, WhiteSpace());
   facetText.Clear();
-  return isList ? CheckList(value, facetText) : CheckMembers(value, facetText);
+  return isList ? CheckList(value, facetText, withFacets)
+                : CheckMembers(value, facetText, withFacets);
 }
 
 namespace {

@@ -110,7 +110,7 @@ bool XmlSchemaReader::ReadElementDefinition(const XTreeNode& node, const SchemaV
   element.fixedText = values[Word::Fixed];
   if (!ReadElementChildren(node, values, element, isLocal, hasType)) return false;
   const TQString& head = values[Word::SubstitutionGroup];
-  if (!hasType && !TakeDefaultType(node, head, element)) return false;
+  if (!hasType && !TakeDefaultType(node, values, element)) return false;
   if (!CheckElementValue(node, values, element)) return false;
   if (!head.IsEmpty()) {
     if (isLocal) return Fail(ModelCode::LocalSubstitution, node);
@@ -133,7 +133,8 @@ bool XmlSchemaReader::CheckNotDeclared(const XTreeNode& node, const ElementDecl&
 bool XmlSchemaReader::ReadElementType(const XTreeNode& node, const TQString& text,
                                       ElementDecl& element, bool isLocal) {
   const QName name = ResolveName(node, text);
-  if (!(name == element.typeName) && !CheckNotDeclared(node, element, isLocal)) return false;
+  const bool isOther = !(name == element.typeName);
+  if (isOther && IsSchemaName(name) && !CheckNotDeclared(node, element, isLocal)) return false;
   element.ClearDefinition();
   element.typeName = name;
   if (IsSchemaName(name)) {
@@ -187,24 +188,37 @@ bool XmlSchemaReader::ReadInlineType(Word word, const XTreeNode& node, ElementDe
   if (word == Word::ComplexType) {
     SchemaValues values;
     Derivation derivation;
-    return ReadComplexType(node, element, values, derivation);
+    ElementDecl earlier(&model_);
+    earlier.CopyDefinition(element);
+    const bool complete = ReadComplexType(node, element, values, derivation);
+    if (!complete) element.AddMissing(earlier);
+    return complete;
   }
   element.ClearDefinition();
   element.hasSimpleContent = true;
   return ReadNestedSimpleType(node, element.typeRef);
 }
 
-// Without a type of its own an element has that of the head of its substitution group, or any.
-bool XmlSchemaReader::TakeDefaultType(const XTreeNode& node, const TQString& head,
+// Without a type of its own an element has what the head of its substitution group declares, with
+// the value that it gives itself, or any type.
+bool XmlSchemaReader::TakeDefaultType(const XTreeNode& node, const SchemaValues& values,
                                       ElementDecl& element) {
+  constexpr std::size_t kUnitsPerCopy = 16;  // of a text, as far as kSchemaCopyLimit counts
   element.ClearDefinition();
-  if (head.IsEmpty()) {
+  const TQString& name = values[Word::SubstitutionGroup];
+  if (name.IsEmpty()) {
     element.isAny = element.isMixed = true;
     return true;
   }
-  const ElementDecl* declaration = model_.FindElement(ResolveName(node, head));
-  return declaration == nullptr || declaration == &element ||
-         CopyDefinition(node, *declaration, element);
+  const ElementDecl* head = model_.FindElement(ResolveName(node, name));
+  if (head == nullptr || head == &element) return true;
+  if (!CopyDefinition(node, *head, element)) return false;
+  if (values.Has(Word::Default) || values.Has(Word::Fixed)) return true;
+  element.defaultText = head->defaultText;
+  element.fixedText = head->fixedText;
+  const auto units =
+      static_cast<std::size_t>(head->defaultText.Length() + head->fixedText.Length());
+  return ChargeCopies(node, units / kUnitsPerCopy);
 }
 
 bool XmlSchemaReader::CheckElementValue(const XTreeNode& node, const SchemaValues& values,

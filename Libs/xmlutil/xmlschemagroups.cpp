@@ -61,13 +61,19 @@ bool XmlSchemaReader::ReadTopGroup(const XTreeNode& node) {
   if (MissesAttribute(node, values, Word::Name)) return false;
   ElementDecl*& group = schema_.groups[TargetName(values[Word::Name])];
   if (group == nullptr) group = model_.MakeElement();
+  ElementDecl earlier(&model_);
+  earlier.CopyDefinition(*group);
   group->ClearDefinition();
+  if (IsFirstPass()) group->locals.Clear();  // those of a definition that this one replaces
   group->name = TargetName(values[Word::Name]);
   group->sourceNode = &node;
   group->isGroup = group->isSequence = true;
   groupsOfDocument_.push_back(group);
   ElementDecl* const read = group;  // the table may move
-  if (!ReadGroupContent(node, {read, read})) return false;
+  if (!ReadGroupContent(node, {read, read})) {
+    read->AddMissing(earlier);
+    return false;
+  }
   read->declared = true;
   return true;
 }

@@ -199,7 +199,7 @@ class XmlSchemaReader final : private SchemaWalker {
   bool ReadElementChildren(const XTreeNode& node, const SchemaValues& values, ElementDecl& element,
                            bool isLocal, bool& hasType);
   bool ReadInlineType(Word word, const XTreeNode& node, ElementDecl& element, bool isLocal);
-  bool TakeDefaultType(const XTreeNode& node, const TQString& head, ElementDecl& element);
+  bool TakeDefaultType(const XTreeNode& node, const SchemaValues& values, ElementDecl& element);
   bool CheckElementValue(const XTreeNode& node, const SchemaValues& values,
                          const ElementDecl& element);
   bool ReadConstraint(const XTreeNode& node, Word word, ElementDecl& element);

@@ -114,8 +114,11 @@ TEST_F(ModelTest, DCD) {
        "<AttributeDef Name='x' Default='1' Values=\"a 'b c'\" ID-Role='ID' Fixed='True'/>"
        "</ElementDef><ElementDef Type='a'/>",
        7500, "", "(r x=1(a))"},
-      {"<AttributeDef/><Description/><ElementDef Content='x' Type='a'/>", 7537,
+      {"<AttributeDef/><Description/><ElementDef Type='a' Content='x'/>", 7537,
        "- expected (Open | Closed)"},
+      {"<ElementDef Content='x' Model='x'><AttributeDef Name='x' Default='1'/><Type>r</Type>"
+       "<AttributeDef Name='y' Default='2'/></ElementDef>",
+       7500, "", "(r y=2(a))"},
       {"<ElementType/>", 7536, "- expected: (ElementType | AttributeType | description)"},
       {"<ElementDef Name='r'/>", 7536,
        "- expected: (Attribute | AttributeDef | Datatype | Description | Element | Group | Type | "

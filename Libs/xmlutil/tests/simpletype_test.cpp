@@ -110,6 +110,12 @@ TEST(SimpleType, Facets) {
       {u"int", u"enumeration", u"7", u"+07", true},
       {u"decimal", u"enumeration", u"-0.50", u"-.5", true},
       {u"double", u"enumeration", u"1e1", u"10", true},
+      {u"double", u"maxInclusive", u"INF", u"1e300", true},
+      {u"double", u"minExclusive", u"-INF", u"NaN", false},
+      {u"date", u"enumeration", u"2001-01-31Z", u"2001-01-31", false},
+      {u"gYearMonth", u"maxInclusive", u"2001-01", u"2001-02", true},
+      {u"gYear", u"maxInclusive", u"2001", u"02002", false},
+      {u"base64Binary", u"maxLength", u"1", u"QUJD", true},
       {u"string", u"enumeration", u"7", u"07", false},
       {u"string", u"pattern", u"a+", u"aa", true},
       {u"string", u"pattern", u"a+", u"ab", false},
@@ -127,6 +133,13 @@ TEST(SimpleType, Facets) {
   EXPECT_EQ(CreateFacet(u"size", u"1"), nullptr);
   EXPECT_FALSE(CreateFacet(u"length", u"x")->IsValidFor(SimpleType(0)));
   EXPECT_FALSE(CreateFacet(u"maxInclusive", u"x")->IsValidFor(SimpleType(35)));
+  EXPECT_TRUE(CreateFacet(u"whiteSpace", u"x")->IsValidFor(SimpleType(0)));
+  SimpleType base(35);
+  base.facets.push_back(CreateFacet(u"maxInclusive", u"5"));
+  EXPECT_FALSE(CreateFacet(u"enumeration", u"6")->IsValidFor(base));
+  EXPECT_TRUE(CreateFacet(u"minInclusive", u"6")->IsValidFor(base));  // facets don't count
+  base.next = std::make_shared<SimpleType>(TypeCode::Boolean);
+  EXPECT_TRUE(CreateFacet(u"minInclusive", u"true")->IsValidFor(base));
 }
 
 TEST(SimpleType, ListsUnionsAndWhiteSpace) {

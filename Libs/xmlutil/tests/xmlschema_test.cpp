@@ -218,17 +218,9 @@ TEST_F(SchemaTest, Effects) {
            "<xs:element name='a' type='xs:string' default='local'/>"),
        "<a/><x><a/></x>", "(r(a'local')(x(a'global')))"},
       {"through nested groups",
-       IN_SEQUENCE(
-           "<xs:choice><xs:sequence><xs:group ref='g'/></xs:sequence></xs:choice>") "<xs:group "
-                                                                                    "name='g'><xs:"
-                                                                                    "choice><xs:"
-                                                                                    "element "
-                                                                                    "name='a' "
-                                                                                    "type='xs:"
-                                                                                    "string' "
-                                                                                    "default='1'/>"
-                                                                                    "</xs:choice></"
-                                                                                    "xs:group>",
+       "<xs:group name='g'><xs:choice><xs:element name='a' type='xs:string' default='1'/>"
+       "</xs:choice></xs:group>" IN_SEQUENCE(
+           "<xs:choice><xs:sequence><xs:group ref='g'/></xs:sequence></xs:choice>"),
        "<a/>", "(r(a'1'))"},
       {"a group that holds itself in an element",
        "<xs:group name='g'><xs:sequence><xs:element name='a'><xs:complexType><xs:sequence>"
@@ -270,21 +262,42 @@ TEST_F(SchemaTest, Effects) {
        "<xs:element name='h'><xs:complexType><xs:attribute name='x' default='1'/>"
        "</xs:complexType></xs:element><xs:element name='a' substitutionGroup='h'/>",
        "<a/>", "(r(a x=1))"},
+      {"the head of a substitution group with its default",
+       "<xs:element name='h' type='xs:int' default='1'/><xs:element name='a' "
+       "substitutionGroup='h'/>"
+       "<xs:element name='b' substitutionGroup='h' default='2'/>"
+       "<xs:element name='c' substitutionGroup='h' fixed='3'/>",
+       "<a/><b/><c/>", "(r(a'1')(b'2')(c'3'))"},
+      {"elements of one name share a declaration, the last type stays",
+       "<xs:complexType name='c'><xs:attribute name='x' default='1'/></xs:complexType>"
+       "<xs:complexType name='d'><xs:attribute name='x' default='2'/></xs:complexType>" IN_SEQUENCE(
+           "<xs:element name='a' type='c'/><xs:choice><xs:element name='a' type='d'/></xs:choice>"),
+       "<a/>", "(r(a x=2))"},
+      {"what the first pass read stays when the second one fails in the middle of it",
+       "<xs:group name='g'><xs:sequence><xs:group ref='none'/><xs:element name='a' type='xs:int' "
+       "default='1'/></xs:sequence></xs:group>" IN_TYPE("<xs:group ref='g'/>"),
+       "<a/>", "(r(a'1'))"},
+      {"the same in a type of its own",
+       IN_SEQUENCE("<xs:element name='a'><xs:complexType><xs:attributeGroup ref='none'/>"
+                   "<xs:attribute name='x' default='1'/></xs:complexType></xs:element>"),
+       "<a/>", "(r(a x=1))"},
+      {"read up to a value that its type refuses",
+       IN_SEQUENCE("<xs:element name='a'><xs:complexType><xs:attribute name='x' default='1'/>"
+                   "<xs:attribute name='y' type='xs:int' default='z'/></xs:complexType>"
+                   "</xs:element>") "<xs:element name='b' type='xs:int' default='z'/>",
+       "<a/><b/>", "(r(a x=1)(b))"},
+      {"text of any kind is content, markup is none",
+       IN_SEQUENCE("<xs:element name='a' type='xs:string' default='1'/>"),
+       "<a> </a><a><![CDATA[]]></a><a><b/></a><a></a>", "(r(a' ')(a'')(a'1'(b))(a'1'))"},
       {"lists, unions, entities and character references",
-       IN_TYPE(
+       "<xs:simpleType name='u'><xs:union memberTypes='xs:int'><xs:simpleType>"
+       "<xs:restriction base='xs:string'><xs:enumeration value='y&#101;s'/>"
+       "<xs:enumeration value='no'/></xs:restriction></xs:simpleType></xs:union>"
+       "</xs:simpleType>" IN_TYPE(
            "<xs:attribute name='l' default='1 2'><xs:simpleType><xs:list itemType='xs:int'/>"
            "</xs:simpleType></xs:attribute>"
            "<xs:attribute name='u' default='no' type='u'/>"
-           "<xs:attribute name='e' default='&lt;&#65;&amp;'/>") "<xs:simpleType name='u'><xs:union "
-                                                                "memberTypes='xs:int'><xs:"
-                                                                "simpleType>"
-                                                                "<xs:restriction "
-                                                                "base='xs:string'><xs:enumeration "
-                                                                "value='y&#101;s'/>"
-                                                                "<xs:enumeration "
-                                                                "value='no'/></xs:restriction></"
-                                                                "xs:simpleType></xs:union>"
-                                                                "</xs:simpleType>",
+           "<xs:attribute name='e' default='&lt;&#65;&amp;'/>"),
        "", "(r l=1 2 u=no e=<A&)"},
       {"foreign attributes and documentation",
        "<xs:annotation><xs:documentation xml:lang='en'>x</xs:documentation></xs:annotation>"

@@ -191,11 +191,14 @@ class ElementDecl final : public ElementDeclaration {
   // The attribute of this name, made if there is none.
   AttributeDecl& AddAttribute(const QName& attribute);
   void AddParticle(ElementDecl* element, std::int32_t minOccurs = 1, std::int32_t maxOccurs = 1);
-  // Forgets content, attributes, type and the flags that tell of them.
+  // Forgets content, attributes, type and the flags that tell of them. Local declarations stay: a
+  // further reading finds them by their names.
   void ClearDefinition();
   void ClearContent();  // the same, but the attributes stay
   // Takes all that over from the definition of a type.
   void CopyDefinition(const ElementDecl& definition);
+  // Adds what an earlier reading left, for one that broke off.
+  void AddMissing(const ElementDecl& earlier);
 
   DocumentModel* owner;
   std::vector<Particle> particles;

@@ -70,8 +70,9 @@ class SimpleType {
   // Without regard to lists and unions; the facet that refused goes to `refusing` (may be null).
   TypeCheck CheckBuiltin(const TQString& text, bool withFacets,
                          const Facet** refusing = nullptr) const;
-  // `facetText` holds name="value" of the facet that refused the value.
-  TypeCheck CheckValue(const TQString& text, TQString& facetText) const;
+  // `facetText` holds name="value" of the facet that refused the value. Without facets, those of
+  // the members of a union don't count either.
+  TypeCheck CheckValue(const TQString& text, TQString& facetText, bool withFacets = true) const;
   // The value of the whiteSpace facet, empty without one.
   std::u16string_view WhiteSpace() const;
 
@@ -81,8 +82,8 @@ class SimpleType {
   std::shared_ptr<SimpleType> next;  // the next member of a union
 
  private:
-  TypeCheck CheckList(const TQString& value, TQString& facetText) const;
-  TypeCheck CheckMembers(const TQString& value, TQString& facetText) const;
+  TypeCheck CheckList(const TQString& value, TQString& facetText, bool withFacets) const;
+  TypeCheck CheckMembers(const TQString& value, TQString& facetText, bool withFacets) const;
   template <class NameOf>
   TQString DisplayName(NameOf nameOf) const;
 };
