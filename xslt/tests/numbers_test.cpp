@@ -96,6 +96,13 @@ TEST(Numbers, AtRoot) {
        "<r><s/><c><s/><s><s><i/><i/></s></s></c></r>", "[2.a.a][2.a.b]"},
       {"<xsl:for-each select='//i'>[<xsl:number level='any' from='c'/>]</xsl:for-each>",
        "<r><i/><c/><i/><i/><c><i/></c></r>", "[1][1][2][1]"},
+      {"<xsl:for-each select='//@*'>[<xsl:number level='any'/>]</xsl:for-each>",
+       "<?xml version='1.0'?><r version='2'><i version='3'/></r>", "[1][2]"},
+      {"<xsl:for-each select='//i'>[<xsl:number level='multiple' format='1.1' "
+       "grouping-separator=',' grouping-size='3' count='i|r'/>]</xsl:for-each>",
+       "<r><i/></r>", "[1.1]"},
+      {"<xsl:for-each select='r/namespace::q'>[<xsl:number/>]</xsl:for-each>", "<r xmlns:q='u'/>",
+       "[]"},
       {"<xsl:for-each select='r'><xsl:number value='7' format='{name()}' grouping-size='{no}'/>"
        "</xsl:for-each>",
        "<r/>", "7"},

@@ -52,6 +52,12 @@ TEST(StylesheetLoadingTest, Results) {
        "<xsl:template match='a'><xsl:value-of select='concat($v, $w)'/></xsl:template>",
        {{"x.xsl", "<xsl:variable name='v' select='1'/><xsl:param name='w' select='$v'/>"}},
        "21"},
+      // A key may use a variable that doesn't exist yet while an import is being loaded.
+      {"<xsl:import href='x.xsl'/><xsl:key name='k' match='*' use='$v'/>"
+       "<xsl:variable name='v' select='1'/><xsl:template match='a'>"
+       "<xsl:value-of select=\"count(key('k', 1))\"/></xsl:template>",
+       {{"x.xsl", "<xsl:template name='n'/>"}},
+       "2"},
       // A module included twice over enters its keys once.
       {"<xsl:include href='i.xsl'/><xsl:template match='a'>"
        "<xsl:value-of select=\"count(key('k', 'a'))\"/></xsl:template>",
