@@ -105,7 +105,14 @@ TEST_F(Sorts, Lists) {
        "bax"},
       {"<xsl:for-each select='//@*'><xsl:sort select='name()'/><xsl:value-of select='name()'/>"
        "</xsl:for-each>",
-       "klm"},
+       "klmoo"},
+      // The attributes of a sort see the first of the nodes.
+      {"<xsl:for-each select='//v'><xsl:sort order='{@o}'/><xsl:value-of select='.'/>"
+       "</xsl:for-each>",
+       "ba"},
+      {"<xsl:for-each select='r'><xsl:apply-templates select='v'><xsl:sort select='1'/>"
+       "<xsl:sort order='{@o}'/></xsl:apply-templates></xsl:for-each>",
+       "ba"},
       {"<xsl:for-each select='//v'>[<xsl:sort/><xsl:value-of select='.'/>]</xsl:for-each>",
        "[b][a]"},
       {"<xsl:for-each select='//v'><xsl:sort/><xsl:value-of select='concat(position(), last(), "
@@ -115,12 +122,13 @@ TEST_F(Sorts, Lists) {
       {"<xsl:for-each select='//v'><xsl:sort order='descending'/><xsl:for-each select='@*'>"
        "<xsl:sort select='.' data-type='number'/><xsl:value-of select='name()'/>,</xsl:for-each>"
        "</xsl:for-each>",
-       "l,m,k,"},
+       "o,l,m,k,"},
   };
   for (const auto& row : rows) {
-    const StylesheetRun run{.stylesheet = RootTemplate(row.body),
-                            .source = "<r><v m='3' l='2'>b</v><v k='1'>a</v></r>",
-                            .files = {{"d.xml", "<r><v>x</v></r>"}}};
+    const StylesheetRun run{
+        .stylesheet = RootTemplate(row.body),
+        .source = "<r o='no'><v m='3' l='2' o='descending'>b</v><v k='1'>a</v></r>",
+        .files = {{"d.xml", "<r><v>x</v></r>"}}};
     EXPECT_EQ(run.Result(), row.expected) << row.body;
   }
 }
