@@ -334,6 +334,35 @@ TEST_F(Evaluation, ArgumentCounts) {
   }
 }
 
+// What is there is told by the same names that run, and nothing else is there.
+TEST_F(Evaluation, WhatIsAvailable) {
+  for (const char* name :
+       {"boolean", "ceiling", "concat", "contains", "count", "current", "document",
+        "element-available", "false", "floor", "format-number", "function-available",
+        "generate-id", "key", "lang", "last", "local-name", "name", "namespace-uri",
+        "normalize-space", "not", "number", "position", "round", "starts-with", "string",
+        "string-length", "substring", "substring-after", "substring-before", "sum",
+        "system-property", "translate", "true"}) {
+    EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "true") << name;
+    EXPECT_NE(Run(std::string(name) + "(1, 2, 3, 4)"), "error 9/-1") << name;
+  }
+  for (const char* name : {"id", "unparsed-entity-uri", "node", "Count", "xsl:key", "true-"}) {
+    EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "false") << name;
+  }
+  for (const char* name :
+       {"apply-imports", "apply-templates", "attribute", "attribute-set", "call-template",
+        "choose", "comment", "copy", "copy-of", "decimal-format", "element", "fallback",
+        "for-each", "if", "import", "include", "key", "message", "namespace-alias", "number",
+        "otherwise", "output", "param", "preserve-space", "processing-instruction", "sort",
+        "strip-space", "stylesheet", "template", "text", "transform", "value-of", "variable",
+        "when", "with-param"}) {
+    const std::string text = name;
+    EXPECT_EQ(Run("element-available('xsl:" + text + "')"), "true") << name;
+    EXPECT_EQ(Run("element-available('p:" + text + "')"), "false") << name;
+    EXPECT_EQ(Run("element-available('" + text + "')"), "false") << name;
+  }
+}
+
 TEST_F(Evaluation, StringFunctions) {
   Check({
       {"substring('12345', 2, 3)", "\"234\""},
