@@ -41,8 +41,9 @@ std::u16string_view XsltLocalName(const PrefixMap& map, std::u16string_view name
   return uri != nullptr && *uri == kXsltNamespace ? LocalPartOf(name) : std::u16string_view();
 }
 
-// Numbers of the nodes that bear no stamp: those of result trees and of the namespace axis. They
-// are given in the order of asking, so that a run that is repeated gives the same ones.
+// Numbers of the nodes that bear no stamp: those of result trees and of the namespace axis, and the
+// copies that an xsl:include makes. They are given in the order of asking, so that a run that is
+// repeated gives the same ones.
 std::int64_t NumberOfUnstamped(const XPathNode* node) {
   static std::unordered_map<const XPathNode*, std::int64_t> numbers;
   auto [at, isNew] = numbers.try_emplace(node, 0);
@@ -54,7 +55,7 @@ std::int64_t NumberOfUnstamped(const XPathNode* node) {
 std::int64_t NodeNumberOf(const XPathNode* node) {
   constexpr std::int64_t kFirstStamped = 1'000'000'000;
   constexpr std::int64_t kFirstUnstamped = 5'000'000'000;
-  bool stamped = node->documentNumber > 0;
+  bool stamped = node->documentNumber > 0 && node->orderNumber > 0;
   return stamped ? kFirstStamped + node->orderNumber : kFirstUnstamped + NumberOfUnstamped(node);
 }
 

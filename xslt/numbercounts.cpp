@@ -331,6 +331,8 @@ const NumberCounts::OrderNumbers* NumberCounts::NodesOf(Test& test, XPathNode* n
     for (XPathNode* at = node->Root(); at != nullptr; at = at->NextInDocument(true)) {
       const bool isAttribute = at->kind == XPathNodeKind::Attribute;
       if (!isAttribute && at->kind != XPathNodeKind::Element) continue;
+      // The XML declaration has attributes too, which no axis yields.
+      if (isAttribute && at->parent->kind != XPathNodeKind::Element) continue;
       const Name name{at->GetLocalName(), at->namespaceURI, isAttribute};
       index.byName[name].push_back(at->orderNumber);
     }

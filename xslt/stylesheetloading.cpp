@@ -67,7 +67,9 @@ XPathNode* XSLTProcessorBase::LoadTree(const TQString& path) {
   XPathNode* root = BuildTree(LoadExternalDocument(path), path);
   if (root == nullptr) return nullptr;
   loadedTrees_.emplace(path, root);
-  for (const auto& [name, table] : Keys) table->Index(root, *this);
+  for (const auto& [name, table] : Keys) {
+    if (table->IsInUse()) table->Index(root, *this);
+  }
   return root;
 }
 

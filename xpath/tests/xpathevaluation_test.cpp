@@ -276,6 +276,17 @@ TEST_F(Evaluation, NodeFunctions) {
       {"function-available('key')", "true"},
       {"function-available('xsl:key')", "false"},
       {"function-available('a b')", "error 10/35"},
+      {"function-available('')", "error 10/35"},
+      {"function-available('text')", "false"},
+      {"element-available(' xsl:if')", "error 10/34"},
+      {"element-available('u:if')", "false"},
+      {"element-available('p:if')", "false"},
+      {"element-available('xsl:transform')", "true"},
+      {"system-property('version')", "\"\""},
+      {"system-property('u:version')", "\"\""},
+      {"system-property('xsl:')", "error 10/33"},
+      {"starts-with(generate-id(//@p:z), 'p:z')", "true"},
+      {"number(generate-id(//text()[1])) > 0", "true"},
       {"key('x')", "error 2/28"},
       {"key('x', 'y')", "error 7/28"},
       {"document('x')", "error 16/27"},
@@ -283,6 +294,73 @@ TEST_F(Evaluation, NodeFunctions) {
       {"document('x', 1)", "error 4/27"},
       {"document('')", "[]"},
   });
+}
+
+// Every function tells the number of its arguments before it looks at any.
+TEST_F(Evaluation, ArgumentCounts) {
+  const struct {
+    const char* name;
+    int fewest, most, number;  // most -1: no limit; the number that an error carries
+  } rows[] = {
+      {"last", 0, 0, 0},           {"position", 0, 0, 1},        {"count", 1, 1, 2},
+      {"local-name", 0, 1, 4},     {"namespace-uri", 0, 1, 5},   {"name", 0, 1, 6},
+      {"string", 0, 1, 7},         {"concat", 2, -1, 8},         {"starts-with", 2, 2, 9},
+      {"contains", 2, 2, 10},      {"substring-before", 2, 2, 11}, {"substring-after", 2, 2, 12},
+      {"substring", 2, 3, 13},     {"string-length", 0, 1, 14},  {"normalize-space", 0, 1, 15},
+      {"translate", 3, 3, 16},     {"boolean", 1, 1, 17},        {"not", 1, 1, 17},
+      {"true", 0, 0, 19},          {"false", 0, 0, 20},          {"lang", 1, 1, 21},
+      {"number", 0, 1, 22},        {"sum", 1, 1, 23},            {"floor", 1, 1, 24},
+      {"ceiling", 1, 1, 25},       {"round", 1, 1, 26},          {"document", 1, 2, 27},
+      {"key", 2, 2, 28},           {"format-number", 2, 3, 29},  {"current", 0, 0, 30},
+      {"generate-id", 0, 1, 32},   {"system-property", 1, 1, 33}, {"element-available", 1, 1, 34},
+      {"function-available", 1, 1, 35},
+  };
+  for (const auto& row : rows) {
+    const auto call = [&row](int count) {
+      std::string text = std::string(row.name) + "(";
+      for (int i = 0; i < count; ++i) text += i == 0 ? "$undefined" : ", $undefined";
+      return text + ")";
+    };
+    const std::string number = "/" + std::to_string(row.number);
+    if (row.fewest > 0) {
+      EXPECT_EQ(Run(call(row.fewest - 1)), "error 2" + number);
+    }
+    if (row.most >= 0) {
+      EXPECT_EQ(Run(call(row.most + 1)), "error 3" + number);
+    }
+    if (row.fewest > 0) {
+      EXPECT_EQ(Run(call(row.fewest)), "error 6/-1");
+    }
+  }
+}
+
+// What is there is told by the same names that run, and nothing else is there.
+TEST_F(Evaluation, WhatIsAvailable) {
+  for (const char* name :
+       {"boolean", "ceiling", "concat", "contains", "count", "current", "document",
+        "element-available", "false", "floor", "format-number", "function-available",
+        "generate-id", "key", "lang", "last", "local-name", "name", "namespace-uri",
+        "normalize-space", "not", "number", "position", "round", "starts-with", "string",
+        "string-length", "substring", "substring-after", "substring-before", "sum",
+        "system-property", "translate", "true"}) {
+    EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "true") << name;
+    EXPECT_NE(Run(std::string(name) + "(1, 2, 3, 4)"), "error 9/-1") << name;
+  }
+  for (const char* name : {"id", "unparsed-entity-uri", "node", "Count", "xsl:key", "true-"}) {
+    EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "false") << name;
+  }
+  for (const char* name :
+       {"apply-imports", "apply-templates", "attribute", "attribute-set", "call-template",
+        "choose", "comment", "copy", "copy-of", "decimal-format", "element", "fallback",
+        "for-each", "if", "import", "include", "key", "message", "namespace-alias", "number",
+        "otherwise", "output", "param", "preserve-space", "processing-instruction", "sort",
+        "strip-space", "stylesheet", "template", "text", "transform", "value-of", "variable",
+        "when", "with-param"}) {
+    const std::string text = name;
+    EXPECT_EQ(Run("element-available('xsl:" + text + "')"), "true") << name;
+    EXPECT_EQ(Run("element-available('p:" + text + "')"), "false") << name;
+    EXPECT_EQ(Run("element-available('" + text + "')"), "false") << name;
+  }
 }
 
 TEST_F(Evaluation, StringFunctions) {
@@ -325,6 +403,17 @@ TEST_F(Evaluation, StringFunctions) {
       {"number('')", "NaN"},
       {"number('+1e3')", "1000"},
       {"number('Infinity')", "NaN"},
+      {"substring('12345', 3, -1)", "\"\""},
+      {"substring('12345', -1, 4)", "\"12\""},
+      {"substring('12345', 1 div 0)", "\"\""},
+      {"substring('12345', 2, 1 div 0)", "\"2345\""},
+      {"substring('12345', 1.5, 1.5)", "\"23\""},
+      {"substring-before('', 'a')", "\"\""},
+      {"substring-after('', '')", "\"\""},
+      {"translate('aab', 'aa', 'xy')", "\"xxb\""},
+      {"string(0.1 + 0.2)", "\"0.3\""},
+      {"string(100 div 3)", "\"33.33333333333334\""},
+      {"string(1000000000000000.3)", "\"1000000000000000\""},
       {"number('0x10')", "NaN"},
       {"string(0.1)", "\"0.1\""},
       {"string(1 div 3)", "\"0.3333333333333333\""},

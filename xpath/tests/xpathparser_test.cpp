@@ -156,6 +156,25 @@ TEST(XPathNames, QNames) {
   EXPECT_FALSE(IsNCName(u"a\u00B7"));
 }
 
+// The borders of the classes of characters. Combining characters and extenders belong to none.
+TEST(XPathNames, Characters) {
+  for (char16_t unit : std::u16string(u"AZaz_\u00C0\u00D6\u00D8\u00F6\u00F8\u0100\u0131\u0134\u013E"
+                                      u"\u0141\u0148\u014A\u017E\u0180\u01C3\u01CD\u0386\u0391\u03A1"
+                                      u"\u0410\u05D0\u0621\u3007\u3021\u3029\u3041\u3105\u4E00\u9FA5"
+                                      u"\uAC00\uD7A3")) {
+    EXPECT_TRUE(IsNCName(TQString(unit))) << static_cast<int>(unit);
+  }
+  for (char16_t unit : std::u16string(u"-.09\u0660\u0669\u06F0\u0966\u0ED9")) {
+    EXPECT_FALSE(IsNCName(TQString(unit))) << static_cast<int>(unit);
+    EXPECT_TRUE(IsNCName(u'a' + TQString(unit))) << static_cast<int>(unit);
+  }
+  for (char16_t unit : std::u16string(u"@[`{:\u00A0\u00B7\u00BF\u00D7\u00F7\u0132\u013F\u0149\u017F"
+                                      u"\u01C4\u0300\u0387\u03A2\u0E46\u3005\u3006\u302A\u3099\u9FA6"
+                                      u"\uD7A4\xD800" u"\xDFFF" u"\uF900\uFF21\uFFFF")) {
+    EXPECT_FALSE(IsNCName(u'a' + TQString(unit))) << static_cast<int>(unit);
+  }
+}
+
 // --- size and depth ---------------------------------------------------------------------------
 
 std::string Repeat(const std::string& piece, int count) {

@@ -69,11 +69,26 @@ TEST(BindingsTest, Parameters) {
       {"<xsl:for-each select='r/*'><xsl:sort select='.' order='descending'/>" + call +
            "<xsl:with-param name='q' select='.'/>" + end + "</xsl:for-each>",
        "13;22;31;"},
+      // A template that doesn't declare a parameter neither sees it nor hands it on, and no built-in
+      // rule does.
+      {"<xsl:call-template name='v'><xsl:with-param name='p' select='9'/>" + end, "1q1;"},
+      {"<xsl:apply-templates select='r'><xsl:with-param name='p' select='9'/>"
+       "</xsl:apply-templates>",
+       "12[0]"},
+      {"<xsl:call-template name='w'><xsl:with-param name='s' select='r/b/preceding-sibling::*'/>" +
+           end,
+       "2 1 1"},
       // Sets that are passed are not numbered anew: an index counts, position() has what it had.
       {"<xsl:call-template name='u'><xsl:with-param name='s' select='(r/*)[. > 1]'/>" + end, "3"},
   };
   const std::string u = "<xsl:template name='u'><xsl:param name='s'/>"
-                        "<xsl:value-of select='$s[2]'/></xsl:template>";
+                        "<xsl:value-of select='$s[2]'/></xsl:template>"
+                        "<xsl:template name='v'>" +
+                        call + end +
+                        "</xsl:template><xsl:template match='b'><xsl:param name='p' select='0'/>"
+                        "[<xsl:value-of select='$p'/>]</xsl:template><xsl:template name='w'>"
+                        "<xsl:param name='s'/><xsl:value-of select=\"concat($s[1], ' ', $s[2], "
+                        "' ', $s)\"/></xsl:template>";
   for (const Row& row : rows) {
     const std::string sheet =
         Sheet("<xsl:template match='/'>" + row.body + "</xsl:template>" + t + u);
@@ -91,6 +106,15 @@ TEST(BindingsTest, Globals) {
       {"<xsl:variable name='a'><xsl:if test='1'><xsl:value-of select='$b'/></xsl:if></xsl:variable>"
        "<xsl:param name='b' select='//b'/>",
        "3"},
+      // Keys and messages work before any rule does.
+      {"<xsl:variable name='a' select=\"key('k', 2)\"/><xsl:variable name='e' select=\"'a'\"/>"
+       "<xsl:key name='k' match='*' use='self::*[name() = $e]'/>",
+       "2"},
+      {"<xsl:variable name='a'><xsl:message terminate='yes'>m</xsl:message></xsl:variable>",
+       "stopped: m"},
+      {"<xsl:variable name='a'><xsl:apply-templates select='r/b'/></xsl:variable>", "3"},
+      {"<xsl:variable name='a'><xsl:apply-imports/></xsl:variable>",
+       "code 36 at nowhere [xsl:apply-imports xsl:variable xsl:stylesheet]"},
       {"<xsl:variable name='a' select='1'/><xsl:variable name='a' select='2'/>",
        "code 13 at xsl:stylesheet/xsl:variable/@name [xsl:variable xsl:stylesheet]"},
       {"<xsl:variable name='a' select='1'/><xsl:param name='a' select='2'/>",
@@ -119,6 +143,13 @@ TEST(BindingsTest, CommandLine) {
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"n=1+1", "n=9", "s=r/b", "none=1"}}.Result()),
             "3|3|own");
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"s='a=b'"}}.Result()), "NaN|a=b|own");
+  const std::string ahead = Sheet(
+      "<xsl:key name='k' match='a' use='.'/><xsl:variable name='v' select='$p:n'/>"
+      "<xsl:param name='p:n' xmlns:p='u' select='5'/><xsl:template match='/'>"
+      "<xsl:value-of select='$v'/></xsl:template>").insert(15, " xmlns:p='u'");
+  EXPECT_EQ((StylesheetRun{ahead, kSource}.Result()), "5");
+  EXPECT_EQ((StylesheetRun{ahead, kSource, {}, {"u:n=count(key('k', 2))"}}.Result()), "1");
+  EXPECT_EQ((StylesheetRun{ahead, kSource, {}, {"p:n=9"}}.Result()), "5");
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"n"}}.Result()), "code 6 at nowhere");
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"n=$x"}}.Result()),
             "code 1 (6) at nowhere [xsl:stylesheet]");

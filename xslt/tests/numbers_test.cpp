@@ -66,10 +66,34 @@ TEST(NumberFormat, Texts) {
       {u"1", {1234567}, {3, u','}, "1,234,567"},
       {u"a", {0}, {}, ""},
       {u"\u3042", {5}, {}, "5"},
+      {u"\u2160-", {5}, {}, "5-"},
+      {u"I.a.01", {4, 3, 2}, {}, "II.c.04"},
+      {u"(1)(a)", {3, 2, 1}, {}, "(1)(b)(c)"},
+      {u"1-a.", {3, 2}, {}, "2-c."},
+      {u"1..1", {3, 2}, {}, "2.3"},
+      {u"a0", {2, 1}, {}, "a.b"},
+      {u"0x01", {5}, {}, "05"},
+      {u"010", {5}, {}, "05"},
+      {u"--", {5}, {}, "--5"},
+      {u"))a)", {0}, {}, "))"},
+      {u"(a))", {0}, {}, "())"},
+      {u"1''1", {3, 2}, {}, "2'3"},
+      {u"001", {-6}, {}, "4006"},
+      {u"(i)", {-6}, {}, "()"},
+      {u"00001", {12}, {3, u','}, "00,012"},
+      {u"1", {1234567}, {2, u' '}, "1 23 45 67"},
+      {u"1", {1234567}, {-1, u','}, "1234567"},
+      {u"1.1", {12, 34}, {3, u','}, "3,4.12"},
   };
   for (const auto& row : rows) {
     NumberFormat format(row.format, row.grouping);
     EXPECT_EQ(ToNative(format.FormatNumbers(row.numbers)), row.text) << ToNative(row.format);
+  }
+  for (const char16_t* format : {u"1'1", u"1%.1"}) {
+    EXPECT_THROW((void)NumberFormat(format, {}).FormatNumbers({1, 1}), TQXSLTError);
+  }
+  for (const std::int32_t size : {1, 2}) {
+    EXPECT_THROW((void)NumberFormat(u"1.1", {size, u','}).FormatNumbers({1, 1}), TQXSLTError);
   }
   NumberFormat broken(u"1-.1", {});
   EXPECT_EQ(ToNative(broken.FormatNumbers({1})), "1") << "a picture counts when it is reached";
@@ -96,9 +120,33 @@ TEST(Numbers, AtRoot) {
        "<r><s/><c><s/><s><s><i/><i/></s></s></c></r>", "[2.a.a][2.a.b]"},
       {"<xsl:for-each select='//i'>[<xsl:number level='any' from='c'/>]</xsl:for-each>",
        "<r><i/><c/><i/><i/><c><i/></c></r>", "[1][1][2][1]"},
+      {"<xsl:for-each select='//@*'>[<xsl:number level='any'/>]</xsl:for-each>",
+       "<?xml version='1.0'?><r version='2'><i version='3'/></r>", "[1][2]"},
+      {"<xsl:for-each select='//i'>[<xsl:number level='multiple' format='1.1' "
+       "grouping-separator=',' grouping-size='3' count='i|r'/>]</xsl:for-each>",
+       "<r><i/></r>", "[1.1]"},
+      {"<xsl:for-each select='r/namespace::q'>[<xsl:number/>]</xsl:for-each>", "<r xmlns:q='u'/>",
+       "[]"},
       {"<xsl:for-each select='r'><xsl:number value='7' format='{name()}' grouping-size='{no}'/>"
        "</xsl:for-each>",
        "<r/>", "7"},
+      {"<xsl:for-each select='//a'><xsl:number value='position()' format='{last()}:'/>"
+       "</xsl:for-each>",
+       "<r><a/><a/></r>", "1:2:"},
+      {"<xsl:for-each select='//a'>[<xsl:number from='a'/><xsl:number from='a' level='any'/>]"
+       "</xsl:for-each>",
+       "<r><a/><a/></r>", "[1][1]"},
+      {"<xsl:for-each select='//a'>[<xsl:number count='a[2]'/>]</xsl:for-each>",
+       "<r><a/><a/><a/></r>", "[][1][]"},
+      {"<xsl:for-each select='//text()'><xsl:number count='node()'/></xsl:for-each>",
+       "<r><a/>x<b/>y</r>", "23"},
+      {"<xsl:for-each select='//p:l' xmlns:p='u'>[<xsl:number/>]</xsl:for-each>",
+       "<r><q:l xmlns:q='u'/></r>",
+       "code 1 (1) at xsl:stylesheet/xsl:template/xsl:for-each/xsl:number "
+       "[xsl:number xsl:for-each xsl:template xsl:stylesheet]"},
+      {"<xsl:number level='any'/>", "<r/>",
+       "code 6 at xsl:stylesheet/xsl:template/xsl:number "
+       "[xsl:number xsl:template xsl:stylesheet]"},
       {"<xsl:number value='1' letter-value='other'/>", "<r/>",
        "code 31 at xsl:stylesheet/xsl:template/xsl:number/@letter-value "
        "[xsl:number xsl:template xsl:stylesheet]"},

@@ -48,6 +48,13 @@ TEST_F(Sorts, Orders) {
       {"<xsl:sort case-order='upper-first' order='descending'/>", "b A a B", "b B a A"},
       {"<xsl:sort lang='xx'/>", "b B a", "B a b"},
       {"<xsl:sort data-type='my:type'/>", "10 9", "10 9"},
+      {"<xsl:sort data-type='number'/>", "+5 0x10 50 1e2 NaN", "0x10 NaN +5 50 1e2"},
+      {"<xsl:sort select='last() - position()' data-type='number'/>", "c b a", "a b c"},
+      {"<xsl:sort select='count(current()/preceding-sibling::v) mod 2' data-type='number'/>",
+       "a b c d", "a c b d"},
+      {"<xsl:sort select='1' order='descending'/>", "c b a", "c b a"},
+      {"<xsl:sort case-order='upper-first'/>", "a1 A aB Ab AB", "A a1 AB Ab aB"},
+      {"<!--c--><?p q?><xsl:sort/><!--d--><xsl:sort select='1'/>", "c b a", "a b c"},
       {"<xsl:sort data-type='1x'/>", "a",
        "code 40 at xsl:stylesheet/xsl:template/xsl:for-each/xsl:sort/@data-type "
        "[xsl:sort xsl:for-each xsl:template xsl:stylesheet]"},
@@ -56,6 +63,74 @@ TEST_F(Sorts, Orders) {
        "[xsl:sort xsl:for-each xsl:template xsl:stylesheet]"},
   };
   for (const auto& row : rows) EXPECT_EQ(Sorted(row.sorts, row.values), row.sorted) << row.sorts;
+}
+
+// Without nodes no key is made, but xsl:apply-templates runs its first sort; xsl:for-each runs
+// none.
+TEST_F(Sorts, NoNodes) {
+  const std::string stack = " [xsl:sort xsl:apply-templates xsl:template xsl:stylesheet]";
+  const std::string at = " at xsl:stylesheet/xsl:template/xsl:apply-templates/xsl:sort/@";
+  const struct {
+    const char* sorts;
+    std::string applied;
+  } rows[] = {
+      {"<xsl:sort order='up'/>", "code 31" + at + "order" + stack},
+      {"<xsl:sort case-order='both'/>", "code 31" + at + "case-order" + stack},
+      {"<xsl:sort data-type=''/>", "code 40" + at + "data-type" + stack},
+      {"<xsl:sort select='$none'/>", "."},
+      {"<xsl:sort/><xsl:sort order='up'/>", "."},
+      {"<xsl:with-param name='p' select='1'/><xsl:sort order='up'/>", "."},
+  };
+  for (const auto& row : rows) {
+    const auto result = [&row](const std::string& element) {
+      return StylesheetRun{
+          RootTemplate("<" + element + " select='none'>" + row.sorts + "</" + element + ">.")}
+          .Result();
+    };
+    EXPECT_EQ(result("xsl:apply-templates"), row.applied) << row.sorts;
+    if (std::string(row.sorts).starts_with("<xsl:sort")) {
+      EXPECT_EQ(result("xsl:for-each"), ".") << row.sorts;
+    }
+  }
+}
+
+// Nodes of several documents and of one key value; a sort in the body of the loop comes too late.
+TEST_F(Sorts, Lists) {
+  const struct {
+    const char* body;
+    const char* expected;
+  } rows[] = {
+      {"<xsl:for-each select=\"document('d.xml')//v | //v\"><xsl:sort select='1'/>"
+       "<xsl:value-of select='.'/></xsl:for-each>",
+       "bax"},
+      {"<xsl:for-each select='//@*'><xsl:sort select='name()'/><xsl:value-of select='name()'/>"
+       "</xsl:for-each>",
+       "klmoo"},
+      // The attributes of a sort see the first of the nodes.
+      {"<xsl:for-each select='//v'><xsl:sort order='{@o}'/><xsl:value-of select='.'/>"
+       "</xsl:for-each>",
+       "ba"},
+      {"<xsl:for-each select='r'><xsl:apply-templates select='v'><xsl:sort select='1'/>"
+       "<xsl:sort order='{@o}'/></xsl:apply-templates></xsl:for-each>",
+       "ba"},
+      {"<xsl:for-each select='//v'>[<xsl:sort/><xsl:value-of select='.'/>]</xsl:for-each>",
+       "[b][a]"},
+      {"<xsl:for-each select='//v'><xsl:sort/><xsl:value-of select='concat(position(), last(), "
+       ".)'/>"
+       "</xsl:for-each>",
+       "12a22b"},
+      {"<xsl:for-each select='//v'><xsl:sort order='descending'/><xsl:for-each select='@*'>"
+       "<xsl:sort select='.' data-type='number'/><xsl:value-of select='name()'/>,</xsl:for-each>"
+       "</xsl:for-each>",
+       "o,l,m,k,"},
+  };
+  for (const auto& row : rows) {
+    const StylesheetRun run{
+        .stylesheet = RootTemplate(row.body),
+        .source = "<r o='no'><v m='3' l='2' o='descending'>b</v><v k='1'>a</v></r>",
+        .files = {{"d.xml", "<r><v>x</v></r>"}}};
+    EXPECT_EQ(run.Result(), row.expected) << row.body;
+  }
 }
 
 // Three keys over many records, against an order made by other means.

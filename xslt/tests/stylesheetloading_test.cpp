@@ -44,14 +44,37 @@ TEST(StylesheetLoadingTest, Results) {
        {{"e.xsl", ""}, {"x.xsl", "<xsl:template match='a'>x</xsl:template>"}},
        "code 49 at xsl:stylesheet/xsl:import [xsl:stylesheet]"},
       {"<xsl:import href='x.xsl'/><xsl:import href='x.xsl'/>",
-       {{"x.xsl", "<xsl:variable name='v' select='1'/><xsl:key name='k' match='a' "
-                  "use='local-name()'/><xsl:template match='a'><xsl:value-of "
-                  "select=\"$v + count(key('k', 'a'))\"/></xsl:template>"}},
+       {{"x.xsl",
+         "<xsl:variable name='v' select='1'/><xsl:key name='k' match='a' "
+         "use='local-name()'/><xsl:template match='a'><xsl:value-of "
+         "select=\"$v + count(key('k', 'a'))\"/></xsl:template>"}},
        "2"},
       {"<xsl:import href='x.xsl'/><xsl:variable name='v' select='2'/>"
        "<xsl:template match='a'><xsl:value-of select='concat($v, $w)'/></xsl:template>",
        {{"x.xsl", "<xsl:variable name='v' select='1'/><xsl:param name='w' select='$v'/>"}},
        "21"},
+      // Each import of a module registers its rules again, above what came between.
+      {"<xsl:import href='x.xsl'/><xsl:import href='y.xsl'/><xsl:import href='x.xsl'/>",
+       {{"x.xsl", "<xsl:template match='a'>x</xsl:template>"},
+        {"y.xsl", "<xsl:template match='a'>y</xsl:template>"}},
+       "x"},
+      {"<xsl:import href='x.xsl'/><xsl:include href='x.xsl'/><xsl:template match='r'>"
+       "<xsl:apply-templates/></xsl:template>",
+       {{"x.xsl", "<xsl:template match='a'>(<xsl:apply-imports/>)</xsl:template>"}},
+       "(())"},
+      {"<!--c--><?p q?><xsl:import href='x.xsl'/><z:z xmlns:z='z'/>",
+       {{"x.xsl", "<xsl:template match='a'>x</xsl:template>"}},
+       "x"},
+      {"<xsl:variable name='v' select='$w + 1'/><xsl:include href='i.xsl'/>"
+       "<xsl:template match='a'><xsl:value-of select='$v'/></xsl:template>",
+       {{"i.xsl", "<xsl:variable name='w' select='5'/>"}},
+       "6"},
+      // A key may use a variable that doesn't exist yet while an import is being loaded.
+      {"<xsl:import href='x.xsl'/><xsl:key name='k' match='*' use='$v'/>"
+       "<xsl:variable name='v' select='1'/><xsl:template match='a'>"
+       "<xsl:value-of select=\"count(key('k', 1))\"/></xsl:template>",
+       {{"x.xsl", "<xsl:template name='n'/>"}},
+       "2"},
       // A module included twice over enters its keys once.
       {"<xsl:include href='i.xsl'/><xsl:template match='a'>"
        "<xsl:value-of select=\"count(key('k', 'a'))\"/></xsl:template>",
@@ -75,7 +98,8 @@ TEST(StylesheetLoadingTest, Failures) {
        "code 44 at xsl:stylesheet/xsl:include/@href [xsl:stylesheet]"},
       {"<xsl:import href='b.xsl'/>",
        {{"b.xsl", "<xsl:import href='main.xsl'/>"}},
-       "code 45 at xsl:stylesheet/xsl:import [xsl:import xsl:stylesheet xsl:import xsl:stylesheet]"},
+       "code 45 at xsl:stylesheet/xsl:import [xsl:import xsl:stylesheet xsl:import "
+       "xsl:stylesheet]"},
       {"<xsl:include href='b.xsl'/>",
        {{"b.xsl", "<xsl:include href='d/../main.xsl'/>"}, {"d/x.xsl", ""}},
        "code 45 at xsl:stylesheet/xsl:include [xsl:stylesheet]"},
@@ -88,11 +112,53 @@ TEST(StylesheetLoadingTest, Failures) {
       {"<xsl:include href='i.xsl'/><xsl:template name='n'/>",
        {{"i.xsl", "<xsl:template name='n'/>"}},
        "code 11 at nowhere [xsl:stylesheet]"},
+      {"<z:z xmlns:z='z'/><xsl:import href='x.xsl'/>",
+       {{"x.xsl", ""}},
+       "code 49 at xsl:stylesheet/xsl:import [xsl:stylesheet]"},
+      {"<xsl:import href='x.xsl'/>",
+       {{"x.xsl", "stray"}},
+       "code 33 at xsl:stylesheet/text() [xsl:import xsl:stylesheet]"},
+      {"<xsl:import href='x.xsl'/><xsl:variable name='v' select='1'/>",
+       {{"x.xsl", "<xsl:variable name='w' select='$v'/>"}},
+       "code 1 (6) at xsl:stylesheet/xsl:variable "
+       "[xsl:variable xsl:stylesheet xsl:import xsl:stylesheet]"},
       {"<xsl:import href='x.xsl'/><xsl:import href='x.xsl'/>",
        {{"x.xsl", "<xsl:template name='n'/>"}},
        "code 11 at nowhere [xsl:stylesheet xsl:import xsl:stylesheet]"},
   };
   for (const Row& row : rows) EXPECT_EQ(ResultOf(row), row.expected) << row.body;
+}
+
+// Only what an include brings in is checked, so its root may be anything; an import is checked
+// whole and its root runs.
+TEST(StylesheetLoadingTest, OddModules) {
+  const std::string xslt = " xmlns:xsl='http://www.w3.org/1999/XSL/Transform'";
+  const std::string rule = "<xsl:template match='a'>x</xsl:template>";
+  const struct {
+    std::string module;
+    const char* included;
+    const char* imported;
+  } rows[] = {
+      {"", "", ""},
+      {"<none/>", "", ""},
+      {"<none" + xslt + ">1<xsl:value-of select='1 + 1'/></none>",
+       "code 33 at xsl:stylesheet/xsl:value-of [xsl:stylesheet]", "12"},
+      {"<xsl:stylesheet odd='1'" + xslt + ">stray<plain/>" + rule + "</xsl:stylesheet>", "x",
+       "code 32 at xsl:stylesheet/@odd [xsl:import xsl:stylesheet]"},
+      {"<xsl:stylesheet" + xslt + ">" + rule + "</xsl:stylesheet>", "x",
+       "code 20 at xsl:stylesheet [xsl:import xsl:stylesheet]"},
+      {"<!--c--><?p q?><xsl:transform version='1.0'" + xslt + ">" + rule + "</xsl:transform>", "x",
+       "x"},
+  };
+  for (const auto& row : rows) {
+    const Files files = {{"m.xsl", row.module}};
+    EXPECT_EQ((StylesheetRun{Sheet("<xsl:include href='m.xsl'/>"), "<r><a/></r>", files}.Result()),
+              row.included)
+        << row.module;
+    EXPECT_EQ((StylesheetRun{Sheet("<xsl:import href='m.xsl'/>"), "<r><a/></r>", files}.Result()),
+              row.imported)
+        << row.module;
+  }
 }
 
 TEST(StylesheetLoadingTest, Documents) {
@@ -101,12 +167,14 @@ TEST(StylesheetLoadingTest, Documents) {
             "<xsl:value-of select=\"count(document('d/x.xml')//text())\"/>"
             "<xsl:value-of select=\"count(document('d/x.xml') | document('d/x.xml'))\"/>"
             "<xsl:value-of select=\"count(document('')//*[local-name() = 'mark'])\"/>"
+            "<xsl:value-of select=\"generate-id(document('')/*/*[1]) = "
+            "generate-id(document('')/*/*[2])\"/>"
             "<xsl:apply-templates/></xsl:template>"),
       "<r><a/></r>",
       {{"d/x.xml", "<x>\n <y> </y> z</x>"},
        {"d/i.xsl", Sheet("<u:mark xmlns:u='u'/><xsl:template match='a'>"
                          "<xsl:value-of select=\"document('x.xml')/x\"/></xsl:template>")}}};
-  EXPECT_EQ(run.Result(), "111 z");
+  EXPECT_EQ(run.Result(), "111false z");
 }
 
 // A literal result element as the whole stylesheet runs with the source root as its context.
@@ -117,6 +185,21 @@ TEST(StylesheetLoadingTest, SimplifiedStylesheet) {
       "<r><a/></r>"};
   const std::string result = run.Result();
   EXPECT_EQ(result.substr(result.find("<out")), "<out>1</out>");
+  const StylesheetRun unversioned{
+      "<out xmlns:xsl='http://www.w3.org/1999/XSL/Transform' n='{count(//a)}'>"
+      "<xsl:apply-templates/></out>",
+      "<r>t<a/></r>"};
+  EXPECT_EQ(unversioned.Result().substr(result.find("<out")), "<out n=\"1\">t</out>");
+}
+
+// Neither the prefix xsl nor any other has to be used.
+TEST(StylesheetLoadingTest, DefaultNamespace) {
+  const StylesheetRun run{
+      "<transform version='1.0' xmlns='http://www.w3.org/1999/XSL/Transform'>"
+      "<output method='text'/><template match='/'><value-of select='r/a'/><unknown/></template>"
+      "</transform>",
+      "<r><a>1</a></r>"};
+  EXPECT_EQ(run.Result(), "code 34 at transform/template/unknown [unknown template transform]");
 }
 
 }  // namespace

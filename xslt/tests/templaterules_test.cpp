@@ -105,6 +105,20 @@ TEST(TemplateRulesTest, LastMode) {
       Rule("text()", "n", "mode='n'") + Rule("b", "b", "mode='m'") + Rule("b", "bn", "mode='n'");
   EXPECT_EQ((StylesheetRun{Sheet(rules), "<r><a>x</a><b/><c><b/></c></r>"}.Result()),
             "(mn)bb|(0)");
+  // The inner selection takes the built-in rule that is still at work on the outer list.
+  const std::string outer = Rule("/", "<xsl:apply-templates mode='m'/>") +
+                            Rule("y", "<xsl:apply-templates select='z' mode='n'/>", "mode='m'") +
+                            Rule("w", "m", "mode='m'") + Rule("w", "n", "mode='n'");
+  const char* source = "<x><w/><y><z/></y><w/></x>";
+  EXPECT_EQ((StylesheetRun{Sheet(outer), source}.Result()), "mn");
+  EXPECT_EQ((StylesheetRun{Sheet(outer + Rule("z", "z", "mode='n'")), source}.Result()), "mzm");
+}
+
+TEST(TemplateRulesTest, NodesWithoutARule) {
+  EXPECT_EQ((StylesheetRun{Sheet(Rule("/", "<xsl:apply-templates select='r/namespace::*'/>") +
+                                 Rule("node()|@*|*|.", "1"))}
+                 .Result()),
+            "code 7 at nowhere [xsl:apply-templates xsl:template xsl:stylesheet]");
 }
 
 TEST(TemplateRulesTest, ImportedRules) {
