@@ -27,12 +27,13 @@ int Driver::Main(int argc, const char* const* argv) {
 #ifdef SIGXFSZ
   std::signal(SIGXFSZ, SIG_IGN);  // a result beyond the file size limit is a failed write
 #endif
+  HandleLostErrors();
   MemoryReserve reserve;
   try {
     RunStages(argc, argv);
   } catch (...) {
     reserve.Release();
-    WriteLine(kError, DescribeUncaughtError());
+    ReportUncaughtError();
   }
   Cleanup();
   return 0;

@@ -6,6 +6,7 @@
 #include "filereader.h"
 #include "filewriter.h"
 #include "textencoder.h"
+#include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/fragmentparser.h"
@@ -52,8 +53,12 @@ bool FetchUrl(const TQString& url, std::string& bytes, LoadError& error,
   return true;
 }
 
+TQString ConversionFailure() {
+  return ConversionRanOutOfMemory() ? TQString(kMemoryExhausted) : TQString();
+}
+
 bool EncodeFailed(LoadError& error) {
-  error.Set(LoadError::Decoding, LoadError::EncodeWarning);
+  error.Set(LoadError::Decoding, LoadError::EncodeWarning, ConversionFailure());
   return false;
 }
 
@@ -134,7 +139,7 @@ bool LoadedDocument::Decode(std::string_view bytes, LoadError& error) {
   const DetectedEncoding encoding = DetectEncoding(bytes);
   std::optional<TQString> text = DecodeText(bytes, encoding.id, encoding.byteOrder);
   if (!text.has_value() || UnmappableCount() > 0) {
-    error.Set(LoadError::Decoding, LoadError::DecodeWarning);
+    error.Set(LoadError::Decoding, LoadError::DecodeWarning, ConversionFailure());
   }
   if (!text.has_value()) return false;
   text_ = std::move(*text);
