@@ -23,16 +23,17 @@ Driver::~Driver() {
 }
 
 int Driver::Main(int argc, const char* const* argv) {
-  Console::IgnoreClosedPipes();
+  Console::Prepare();
 #ifdef SIGXFSZ
   std::signal(SIGXFSZ, SIG_IGN);  // a result beyond the file size limit is a failed write
 #endif
+  HandleLostErrors();
   MemoryReserve reserve;
   try {
     RunStages(argc, argv);
   } catch (...) {
     reserve.Release();
-    WriteLine(kError, DescribeUncaughtError());
+    ReportUncaughtError();
   }
   return 0;
 }

@@ -1,8 +1,12 @@
 #include "uncaughterror.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
+#include <string_view>
 
+#include "tqcore/console.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/treemodel.h"
@@ -13,12 +17,34 @@ namespace kelmora {
 
 namespace {
 
-// A TQString raises the same code for both.
-constexpr char16_t kMemoryExhausted[] = u"Out of memory, or a text beyond 2147483647 characters";
+// Writes without memory: standard error has no buffer of its own.
+void WriteMemoryExhausted() {
+  for (const char16_t unit : std::u16string_view(kMemoryExhausted)) {
+    std::fputc(static_cast<char>(unit), stderr);
+  }
+  std::fputc('\n', stderr);
+}
 
-}  // namespace
+bool IsMemoryExhausted() {
+  try {
+    throw;
+  } catch (const TQExcept& error) {
+    return error.Code() == kAllocationFailed;
+  } catch (const std::bad_alloc&) {
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
 
-TQString DescribeUncaughtError() {
+// An error that finds no memory to be raised in gets here without an exception.
+[[noreturn]] void EndWithoutMemory() {
+  if (std::current_exception() != nullptr && !IsMemoryExhausted()) std::abort();
+  WriteMemoryExhausted();
+  std::_Exit(0);
+}
+
+TQString Describe() {
   try {
     throw;
   } catch (const TQExcept& error) {
@@ -37,6 +63,22 @@ TQString DescribeUncaughtError() {
     return u"Internal error: " + FromNative(error.what());
   } catch (...) {
     return u"Internal error";
+  }
+}
+
+}  // namespace
+
+void HandleLostErrors() {
+  std::set_terminate(&EndWithoutMemory);
+}
+
+void ReportUncaughtError() {
+  try {
+    const TQString text = Describe();
+    Console::Write(Console::Stream::kError, text);
+    Console::NewLineAndFlush(Console::Stream::kError);
+  } catch (...) {  // only the text can have failed, and nothing of it is written yet
+    WriteMemoryExhausted();
   }
 }
 

@@ -4,14 +4,17 @@
 #include <memory>
 #include <new>
 
-#include "tqcore/tqstring.h"
-
 namespace kelmora {
 
-// What the present exception says, in one line. To be called while it is handled.
-TQString DescribeUncaughtError();
+// From now on an error that cannot be raised for want of memory ends the process with the message
+// about exhausted memory and the exit code 0, not with a signal.
+void HandleLostErrors();
 
-// Memory that is set aside for the message about exhausted memory.
+// Writes what the present exception says, in one line, to standard error. To be called while it is
+// handled. Nothing is raised.
+void ReportUncaughtError();
+
+// Memory that is set aside for reports about exhausted memory.
 class MemoryReserve {
  public:
   MemoryReserve() : memory_(new (std::nothrow) char[kSize]) {}

@@ -33,16 +33,16 @@ std::string Encode(std::u16string_view text, EncodingId id, ByteOrder byteOrder,
   return EncodeCodePage(text, id);
 }
 
-// Runs `convert`; running out of memory is a failed conversion like any other.
+// Runs `convert`; running out of memory is a failed conversion, of which the report knows.
 template <typename Convert>
 auto Guarded(Convert convert) -> std::optional<typename decltype(convert())::value_type> {
   try {
     return convert();
   } catch (const TQExcept&) {
-    return std::nullopt;
   } catch (const std::bad_alloc&) {
-    return std::nullopt;
   }
+  TheConversionReport().memoryRanOut = true;
+  return std::nullopt;
 }
 
 }  // namespace

@@ -17,6 +17,10 @@ ConversionReport& TheConversionReport() {
   return report;
 }
 
+bool ConversionRanOutOfMemory() {
+  return TheConversionReport().memoryRanOut;
+}
+
 std::size_t UnmappableCount() {
   return TheConversionReport().count;
 }

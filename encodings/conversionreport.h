@@ -13,6 +13,7 @@ class ConversionReport {
   // `unit` is a code when decoding, a character when encoding. A unit listed before is counted.
   void Record(char16_t unit);
 
+  bool memoryRanOut = false;
   std::size_t count = 0;
   std::size_t listed = 0;
   char16_t units[kMostListed + 1] = {};  // the different ones in order of appearance, then a 0

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t parting = std::min(input.find(kParting), input.size());
   const std::string_view content =
       input.substr(std::min(parting + kParting.size(), input.size()));
-  std::string text = "<!DOCTYPE a [";
+  std::string text = "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE a [";
   text += input.substr(0, parting);
   text += "]><a>";
   text += content;

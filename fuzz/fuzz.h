@@ -34,11 +34,12 @@ class World {
   std::unique_ptr<DocumentManager> manager_;
 };
 
-// A document with its source tree and, when it parsed, the tree that XPath reads. What it names
-// elsewhere is not loaded: a text that could name something is not built.
+// A document, in the encoding that its bytes show, with its source tree and, when it parsed, the
+// tree that XPath reads. What it names elsewhere is not loaded: a text that could name something is
+// not built.
 class Document {
  public:
-  Document(XPathTreeBuilder& builder, std::string_view utf8);
+  Document(XPathTreeBuilder& builder, std::string_view bytes);
   ~Document();
   Document(const Document&) = delete;
   Document& operator=(const Document&) = delete;

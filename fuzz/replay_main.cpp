@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr std::size_t kMostBeginnings = 400;
+constexpr std::size_t kMostBeginnings = 4000;
 constexpr unsigned kSeed = 20260101;
 
 void Feed(const std::string& input) {

@@ -1,5 +1,5 @@
 // A whole run: stylesheet and source, parted by a line of three percent signs, up to the text of
-// the result.
+// the result. Without the parting the stylesheet is its own source.
 #include <string>
 
 #include "fuzz.h"
@@ -37,9 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (input.find(word) != std::string_view::npos) return 0;
   }
   const std::size_t parting = input.find(kParting);
-  if (parting == std::string_view::npos) return 0;
+  const bool hasSource = parting != std::string_view::npos;
   try {
-    Run(input.substr(0, parting), input.substr(parting + kParting.size()));
+    Run(input.substr(0, parting), hasSource ? input.substr(parting + kParting.size()) : input);
   } catch (const kelmora::TQXSLTError& error) {
     static_cast<void>(error.Text());
   }

@@ -1,4 +1,9 @@
 #include "fuzz.h"
+
+#include <optional>
+#include <utility>
+
+#include "encodings/encodings.h"
 #include "xmlutil/documentmodel.h"
 
 namespace kelmora::fuzz {
@@ -31,7 +36,11 @@ World& World::Instance() {
   return world;
 }
 
-Document::Document(XPathTreeBuilder& builder, std::string_view utf8) : text_(FromNative(utf8)) {
+Document::Document(XPathTreeBuilder& builder, std::string_view bytes) {
+  const DetectedEncoding encoding = DetectEncoding(bytes);
+  std::optional<TQString> text = DecodeText(bytes, encoding.id, encoding.byteOrder);
+  if (!text.has_value()) return;
+  text_ = std::move(*text);
   text_.ConvertLineEnds(u"\r");
   LoadError ignored;
   tree_ = ParseXTree(World::Instance().Row(kDocumentKind), text_, {}, XTreeKind::Document, true,

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "tqcore/tqtext.h"
@@ -33,13 +34,27 @@ std::string DirectoryOf(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1);
 }
 
+// A pipe that this process was given may be one that never waits.
+int AwaitRoom(int descriptor) {
+  pollfd waiting{descriptor, POLLOUT, 0};
+  return poll(&waiting, 1, -1) >= 0 || errno == EINTR ? 0 : errno;
+}
+
 int WriteAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) return errno;
     if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+    if (count >= 0 || errno == EINTR) continue;
+    if (errno != EAGAIN) return errno;
+    if (const int failure = AwaitRoom(descriptor)) return failure;
   }
   return 0;
+}
+
+// Whether a file that cannot be made beside its target can still be written in its place. On a
+// full disk that would only cost the old content.
+bool MayWriteInPlace(int failure) {
+  return failure == EACCES || failure == EPERM || failure == EROFS || failure == ENAMETOOLONG;
 }
 
 }  // namespace
@@ -100,8 +115,9 @@ int FileWriter::OpenReplacement(const struct stat* replaced) {
     if (!file_.IsOpen() && errno != EEXIST) break;
   }
   if (!file_.IsOpen()) {
+    const int failure = errno;
     replacement_.clear();
-    return OpenDirectly();
+    return replaced == nullptr || MayWriteInPlace(failure) ? OpenDirectly() : failure;
   }
   if (replaced == nullptr || KeepOwnerAndMode(*replaced)) return 0;
   DropReplacement();

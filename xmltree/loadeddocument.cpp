@@ -6,6 +6,7 @@
 #include "filereader.h"
 #include "filewriter.h"
 #include "textencoder.h"
+#include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/fragmentparser.h"
@@ -54,8 +55,12 @@ bool FetchUrl(const TQString& url, EncodedBytes& bytes, LoadError& error,
   return true;
 }
 
+TQString ConversionFailure() {
+  return ConversionRanOutOfMemory() ? TQString(kMemoryExhausted) : TQString();
+}
+
 bool EncodeFailed(LoadError& error) {
-  error.Set(LoadError::Decoding, LoadError::EncodeWarning);
+  error.Set(LoadError::Decoding, LoadError::EncodeWarning, ConversionFailure());
   return false;
 }
 
@@ -136,7 +141,7 @@ bool LoadedDocument::Decode(EncodedBytes bytes, LoadError& error) {
   const DetectedEncoding encoding = DetectEncoding(bytes);
   std::optional<TQString> text = DecodeText(std::move(bytes), encoding.id, encoding.byteOrder);
   if (!text.has_value() || UnmappableCount() > 0) {
-    error.Set(LoadError::Decoding, LoadError::DecodeWarning);
+    error.Set(LoadError::Decoding, LoadError::DecodeWarning, ConversionFailure());
   }
   if (!text.has_value()) return false;
   text_ = std::move(*text);

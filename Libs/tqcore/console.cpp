@@ -4,6 +4,9 @@
 #include <cstdio>
 #include <string>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "tqcore/tqtext.h"
 
 namespace kelmora {
@@ -16,10 +19,15 @@ std::FILE* FileOf(Console::Stream stream) {
 
 }  // namespace
 
-void Console::IgnoreClosedPipes() {
-#ifdef SIGPIPE
+void Console::Prepare() {
   std::signal(SIGPIPE, SIG_IGN);
-#endif
+  // A file that is opened takes the lowest free number. This one is opened the wrong way round, so
+  // that using it stays an error.
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(number, F_GETFD) < 0) {
+      static_cast<void>(open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+  }
 }
 
 void Console::Write(Stream stream, std::u16string_view text) {

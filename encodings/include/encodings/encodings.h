@@ -102,6 +102,8 @@ struct DetectedEncoding {
 
 // --- the report of the last conversion -----------------------------------------------------------
 
+// Tells a conversion that failed for want of memory from one that failed by its bytes.
+[[nodiscard]] bool ConversionRanOutOfMemory();
 // How many characters had no counterpart, repetitions counted.
 [[nodiscard]] std::size_t UnmappableCount();
 // The first 40 different ones: codes of the encoding after DecodeText, characters after

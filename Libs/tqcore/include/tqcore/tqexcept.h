@@ -30,6 +30,10 @@ class TQExcept {
   const char16_t* file_;
 };
 
+// What a user is told about kAllocationFailed, which TQString raises for both, and std::bad_alloc.
+inline constexpr char16_t kMemoryExhausted[] =
+    u"Out of memory, or a text beyond 2147483647 characters";
+
 // Result codes as the stream layer and the singletons raise them: one 32-bit value.
 using ResultCode = std::uint32_t;
 inline constexpr ResultCode kUnexpected = 0x8000FFFF;
