@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# ./bootstrap.sh        installs what is missing, builds build/kelmora, transforms an example
+# ./bootstrap.sh        installs what is missing, builds build/kelmora, transforms some of the examples
 # ./bootstrap.sh test   the same, then builds with sanitizers too and runs all tests of both builds
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -26,23 +26,25 @@ build() {  # PRESET
 }
 
 transform() {  # EXAMPLE RESULT
-  build/kelmora -xml "examples/$1/source.xml" -xsl "examples/$1/style.xsl" -out "build/$2"
+  build/kelmora -xml "examples/$1/source.xml" -xsl "examples/$1/style.xsl" -out "build/$2" >/dev/null
 }
 
-show_example() {
-  transform article article.html >/dev/null
-  transform outline outline.txt >/dev/null
+show_examples() {
+  transform records-to-report report.txt
+  transform feed-to-page feed.html
+  transform article-to-page article.html
+  transform shiftjis-to-utf8 catalogue.html
   echo
-  cat build/outline.txt
+  cat build/report.txt
   echo
-  echo "That was examples/outline. examples/article makes a web page of the same source:"
-  echo "open build/article.html in a browser."
+  echo "That was examples/records-to-report. Three others make pages; open them in a browser:"
+  echo "build/article.html, build/feed.html and build/catalogue.html."
 }
 
 if command -v dpkg-query >/dev/null; then install_missing; fi
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 build release
-show_example
+show_examples
 
 case "${1-}" in
   '') ;;
