@@ -38,7 +38,7 @@ set(CPACK_PACKAGE_DESCRIPTION
 "Transforms one XML document with one stylesheet into XML, HTML or text, in
 one of 38 encodings. It brings its own XML parser, XPath engine and code
 pages, and is made for build scripts and batch work: no configuration, the
-same result on every machine.")
+same bytes for the same input.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

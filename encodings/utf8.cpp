@@ -86,7 +86,7 @@ std::size_t SizeOfBlock(std::span<const char16_t> units) {
   if (combined < kFirstBeyondAscii) return units.size();
   std::uint16_t sum = 0;  // as wide as a unit, so that the compiler adds up eight at once
   for (std::size_t i = 0; i < units.size(); ++i) {
-    const bool isPair = IsHighSurrogate(units[i]) & IsLowSurrogate(units.data()[i + 1]);
+    const int isPair = int{IsHighSurrogate(units[i])} & int{IsLowSurrogate(units.data()[i + 1])};
     sum = static_cast<std::uint16_t>(sum + 1 + (units[i] > 0x7F) + (units[i] > 0x7FF) - 2 * isPair);
   }
   return sum;
