@@ -4,12 +4,12 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-install_missing() {  # the packages on standard input
+install_missing() {  # PACKAGES, one a line
   local package missing=() known=()
   while read -r package; do
     dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null |
       grep -qx installed || missing+=("$package")
-  done < <(grep -v '^#')
+  done <<<"$(grep -v '^#' <<<"$1")"
   if ((${#missing[@]} == 0)); then return; fi
 
   local as_root=()
@@ -58,7 +58,7 @@ case "${1-}" in
     ;;
 esac
 
-if command -v dpkg-query >/dev/null; then install_missing <<<"$wanted"; fi
+if command -v dpkg-query >/dev/null; then install_missing "$wanted"; fi
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 build release kelmora
 show_examples
