@@ -45,7 +45,8 @@ _kelmora_parameters() {  # CURRENT
   done
   if [[ ! -f $stylesheet ]]; then return; fi
   mapfile -t COMPREPLY < <(
-    compgen -S = -W "$(sed -n "s/.*<xsl:param[[:space:]][^>]*name=[\"']\([^\"']*\).*/\1/p" \
+    compgen -S = -W "$(sed -n "/<xsl:template.*<\/xsl:template>/d; /<xsl:template/,/<\/xsl:template>/d
+      s/.*<xsl:param[[:space:]][^>]*name=[\"']\([^\"']*\).*/\1/p" \
       "$stylesheet" 2>/dev/null | sort -u)" -- "$1"
   )
 }

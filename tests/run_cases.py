@@ -6,6 +6,7 @@ usage: run_cases.py PROGRAM FOLDER... [-k TEXT] [-v] [--update]
 A case is a folder with a subfolder "expected":
 
   args              one argument a line; without it: -xml in.xml -xsl in.xsl -out out
+  args-2            of a second run, in the same directory, behind the first one
   any other file    input, copied into an empty directory in which the program is started
   expected/stdout   what the streams show; an absent one must be empty. Without expected/stdout a
   expected/stderr   run that writes a result must print an empty line and the name of the result
@@ -26,6 +27,7 @@ import subprocess
 import sys
 import tempfile
 
+ARGS_FILES = ('args', 'args-2')
 DEFAULT_ARGS = ['-xml', 'in.xml', '-xsl', 'in.xsl', '-out', 'out']
 TIMEOUT_SECONDS = 120
 STREAMS = ('stdout', 'stderr')
@@ -47,17 +49,19 @@ def files_below(folder):
 
 def read_inputs(case):
     return {name: content for name, content in files_below(case).items()
-            if name != 'args' and not name.startswith('expected' + os.sep)}
+            if name not in ARGS_FILES and not name.startswith('expected' + os.sep)}
 
 
-def read_args(case):
-    path = case / 'args'
-    if not path.exists():
-        return DEFAULT_ARGS
-    lines = path.read_bytes().split(b'\n')
-    if lines[-1] == b'':
-        lines.pop()
-    return [os.fsdecode(line) for line in lines]
+def read_runs(case):
+    """The arguments of each run."""
+    runs = []
+    for path in (case / name for name in ARGS_FILES):
+        if path.exists():
+            lines = path.read_bytes().split(b'\n')
+            if lines[-1] == b'':
+                lines.pop()
+            runs.append([os.fsdecode(line) for line in lines])
+    return runs or [DEFAULT_ARGS]
 
 
 def result_name(args):
@@ -65,29 +69,31 @@ def result_name(args):
     return names[-1] if names else ''
 
 
-def run(program, args, inputs, directory):
-    """Returns the exit code and a dict: the two streams and every file that is there afterwards."""
+def run(program, runs, inputs, directory):
+    """Returns the exit codes and a dict: the two streams and every file that is there afterwards."""
     for name, content in inputs.items():
         path = directory / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
     place = str(directory)
-    done = subprocess.run([program] + [arg.replace('@DIR@', place) for arg in args], cwd=directory,
-                          stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT_SECONDS)
+    done = [subprocess.run([program] + [arg.replace('@DIR@', place) for arg in args], cwd=directory,
+                           stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT_SECONDS)
+            for args in runs]
     seen = files_below(directory)
-    for name, content in (('stdout', done.stdout), ('stderr', done.stderr)):
-        seen[name] = content.replace(os.fsencode(place), b'@DIR@')
-    return done.returncode, seen
+    for name in STREAMS:
+        told = b''.join(getattr(one, name) for one in done)
+        seen[name] = told.replace(os.fsencode(place), b'@DIR@')
+    return [one.returncode for one in done], seen
 
 
-def with_defaults(expected, inputs, args):
+def with_defaults(expected, inputs, runs):
     """Adds what a case doesn't need to say."""
     complete = dict(inputs)
     complete.update(expected)
     complete.setdefault('stderr', b'')
     if 'stdout' not in complete:
-        writes_result = result_name(args) in expected
-        complete['stdout'] = os.fsencode('\n%s\n' % result_name(args)) if writes_result else b''
+        written = [name for name in map(result_name, runs) if name in expected]
+        complete['stdout'] = b''.join(os.fsencode('\n%s\n' % name) for name in written)
     return complete
 
 
@@ -101,14 +107,14 @@ def difference(name, want, got):
     return list(difflib.unified_diff(*lines, '%s, wanted' % name, '%s, seen' % name, lineterm=''))
 
 
-def update(case, seen, inputs, args):
+def update(case, seen, inputs, runs):
     folder = case / 'expected'
     shutil.rmtree(folder)
     folder.mkdir()
     changed = {name: content for name, content in seen.items()
                if name not in STREAMS and inputs.get(name) != content}
     for name in STREAMS:
-        if seen[name] != with_defaults(changed, inputs, args)[name]:
+        if seen[name] != with_defaults(changed, inputs, runs)[name]:
             changed[name] = seen[name]
     for name, content in changed.items():
         path = folder / name
@@ -119,17 +125,17 @@ def update(case, seen, inputs, args):
 
 
 def check(program, case, rewrite):
-    args, inputs = read_args(case), read_inputs(case)
+    runs, inputs = read_runs(case), read_inputs(case)
     with tempfile.TemporaryDirectory() as directory:
         place = pathlib.Path(directory).resolve()
         try:
-            code, seen = run(program, args, inputs, place)
+            codes, seen = run(program, runs, inputs, place)
         except subprocess.TimeoutExpired:
             return ['no end within %d s' % TIMEOUT_SECONDS]
     if rewrite:
-        update(case, seen, inputs, args)
-    want = with_defaults(files_below(case / 'expected'), inputs, args)
-    problems = [] if code == 0 else ['exit code %d' % code]
+        update(case, seen, inputs, runs)
+    want = with_defaults(files_below(case / 'expected'), inputs, runs)
+    problems = ['exit code %d' % code for code in codes if code != 0]
     for name in sorted(set(want) | set(seen)):
         if want.get(name) != seen.get(name):
             problems += difference(name, want.get(name), seen.get(name))

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
 
+// clang-format off
 constexpr std::u16string_view kElements[] = {
     u"apply-imports", u"apply-templates", u"attribute",       u"attribute-set",
     u"call-template", u"choose",          u"comment",         u"copy",
@@ -23,6 +24,7 @@ constexpr std::u16string_view kElements[] = {
     u"stylesheet",    u"template",        u"text",            u"transform",
     u"value-of",      u"variable",        u"when",            u"with-param",
 };
+// clang-format on
 
 struct SystemPropertyRow {
   std::u16string_view name;

@@ -20,11 +20,13 @@ constexpr CodeSet kNone = 0;
 
 // Instructions and literal results. The last seven are refused by their own place, with the same
 // error wherever they come in.
+// clang-format off
 constexpr CodeSet kContent = Codes(
     {E::Literal, E::ApplyImports, E::ApplyTemplates, E::Attribute, E::CallTemplate, E::Choose,
      E::Comment, E::Copy, E::CopyOf, E::Element, E::Fallback, E::ForEach, E::If, E::Message,
      E::Number, E::Param, E::ProcessingInstruction, E::Text, E::ValueOf, E::Variable,
      E::NamespaceAlias, E::Output, E::PreserveSpace, E::StripSpace, E::Stylesheet, E::Template});
+// clang-format on
 
 constexpr CodeSet kTopLevel = Codes(
     {E::AttributeSet, E::DecimalFormat, E::Import, E::Include, E::Key, E::NamespaceAlias,

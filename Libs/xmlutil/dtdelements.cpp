@@ -55,7 +55,7 @@ bool DtdReader::ResolveName(const XTreeNode& node, View text, TQString& name) {
   if (text.find(u'%') == View::npos) return true;
   if (!ExpandEntityReferences(&node, text, name, {.withParameterEntities = true})) return false;
   int cursor = 0;
-  const TQString expanded = std::move(name);
+  const TQString expanded = std::exchange(name, TQString());
   for (char16_t unit : expanded.View()) {
     if (!IsXmlSpace(unit)) name.AppendUnitAt(unit, cursor, expanded.Length());
   }

@@ -1,1 +1,0 @@
-../article/numbers.xsl

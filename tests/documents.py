@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""Holds the documents against the sources: messages, elements, attributes and functions that the
+program knows, the libraries and who sees whom, the files and places that a document points to.
+
+usage: documents.py [SOURCES]
+"""
+import pathlib
+import re
+import sys
+
+# Libraries that stand elsewhere than in a folder of their name at the top.
+FOLDERS = {name: 'Libs/' + name for name in ('tqcore', 'ystreamimpl', 'parso', 'xmlutil')}
+FOLDERS['unicode'] = 'Libs/xmlutil/unicode'
+
+
+def rows(text, pattern):
+    return re.findall(pattern, text, re.M)
+
+
+def check_reference(read):
+    """Everything that can be asked for or printed is found by a search for its words."""
+    reference = read('docs/language.md').replace('\\|', '|')
+    known = [text for text in rows(read('Libs/tqcore/resourcestrings.def'), r'u"([^"]+)"\)$')]
+    known += ['`%s`' % name for name in rows(read('xslt/attributecodes.def'), r'u"([^"]+)"\)$')]
+    known += ['xsl:' + name for name in rows(read('xslt/elementcodes.def'), r'u"([^"]+)"\)$')]
+    known += ['`%s(' % name for name in rows(read('xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
+    if len(known) < 200:
+        yield 'only %d names and messages were found in the sources' % len(known)
+    for name in known:
+        if name not in reference:
+            yield 'docs/language.md does not tell of: ' + name
+
+
+def check_libraries(read):
+    """The table of who uses whom says what the build says."""
+    told = dict(rows(read('docs/ARCHITECTURE.md'), r'^\| (\w+) \| `[\w/]+` \| ?([\w, ]*) ?\|$'))
+    for name, names in told.items():
+        build = read(FOLDERS.get(name, name) + '/CMakeLists.txt')
+        found = re.search(r'kelmora_library\(%s\s[^)]*?DEPS ([\w ]+)\)' % name, build)
+        wanted = set(found[1].split()) if found else set(rows(build, r'^  kelmora_(?!flags)(\w+)'))
+        if set(names.replace(',', ' ').split()) != wanted:
+            yield 'docs/ARCHITECTURE.md: %s uses %s' % (name, ', '.join(sorted(wanted)))
+    declared = set(rows(read('CMakeLists.txt'), r'^add_subdirectory\((?:Libs/)?(\w+)\)'))
+    for name in declared - set(told):
+        yield 'docs/ARCHITECTURE.md does not tell of the library ' + name
+
+
+def anchors(text):
+    heads = rows(text, r'^#+ (.*)$')
+    return {re.sub(r'[^\w\- ]', '', head.lower()).replace(' ', '-') for head in heads}
+
+
+def check_pointers(read, sources):
+    """What a link or a path in back quotes names is there."""
+    for page in [*sources.glob('*.md'), *sources.glob('docs/*.md')]:
+        text = read(page)
+        for target in rows(text, r'\]\(([^)\s]+)\)'):
+            name, _, anchor = target.partition('#')
+            other = page.parent / name if name else page
+            if not other.is_file():
+                yield '%s: no file %s' % (page.name, target)
+            elif anchor and anchor not in anchors(read(other)):
+                yield '%s: no heading for %s' % (page.name, target)
+        for path in rows(text, r'`((?:[\w.-]+/)+[\w-]+\.(?:cpp|h|def|py|txt|inc|sh|md))`'):
+            if not path.startswith('build') and not (sources / path).is_file():
+                yield '%s: no file %s' % (page.name, path)
+
+
+def main():
+    here = pathlib.Path(__file__).resolve().parent.parent
+    sources = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else here
+
+    def read(path):
+        return (sources / path).read_text(encoding='utf-8')
+
+    problems = [*check_reference(read), *check_libraries(read), *check_pointers(read, sources)]
+    for line in problems:
+        print(line)
+    return 1 if problems else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
