@@ -148,16 +148,19 @@ XPathNodeList XsltFunctionLibrary::Key(Call call, Context context) const {
   XPathNodeList result;
   if (node == nullptr) return result;
   XPathNode* root = node->Root();
+  int lists = 0;
   auto add = [&](std::u16string_view text) {
     const XPathNodeList* found = evaluation.keyTable->Lookup(name, root, text);
-    if (found != nullptr) result.insert(result.end(), found->begin(), found->end());
+    if (found == nullptr) return;
+    result.insert(result.end(), found->begin(), found->end());
+    ++lists;
   };
   if (value.value->kind == XPathValue::NodeSet) {
     for (const XPathNodeRef& entry : value.value->nodes) add(entry.node->StringValue(scratch));
   } else {
     add(TextOf(*value.value, scratch));
   }
-  RemoveDuplicates(result);
+  if (lists > 1) RemoveDuplicates(result);
   NumberFromOne(result);
   return result;
 }

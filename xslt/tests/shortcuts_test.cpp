@@ -112,11 +112,23 @@ TEST(Shortcuts, TemplatesWithoutFramesEqualThoseWithThem) {
       "</xsl:template><xsl:template match='b' mode='m'><xsl:value-of select='position()'/>"
       "</xsl:template>",
       "<xsl:template match='text()'>[<xsl:value-of select='.'/>]</xsl:template>"
-      "<xsl:template match='c'><xsl:apply-templates/><xsl:apply-imports/></xsl:template>"};
+      "<xsl:template match='c'><xsl:apply-templates/><xsl:apply-imports/></xsl:template>",
+      "<xsl:template match='d'>t<xsl:text>u</xsl:text><e k='{@n}'>v<xsl:value-of select='@n'/>"
+      "<xsl:for-each select='*'><xsl:value-of select='position()'/>,<f/><xsl:value-of "
+      "select='last()'/></xsl:for-each></e><xsl:if test='c'>w<xsl:value-of select='name(c)'/>"
+      "</xsl:if><xsl:apply-templates/></xsl:template>",
+      "<xsl:template match='d'><xsl:for-each select='d'>x<xsl:value-of select='1 | a'/>"
+      "</xsl:for-each><xsl:apply-templates/></xsl:template>",
+      "<xsl:template match='b'>x<xsl:value-of select='q:a'/></xsl:template><xsl:template match='a'>"
+      "<xsl:value-of xmlns:q='q' select='count(../q:a)'/></xsl:template>",
+      "<xsl:variable name='g'>y<e>x<xsl:value-of select='$h'/></e></xsl:variable><xsl:variable "
+      "name='h' select='2'/><xsl:template match='a'><xsl:value-of select='$g'/></xsl:template>"
+      "<xsl:template match='b'>z<xsl:value-of select='$none'/></xsl:template>"};
   std::mt19937 random(10);
-  for (int round = 0; round < 60; ++round) {
-    StylesheetRun run{.stylesheet = XmlSheet(rules[static_cast<unsigned>(round) % 4]),
-                      .source = "<r>" + RandomContent(random, 4) + "</r>"};
+  for (int round = 0; round < 160; ++round) {
+    StylesheetRun run{
+        .stylesheet = XmlSheet(rules[static_cast<unsigned>(round) % std::size(rules)]),
+        .source = "<r>" + RandomContent(random, 4) + "</r>"};
     run.stackLimit = round % 5 == 0 ? 3 + random() % 9 : 1000;
     const std::string without = run.Result();
     run.givesAllFrames = true;
