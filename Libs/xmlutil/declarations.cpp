@@ -15,14 +15,6 @@ void AttributeDecl::JoinEnumeration() {
   }
 }
 
-// The particles of one element or group. Groups may be shared by many, so each has an index of its
-// own particles alone; what a search through groups found is kept by the element that it began at.
-struct ElementDecl::ParticleIndex {
-  std::unordered_map<NameKey, ElementDecl*, NameHash> elements;
-  std::vector<ElementDecl*> groups;
-  NameMap<ElementDecl*> foundInGroups;
-};
-
 ElementDecl::ElementDecl(DocumentModel* model) : owner(model) {}
 ElementDecl::~ElementDecl() = default;
 
@@ -54,44 +46,41 @@ void ElementDecl::AddParticle(ElementDecl* element, std::int32_t minOccurs,
   index_.reset();
 }
 
-const ElementDecl::ParticleIndex& ElementDecl::Index() {
-  if (index_ != nullptr) return *index_;
-  index_ = std::make_unique<ParticleIndex>();
-  for (const Particle& particle : particles) {
-    if (particle.element->isGroup) {
-      index_->groups.push_back(particle.element);
-    } else {
-      index_->elements.try_emplace(particle.element->name, particle.element);
+// The particles in their order, those of a group in its place; of one name the first one counts.
+void ElementDecl::IndexParticles() {
+  struct Step {
+    const ElementDecl* group;
+    std::size_t next;  // particle
+  };
+  index_ = std::make_unique<ChildIndex>();
+  std::unordered_set<const ElementDecl*> seen{this};
+  std::vector<Step> way{{this, 0}};
+  while (!way.empty() && owner->CountIndexedParticle()) {
+    Step& step = way.back();
+    if (step.next == step.group->particles.size()) {
+      way.pop_back();
+      continue;
+    }
+    ElementDecl* element = step.group->particles[step.next++].element;
+    if (!element->isGroup) {
+      index_->try_emplace(element->name, element);
+    } else if (seen.insert(element).second) {
+      way.push_back({element, 0});
     }
   }
-  return *index_;
 }
 
-ElementDecl* ElementDecl::SearchGroups(const NameKey& child) {
-  std::unordered_set<const ElementDecl*> seen;
-  std::vector<ElementDecl*> pending = Index().groups;
-  while (!pending.empty()) {
-    ElementDecl* group = pending.back();
-    pending.pop_back();
-    if (!seen.insert(group).second) continue;
-    const ParticleIndex& index = group->Index();
-    const auto entry = index.elements.find(child);
-    if (entry != index.elements.end()) return entry->second;
-    pending.insert(pending.end(), index.groups.begin(), index.groups.end());
-  }
-  return nullptr;
-}
-
+// What has nothing but one group shares the index of that group, with all elements of its type.
 ElementDecl* ElementDecl::FindChildElement(const NameKey& child) {
-  const ParticleIndex& index = Index();
-  const auto entry = index.elements.find(child);
-  if (entry != index.elements.end()) return entry->second;
-  if (index.groups.empty()) return nullptr;
-  const auto known = index.foundInGroups.find(child);
-  if (known != index.foundInGroups.end()) return known->second;
-  ElementDecl* found = SearchGroups(child);
-  index_->foundInGroups.emplace(QName{TQString(child.local), child.uri}, found);
-  return found;
+  constexpr int kMostWrappers = 8;
+  ElementDecl* holder = this;
+  for (int i = 0; i < kMostWrappers && holder->index_ == nullptr; ++i) {
+    if (holder->particles.size() != 1 || !holder->particles.front().element->isGroup) break;
+    holder = holder->particles.front().element;
+  }
+  if (holder->index_ == nullptr) holder->IndexParticles();
+  const auto entry = holder->index_->find(child);
+  return entry != holder->index_->end() ? entry->second : nullptr;
 }
 
 void ElementDecl::ClearContent() {

@@ -89,6 +89,38 @@ TEST_F(ModelTest, ExternalSubsetComesFirst) {
   EXPECT_EQ(Build("<!DOCTYPE a SYSTEM 'none.dtd' [<!ENTITY e 'x'>]><a>&e;</a>"), "(a'&e;')");
 }
 
+// What ends the reading of a DTD, and what stays of it: `e` stands in front, `f` behind.
+TEST_F(ModelTest, SectionsAndReferencesBetweenDeclarations) {
+  const DocumentRow rows[] = {
+      {"switched on", "<!ENTITY % s 'INCLUDE'><![ %s; [<!ENTITY g '3'>]]>", "(r'123')"},
+      {"switched off", "<!ENTITY % s 'IGNORE'><![%s;[ <!ENTITY g garbage]]>", "(r'12&g;')",
+       ModelCode::UnknownEntity},
+      {"neither", "<!ENTITY % s 'MAYBE'><![%s;[<!ENTITY g '3'>]]>", "(r'1&f;&g;')",
+       ModelCode::WrongEntityKind},
+      {"blanks around the word", "<!ENTITY % s ' INCLUDE '><![%s;[<!ENTITY g '3'>]]>",
+       "(r'1&f;&g;')", ModelCode::WrongEntityKind},
+      {"an external switch", "<!ENTITY % s SYSTEM 'INCLUDE'><![%s;[<!ENTITY g '3'>]]>",
+       "(r'1&f;&g;')", ModelCode::WrongEntityKind},
+      {"an unknown switch ends the second pass", "<![%s;[<!ENTITY g '3'>]]>", "(r'12&g;')",
+       ModelCode::UnknownEntity},
+      {"no declarations inside", "<!ENTITY % s 'INCLUDE'><![%s;[ garbage ]]>", "(r'1&f;&g;')",
+       ModelCode::BadSection},
+      {"no declarations in an entity", "<!ENTITY % s 'garbage'>%s;", "(r'1&f;&g;')",
+       ModelCode::ReplacementUnparsable},
+      {"no declarations in two", "<!ENTITY % s ' '>%s;%s;", "(r'1&f;&g;')", ModelCode::BadSection},
+      {"nothing in one", "<!ENTITY % s ' '>%s;<!ENTITY g '3'>", "(r'123')"},
+      {"declared behind its use", "%s;<!ENTITY g 'late'><!ENTITY % s \"<!ENTITY g '3'>\">",
+       "(r'123')"},
+      {"a file that is not there", "<!ENTITY % s SYSTEM 'none.dtd'>%s;", "(r'1&f;&g;')",
+       ModelCode::LoadFailed},
+  };
+  for (const DocumentRow& row : rows) {
+    Write("d.dtd", std::string("<!ENTITY e '1'>") + row.document + "<!ENTITY f '2'>");
+    EXPECT_EQ(Build("<!DOCTYPE r SYSTEM 'd.dtd'><r>&e;&f;&g;</r>"), row.tree) << row.symptom;
+    EXPECT_EQ(Error(), row.error) << row.symptom;
+  }
+}
+
 struct DetectionRow {
   const char* document;
   SchemaKind kind;

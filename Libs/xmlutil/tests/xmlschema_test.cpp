@@ -222,6 +222,11 @@ TEST_F(SchemaTest, Effects) {
        "</xs:choice></xs:group>" IN_SEQUENCE(
            "<xs:choice><xs:sequence><xs:group ref='g'/></xs:sequence></xs:choice>"),
        "<a/>", "(r(a'1'))"},
+      {"of two declarations of a name the first one in the content counts",
+       "<xs:group name='g'><xs:sequence><xs:element name='a' type='xs:int' default='1'/>"
+       "</xs:sequence></xs:group>" IN_SEQUENCE(
+           "<xs:group ref='g'/><xs:any/><xs:element name='a' type='xs:int' default='2'/>"),
+       "<a/>", "(r(a'1'))"},
       {"a group that holds itself in an element",
        "<xs:group name='g'><xs:sequence><xs:element name='a'><xs:complexType><xs:sequence>"
        "<xs:group ref='g'/></xs:sequence><xs:attribute name='x' default='1'/></xs:complexType>"

@@ -125,6 +125,27 @@ TEST_F(SchemaTest, NestingIsBounded) {
   }
 }
 
+// Each element has the large group in a content of its own; the last ones do not see it any more.
+TEST_F(SchemaTest, SearchesForChildrenAreBounded) {
+  constexpr int kElements = 100;
+  constexpr int kGroupSize = kIndexedParticles / (kElements - 1);
+  std::string declarations = "<xs:group name='g'><xs:sequence>";
+  for (int i = 0; i < kGroupSize; ++i) {
+    declarations += Numbered("<xs:element name='c#' type='xs:int' default='1'/>", i);
+  }
+  declarations += "</xs:sequence></xs:group>";
+  std::string content;
+  for (int i = 0; i < kElements; ++i) {
+    declarations += Numbered("<xs:element name='e#'><xs:complexType><xs:sequence>", i);
+    declarations += "<xs:element ref='e0'/><xs:group ref='g'/></xs:sequence></xs:complexType>";
+    declarations += "</xs:element>";
+    content += Numbered("<e#><c2/>", i) + Numbered("</e#>", i);
+  }
+  const std::string tree = BuildWith(declarations, content);
+  EXPECT_TRUE(tree.starts_with("(r(e0(c2'1'))(e1(c2'1'))")) << tree.substr(0, 40);
+  EXPECT_TRUE(tree.ends_with("(e99(c2)))")) << tree.substr(tree.size() - 40);
+}
+
 TEST_F(SchemaTest, CopiesAndChecksAreBounded) {
   std::string doubling = "<xs:simpleType name='u0'><xs:restriction base='xs:int'/></xs:simpleType>";
   for (int i = 1; i < 40; ++i) {

@@ -186,7 +186,8 @@ class ElementDecl final : public ElementDeclaration {
   // The attributes with a default value, and the default text of simple content.
   bool GetDefaults(std::vector<DefaultedAttribute>& found, TQString& text) override;
   // An element of this name among the particles, through groups; null without one. Declarations
-  // must be complete by then: what is found is kept.
+  // must be complete by then. The first search walks all groups, as far as kIndexedParticles lets
+  // it; further ones take constant time.
   ElementDecl* FindChildElement(const NameKey& child);
   // The attribute of this name, made if there is none.
   AttributeDecl& AddAttribute(const QName& attribute);
@@ -238,11 +239,10 @@ class ElementDecl final : public ElementDeclaration {
   std::vector<IdentityConstraint*> constraints;
 
  private:
-  struct ParticleIndex;
-  const ParticleIndex& Index();
-  ElementDecl* SearchGroups(const NameKey& child);
+  using ChildIndex = std::unordered_map<NameKey, ElementDecl*, NameHash>;
+  void IndexParticles();
 
-  std::unique_ptr<ParticleIndex> index_;
+  std::unique_ptr<ChildIndex> index_;  // made at the first search
 };
 
 }  // namespace kelmora

@@ -41,6 +41,9 @@ enum class SchemaKind : std::uint8_t {
 
 // Bound on the units that the references in one document's declarations may be replaced by.
 inline constexpr std::int64_t kEntityTextLimit = 10'000'000;
+// Bound on the particles that a document's elements are searched for their children by, those of a
+// group counted for each content model that it stands in.
+inline constexpr std::int64_t kIndexedParticles = 1'000'000;
 // Bound on parameter entities and external subsets that are read inside one another.
 inline constexpr int kDeclarationNesting = 64;
 
@@ -114,6 +117,8 @@ class DocumentModel final : public TreeModel {
   void CountEntityText(std::int64_t units);
   void ResetEntityText() { entityText_ = 0; }
   void EnterPredefinedEntities();
+  // False beyond kIndexedParticles.
+  bool CountIndexedParticle() { return ++indexedParticles_ <= kIndexedParticles; }
 
   ModelError& Error() { return error_; }
   const ModelError& Error() const { return error_; }
@@ -142,6 +147,7 @@ class DocumentModel final : public TreeModel {
   XPathTreeBuilder* builder_ = nullptr;
   TQString url_;
   std::int64_t entityText_ = 0;
+  std::int64_t indexedParticles_ = 0;
   ModelError error_;
   std::deque<ElementDecl> elementStore_;
   std::deque<AttributeDecl> attributeStore_;
