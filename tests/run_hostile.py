@@ -214,18 +214,20 @@ class Writing(Hostile):
         self.check_refused(run, self.failed('out', 'File too large'))
         if os.geteuid() != 0 or not shutil.which('mount'):
             return
-        files = self.big()
 
-        def fill(at):
-            command = ['mount', '-t', 'tmpfs', '-o', 'size=4m', 'tmpfs', str(at)]
-            mounted = subprocess.run(command, stderr=subprocess.DEVNULL).returncode == 0
-            for name, content in dict(files, **{'in.xsl': IDENTITY, 'out': OLD}).items():
-                (at / name).write_bytes(content if isinstance(content, bytes) else content.encode())
-            return mounted
+        def mount(options, files):
+            def change(at):
+                command = ['mount', '-t', 'tmpfs', '-o', options, 'tmpfs', str(at)]
+                subprocess.run(command, stderr=subprocess.DEVNULL)
+                for name, content in {'in.xsl': IDENTITY, 'out': OLD.decode(), **files}.items():
+                    (at / name).write_text(content)
+                self.assertTrue(os.path.ismount(at) or self.skipTest('nothing can be mounted'))
+            return change
 
-        run = Run(change=fill)
-        if not run.result or run.result == OLD:  # otherwise nothing could be mounted
-            self.check_refused(run, self.failed('out', 'No space left on device'))
+        # Room for the old file, not for the new one; then for no file more at all.
+        for options, files in (('size=4m', self.big()), ('nr_inodes=4', {'in.xml': '<a/>'})):
+            self.check_refused(Run(change=mount(options, files)),
+                               self.failed('out', 'No space left on device'))
 
     def test_without_rights(self):
         nobody = 65534 if os.geteuid() == 0 else None
