@@ -64,6 +64,10 @@ RAW_ANSWERS = {  # by path: what a misbehaving http server says before it closes
     b"/garbage": b"\x00\x01nonsense",
     b"/nothing": b"",
     b"/chunk": b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nab",
+    b"/badchunk": b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nab\r\n0\r\n\r\n",
+    b"/longer": b"HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n<a/>and more",
+    b"/negative": b"HTTP/1.1 200 OK\r\nContent-Length: -4\r\n\r\n<a/>",
+    b"/huge": b"HTTP/1.1 200 OK\r\nContent-Length: 99999999999\r\n\r\n<a/>",
 }
 
 
@@ -78,6 +82,13 @@ class RawServer(socketserver.BaseRequestHandler):
         path = line.split()[1]
         if path == b"/hang":
             time.sleep(5)
+        elif path == b"/drip":
+            try:
+                for byte in b"HTTP/1.1 200 OK\r\nX-Slow: " + b"x" * 20:
+                    self.request.sendall(bytes([byte]))
+                    time.sleep(0.25)
+            except OSError:
+                pass
         elif path == b"/endless":
             self.request.sendall(b"HTTP/1.1 200 OK\r\n\r\n")
             try:
@@ -246,6 +257,13 @@ class Servers(unittest.TestCase):
             (["fetch", "http://{raw}/garbage"], False, None),
             (["fetch", "http://{raw}/nothing"], False, None),
             (["fetch", "http://{raw}/chunk"], False, None),
+            (["fetch", "http://{raw}/badchunk"], False, None),
+            (["fetch", "http://{raw}/longer"], True, b"<a/>"),  # the rest is no part of the answer
+            (["fetch", "http://{raw}/negative"], False, None),
+            (["fetch", "http://{raw}/huge"], False, None),
+            (["limit", "stall", "1", "fetch", "http://{raw}/drip"], False, None),
+            (["limit", "total", "1", "fetch", "http://{raw}/drip"], False, None),
+            (["fetch", "https://{raw}/a.xml"], False, None),
         ])
         self.assertLess(time.monotonic() - begin, 30)
 
