@@ -11,10 +11,17 @@ std::string Escaped(std::string_view text) {
   std::string out;
   for (const char unit : text) {
     switch (unit) {
-      case '<': out += "&lt;"; break;
-      case '&': out += "&amp;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += unit;
+      case '<':
+        out += "&lt;";
+        break;
+      case '&':
+        out += "&amp;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      default:
+        out += unit;
     }
   }
   return out;

@@ -9,8 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr std::string_view kParting = "\n%\n";
   const std::string_view input = fuzz::Text(data, size);
   const std::size_t parting = std::min(input.find(kParting), input.size());
-  const std::string_view content =
-      input.substr(std::min(parting + kParting.size(), input.size()));
+  const std::string_view content = input.substr(std::min(parting + kParting.size(), input.size()));
   std::string text = "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE a [";
   text += input.substr(0, parting);
   text += "]><a>";

@@ -30,9 +30,15 @@ std::string Edited(std::string text, const std::vector<std::string>& all, std::m
     const std::size_t at = below(text.size() + 1);
     const std::size_t length = std::min(below(12), text.size() - at);
     switch (below(4)) {
-      case 0: text.erase(at, length); break;
-      case 1: text.insert(at, 1, static_cast<char>(below(256))); break;
-      case 2: text.insert(at, text.substr(at, length)); break;
+      case 0:
+        text.erase(at, length);
+        break;
+      case 1:
+        text.insert(at, 1, static_cast<char>(below(256)));
+        break;
+      case 2:
+        text.insert(at, text.substr(at, length));
+        break;
       default: {
         const std::string& other = all[below(all.size())];
         const std::size_t from = below(other.size());

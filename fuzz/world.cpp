@@ -13,8 +13,8 @@ namespace {
 constexpr std::uint32_t kDocumentKind = 1;
 
 // Words without which a document names no other: a fuzzer must not read files or reach a network.
-constexpr std::u16string_view kNames[] = {u"SYSTEM", u"PUBLIC", u"chemaLocation", u"x-schema",
-                                          u"XMLSchema", u"xml-data"};
+constexpr std::u16string_view kNames[] = {u"SYSTEM",   u"PUBLIC",    u"chemaLocation",
+                                          u"x-schema", u"XMLSchema", u"xml-data"};
 
 bool NamesOtherDocuments(std::u16string_view text) {
   for (const std::u16string_view word : kNames) {

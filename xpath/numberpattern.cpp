@@ -197,8 +197,8 @@ TQString NumberPattern::FormatNumber(double number) const {
   char16_t digitBase = GeneralCategory(format_.zeroDigit)[0] == u'L'
                            ? static_cast<char16_t>(format_.zeroDigit - u'0')
                            : u'\0';
-  Digits digits = RoundToPlaces(
-      scaled, std::int64_t{sub.requiredFractionDigits} + sub.optionalFractionDigits);
+  Digits digits =
+      RoundToPlaces(scaled, std::int64_t{sub.requiredFractionDigits} + sub.optionalFractionDigits);
   std::string integer;
   std::string fraction;
   Split(digits, integer, fraction);

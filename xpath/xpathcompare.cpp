@@ -14,10 +14,18 @@ namespace kelmora {
 namespace {
 
 using Relation = bool (*)(double, double);
-bool IsLess(double a, double b) { return a < b; }
-bool IsLessOrEqual(double a, double b) { return a <= b; }
-bool IsGreater(double a, double b) { return a > b; }
-bool IsGreaterOrEqual(double a, double b) { return a >= b; }
+bool IsLess(double a, double b) {
+  return a < b;
+}
+bool IsLessOrEqual(double a, double b) {
+  return a <= b;
+}
+bool IsGreater(double a, double b) {
+  return a > b;
+}
+bool IsGreaterOrEqual(double a, double b) {
+  return a >= b;
+}
 
 bool HasText(const XPathNodeList& nodes, std::u16string_view text) {
   TQString scratch;
@@ -111,8 +119,12 @@ double NodeNumber(const XPathNode& node) {
   return TextToNumber(node.StringValue(scratch));
 }
 
-bool EqualNumbers(double a, double b) { return a == b; }
-bool NotEqualNumbers(double a, double b) { return !std::isnan(a) && !std::isnan(b) && a != b; }
+bool EqualNumbers(double a, double b) {
+  return a == b;
+}
+bool NotEqualNumbers(double a, double b) {
+  return !std::isnan(a) && !std::isnan(b) && a != b;
+}
 
 bool Equal(const XPathValue& a, const XPathValue& b) {
   using V = XPathValue;
@@ -158,11 +170,15 @@ bool NotEqual(const XPathValue& a, const XPathValue& b) {
   return !(left == right);
 }
 
-bool Less(const XPathValue& a, const XPathValue& b) { return Relate(a, b, IsLess, true); }
+bool Less(const XPathValue& a, const XPathValue& b) {
+  return Relate(a, b, IsLess, true);
+}
 bool LessOrEqual(const XPathValue& a, const XPathValue& b) {
   return Relate(a, b, IsLessOrEqual, true);
 }
-bool Greater(const XPathValue& a, const XPathValue& b) { return Relate(a, b, IsGreater, false); }
+bool Greater(const XPathValue& a, const XPathValue& b) {
+  return Relate(a, b, IsGreater, false);
+}
 bool GreaterOrEqual(const XPathValue& a, const XPathValue& b) {
   return Relate(a, b, IsGreaterOrEqual, false);
 }

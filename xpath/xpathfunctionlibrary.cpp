@@ -13,7 +13,7 @@ namespace kelmora {
 namespace {
 
 const XPathFunctionRow kFunctions[] = {
-#define XPATH_FUNCTION(number, id, name, library, slot, fewest, most)                            \
+#define XPATH_FUNCTION(number, id, name, library, slot, fewest, most) \
   {XPathFunction::id, name, XPathFunctionRow::library, &XsltFunctionLibrary::slot, fewest, most},
 #include "xpathfunctions.def"
 #undef XPATH_FUNCTION
@@ -108,8 +108,12 @@ double XPathFunctionLibrary::ToNumber(const XPathValue& value) const {
 
 // --- node sets --------------------------------------------------------------------------------
 
-double XPathFunctionLibrary::Last(Call, Context context) const { return context.size; }
-double XPathFunctionLibrary::Position(Call, Context context) const { return context.position; }
+double XPathFunctionLibrary::Last(Call, Context context) const {
+  return context.size;
+}
+double XPathFunctionLibrary::Position(Call, Context context) const {
+  return context.position;
+}
 
 double XPathFunctionLibrary::Count(Call call, Context context) const {
   std::size_t counted = 0;
@@ -165,8 +169,12 @@ bool XPathFunctionLibrary::Boolean(Call call, Context context) const {
 bool XPathFunctionLibrary::Not(Call call, Context context) const {
   return !BooleanArgument(call, context, 0);
 }
-bool XPathFunctionLibrary::True(Call, Context) const { return true; }
-bool XPathFunctionLibrary::False(Call, Context) const { return false; }
+bool XPathFunctionLibrary::True(Call, Context) const {
+  return true;
+}
+bool XPathFunctionLibrary::False(Call, Context) const {
+  return false;
+}
 
 namespace {
 

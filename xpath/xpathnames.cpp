@@ -68,8 +68,9 @@ constexpr UnitRange kDigits[] = {
 
 template <std::size_t count>
 bool InRanges(const UnitRange (&ranges)[count], char16_t unit) {
-  auto behind = std::upper_bound(std::begin(ranges), std::end(ranges), unit,
-                                 [](char16_t u, const UnitRange& range) { return u < range.first; });
+  auto behind =
+      std::upper_bound(std::begin(ranges), std::end(ranges), unit,
+                       [](char16_t u, const UnitRange& range) { return u < range.first; });
   return behind != std::begin(ranges) && unit <= std::prev(behind)->last;
 }
 

@@ -12,7 +12,9 @@ bool LocalNameTest::Test(const XPathNodeRef& node) const {
   return node.node->GetLocalName() == name_;
 }
 
-bool FullNameTest::Test(const XPathNodeRef& node) const { return node.node->GetName() == name_; }
+bool FullNameTest::Test(const XPathNodeRef& node) const {
+  return node.node->GetName() == name_;
+}
 
 bool NamespaceTest::Test(const XPathNodeRef& node) const {
   return (node.kind == XPathNodeRef::Element || node.kind == XPathNodeRef::Attribute) &&

@@ -117,19 +117,19 @@ class MemberTest final : public XPathNodeTest {
 // The test of one step. Names and URIs are borrowed.
 struct StepTest {
   enum Kind : std::uint8_t {
-    None,      // no test at all: what the axis itself lets through
-    AnyNode,   // always true
+    None,     // no test at all: what the axis itself lets through
+    AnyNode,  // always true
     Element,
     Text,
     Attribute,
     NamespaceNode,
     Comment,
-    PI,              // with a non-empty `name`, only that target
-    NotNamespace,    // anything but a namespace node
-    Content,         // neither attribute nor namespace node
-    Name,            // `name` as local name, in `uri`
-    LocalName,       // `name` as local name of any node
-    Namespace,       // any name in `uri`
+    PI,            // with a non-empty `name`, only that target
+    NotNamespace,  // anything but a namespace node
+    Content,       // neither attribute nor namespace node
+    Name,          // `name` as local name, in `uri`
+    LocalName,     // `name` as local name of any node
+    Namespace,     // any name in `uri`
   };
 
   Kind kind = None;
@@ -177,8 +177,7 @@ inline bool HasLocalName(const XPathNode& node, std::u16string_view local) {
   if (name.size() == local.size()) return name == local;
   if (name.size() <= local.size()) return false;
   std::size_t colon = name.size() - local.size() - 1;
-  return name[colon] == u':' && name.substr(colon + 1) == local &&
-         name.find(u':') == colon;
+  return name[colon] == u':' && name.substr(colon + 1) == local && name.find(u':') == colon;
 }
 
 }  // namespace kelmora

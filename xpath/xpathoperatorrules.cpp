@@ -252,8 +252,7 @@ XPathParseNode* XPathParser::ParseFunctionCall() {
 XPathParseNode* XPathParser::ParseArguments() {
   XPathParseNode* expr = ParseExpr();
   if (expr == nullptr) return nullptr;
-  XPathParseNode* arguments =
-      MakeWith(XPathRule::Arguments, MakeWith(XPathRule::Argument, expr));
+  XPathParseNode* arguments = MakeWith(XPathRule::Arguments, MakeWith(XPathRule::Argument, expr));
   for (;;) {
     std::size_t before = cursor_;
     XPathParseNode* comma = Token(u",");

@@ -72,8 +72,8 @@ class XPathScanner {
 
 class XPathParser : public XPathScanner {
  public:
-  // Levels of nested expressions. An evaluation recurs to the same depth: a predicate, the costliest
-  // form, takes about 1.4 KB of machine stack per level, and 6 KB in a sanitizer build.
+  // Levels of nested expressions. An evaluation recurs to the same depth: a predicate, the
+  // costliest form, takes about 1.4 KB of machine stack per level, and 6 KB in a sanitizer build.
   static constexpr int kMaxNesting = 800;
 
   using XPathScanner::XPathScanner;

@@ -9,7 +9,9 @@
 namespace kelmora {
 namespace {
 
-bool IsDeclaration(const XPathNodeRef& node) { return DeclarationTest().Test(node); }
+bool IsDeclaration(const XPathNodeRef& node) {
+  return DeclarationTest().Test(node);
+}
 
 bool IsContent(const XPathNodeRef& node) {
   return !IsDeclaration(node) && !AttributeTest().Test(node);

@@ -42,8 +42,8 @@ XPathNode* NextPlace(Axis axis, XPathNode* node) {
 // A node of the namespace axis has no place among the children. What precedes it is what precedes
 // its element.
 XPathNode* StartOfPreceding(XPathNode* node) {
-  bool isLinked = node->previous != nullptr || node->parent == nullptr ||
-                  node->parent->firstChild == node;
+  bool isLinked =
+      node->previous != nullptr || node->parent == nullptr || node->parent->firstChild == node;
   return isLinked ? node : node->parent;
 }
 

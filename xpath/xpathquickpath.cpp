@@ -61,13 +61,12 @@ void XPathQuickPath::Judge(const Step& step) {
       meetsOnce_ = meetsOnce_ && atMostOne_;
   }
   bool isSingle = step.onlyIndex != 0 || step.axis == Axis::Self || step.axis == Axis::Parent;
-  bool sortsResult =
-      step.axis == Axis::PrecedingSibling || step.axis == Axis::AncestorOrSelf;
+  bool sortsResult = step.axis == Axis::PrecedingSibling || step.axis == Axis::AncestorOrSelf;
   needsStamps_ = needsStamps_ || (step.onlyIndex != 0 && sortsResult);
   reordersUnstamped_ = reordersUnstamped_ || step.onlyIndex != 0;
-  mayNest_ = mayNest_ || (!isSingle && (step.axis == Axis::Descendant ||
-                                        step.axis == Axis::Ancestor ||
-                                        step.axis == Axis::AncestorOrSelf));
+  mayNest_ =
+      mayNest_ || (!isSingle && (step.axis == Axis::Descendant || step.axis == Axis::Ancestor ||
+                                 step.axis == Axis::AncestorOrSelf));
   inOrder_ = inOrder_ && meetsOnce_ && !(isReverse && !(isSingle && atMostOne_));
   atMostOne_ = atMostOne_ && isSingle;
 }
@@ -129,7 +128,8 @@ class XPathQuickPath::Walk {
 
   bool Ancestors(XPathNode* node, Position& at) {
     Flow flow = Flow::GoOn;
-    for (; node != nullptr && flow == Flow::GoOn; node = node->parent) flow = TakeAncestor(node, at);
+    for (; node != nullptr && flow == Flow::GoOn; node = node->parent)
+      flow = TakeAncestor(node, at);
     return flow != Flow::Stop;
   }
 

@@ -67,8 +67,7 @@ bool XPathStepNode::Evaluate(XPathContext& context) const {
   }
   if (predicateCount_ != 0) {
     if (context.IsPlain()) return EvaluatePlain(context);
-    return CanFilterTogether(context) ? EvaluateTogether(context, axis_)
-                                      : EvaluateForEach(context);
+    return CanFilterTogether(context) ? EvaluateTogether(context, axis_) : EvaluateForEach(context);
   }
   if (context.IsPlain()) return firstChild->Evaluate(context);
   context.axis = axis_;

@@ -61,7 +61,9 @@ bool ToBoolean(const XPathValue& value) {
   return !value.nodes.empty();
 }
 
-bool NumberToBoolean(double number) { return !std::isnan(number) && number != 0; }
+bool NumberToBoolean(double number) {
+  return !std::isnan(number) && number != 0;
+}
 
 double ToNumber(const XPathValue& value) {
   switch (value.kind) {
@@ -160,8 +162,8 @@ TQString NumberToText(double number) {
   double digits = std::log10(kExactIntegers) - std::log10(std::fabs(number));
   int places = digits > 0 ? static_cast<int>(digits) : 0;
   char buffer[kMostUnits];
-  auto written = std::to_chars(buffer, buffer + sizeof(buffer), number, std::chars_format::fixed,
-                               places);
+  auto written =
+      std::to_chars(buffer, buffer + sizeof(buffer), number, std::chars_format::fixed, places);
   std::size_t end = static_cast<std::size_t>(written.ptr - buffer);
   if (places > 0) {
     while (buffer[end - 1] == '0') --end;

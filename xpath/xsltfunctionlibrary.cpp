@@ -171,7 +171,9 @@ XPathNodeList XsltFunctionLibrary::Current(Call, Context context) const {
   return result;
 }
 
-TQString XsltFunctionLibrary::UnparsedEntityUri(Call, Context) const { return {}; }
+TQString XsltFunctionLibrary::UnparsedEntityUri(Call, Context) const {
+  return {};
+}
 
 TQString XsltFunctionLibrary::GenerateId(Call call, Context context) const {
   XPathOperand operand;

@@ -12,7 +12,9 @@ namespace {
 
 constexpr std::size_t kNone = std::u16string_view::npos;
 
-constexpr bool IsQuote(char16_t unit) { return unit == u'"' || unit == u'\''; }
+constexpr bool IsQuote(char16_t unit) {
+  return unit == u'"' || unit == u'\'';
+}
 
 class TemplateParser {
  public:
@@ -110,8 +112,7 @@ const AttributeTemplate& AttributeTemplates::Find(XPathNode* attribute) {
   return *place;
 }
 
-TQString XSLTProcessorBase::ExpandAttributeValue(XPathNode* attribute,
-                                                 const TemplateFrame& frame) {
+TQString XSLTProcessorBase::ExpandAttributeValue(XPathNode* attribute, const TemplateFrame& frame) {
   const std::u16string_view text = attribute->GetValue();
   if (!HasBraces(text)) return text;
   TQString result;

@@ -113,8 +113,8 @@ void DefinitionInstruction::Store(XPathValue value) {
   if (Binding().IsGlobal) {
     (IsParameter() ? Processor->GlobalParameters : Processor->GlobalVariables)
         .Bind(name, std::move(value));
-    (IsParameter() ? Processor->ParameterDefinitions
-                   : Processor->VariableDefinitions)[name] = DefiningNode->parent;
+    (IsParameter() ? Processor->ParameterDefinitions : Processor->VariableDefinitions)[name] =
+        DefiningNode->parent;
   } else {
     TemplateFrame& scope = *Frame().Parent;
     (IsParameter() ? scope.Parameters : scope.Variables).Bind(name, std::move(value));

@@ -10,7 +10,9 @@ namespace kelmora {
 
 using DocumentKey = std::uintptr_t;
 
-inline bool IsStamped(const XPathNode* node) { return node->orderNumber > 0; }
+inline bool IsStamped(const XPathNode* node) {
+  return node->orderNumber > 0;
+}
 
 inline DocumentKey DocumentKeyOf(const XPathNode* node) {
   if (!IsStamped(node)) node = node->Root();

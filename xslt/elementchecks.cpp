@@ -85,8 +85,8 @@ void ParamPlace(Element element, XPathNode* /*attribute*/, std::int32_t error) {
   bool passes = element.parentCode == ElementCode::Stylesheet;
   if (element.parentCode == ElementCode::Template) {
     const XPathNode* before = element.node->previous;
-    while (before != nullptr && (before->kind == XPathNodeKind::Comment ||
-                                 before->kind == XPathNodeKind::PI)) {
+    while (before != nullptr &&
+           (before->kind == XPathNodeKind::Comment || before->kind == XPathNodeKind::PI)) {
       before = before->previous;
     }
     passes = before == nullptr || before->kind == XPathNodeKind::Attribute ||

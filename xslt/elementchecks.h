@@ -11,7 +11,7 @@ namespace kelmora::checks {
 using Element = const CheckedElement&;
 
 // Of any attribute.
-void Required(Element element, XPathNode* attribute, std::int32_t error);  // at the element
+void Required(Element element, XPathNode* attribute, std::int32_t error);         // at the element
 void RequiredNowhere(Element element, XPathNode* attribute, std::int32_t error);  // with no node
 void IsName(Element element, XPathNode* attribute, std::int32_t error);           // a QName
 void NotEmpty(Element element, XPathNode* attribute, std::int32_t error);
@@ -27,6 +27,6 @@ void MethodValue(Element element, XPathNode* attribute, std::int32_t error);
 void NoContentBeside(Element element, XPathNode* attribute, std::int32_t error);  // at the element
 void ParamPlace(Element element, XPathNode* attribute, std::int32_t error);       // at the element
 void IsDocumentElement(Element element, XPathNode* attribute, std::int32_t error);  // with no node
-void TextContent(Element element, XPathNode* attribute, std::int32_t error);  // at the child
+void TextContent(Element element, XPathNode* attribute, std::int32_t error);        // at the child
 
 }  // namespace kelmora::checks

@@ -28,19 +28,19 @@ constexpr CodeSet kContent = Codes(
      E::NamespaceAlias, E::Output, E::PreserveSpace, E::StripSpace, E::Stylesheet, E::Template});
 // clang-format on
 
-constexpr CodeSet kTopLevel = Codes(
-    {E::AttributeSet, E::DecimalFormat, E::Import, E::Include, E::Key, E::NamespaceAlias,
-     E::Output, E::Param, E::PreserveSpace, E::StripSpace, E::Template, E::Variable});
+constexpr CodeSet kTopLevel =
+    Codes({E::AttributeSet, E::DecimalFormat, E::Import, E::Include, E::Key, E::NamespaceAlias,
+           E::Output, E::Param, E::PreserveSpace, E::StripSpace, E::Template, E::Variable});
 
-constexpr CodeSet kDecimalFormatAttributes = Codes(
-    {A::Name, A::DecimalSeparator, A::GroupingSeparator, A::Infinity, A::MinusSign, A::NaN,
-     A::Percent, A::PerMille, A::ZeroDigit, A::Digit, A::PatternSeparator});
-constexpr CodeSet kNumberAttributes = Codes(
-    {A::Level, A::Count, A::From, A::Value, A::Format, A::Lang, A::LetterValue,
-     A::GroupingSeparator, A::GroupingSize});
-constexpr CodeSet kOutputAttributes = Codes(
-    {A::Method, A::Version, A::Encoding, A::OmitXmlDeclaration, A::Standalone, A::DoctypePublic,
-     A::DoctypeSystem, A::CdataSectionElements, A::Indent, A::MediaType});
+constexpr CodeSet kDecimalFormatAttributes =
+    Codes({A::Name, A::DecimalSeparator, A::GroupingSeparator, A::Infinity, A::MinusSign, A::NaN,
+           A::Percent, A::PerMille, A::ZeroDigit, A::Digit, A::PatternSeparator});
+constexpr CodeSet kNumberAttributes =
+    Codes({A::Level, A::Count, A::From, A::Value, A::Format, A::Lang, A::LetterValue,
+           A::GroupingSeparator, A::GroupingSize});
+constexpr CodeSet kOutputAttributes =
+    Codes({A::Method, A::Version, A::Encoding, A::OmitXmlDeclaration, A::Standalone,
+           A::DoctypePublic, A::DoctypeSystem, A::CdataSectionElements, A::Indent, A::MediaType});
 constexpr CodeSet kStylesheetAttributes =
     Codes({A::Id, A::ExtensionElementPrefixes, A::ExcludeResultPrefixes, A::Version});
 
@@ -61,11 +61,10 @@ constexpr ElementCheck kKey[] = {{A::Name, Required, X::NameExpected},
                                  {A::Match, Required, X::ModeWithoutMatch},
                                  {A::Use, Required, X::UseExpected}};
 constexpr ElementCheck kMessage[] = {{A::Terminate, YesOrNo, X::UnexpectedValue}};
-constexpr ElementCheck kAlias[] = {
-    {A::StylesheetPrefix, Required, X::StylesheetPrefixExpected},
-    {A::ResultPrefix, RequiredNowhere, X::ResultPrefixExpected},
-    {A::StylesheetPrefix, NotEmpty, X::UnexpectedValue},
-    {A::ResultPrefix, NotEmpty, X::UnexpectedValue}};
+constexpr ElementCheck kAlias[] = {{A::StylesheetPrefix, Required, X::StylesheetPrefixExpected},
+                                   {A::ResultPrefix, RequiredNowhere, X::ResultPrefixExpected},
+                                   {A::StylesheetPrefix, NotEmpty, X::UnexpectedValue},
+                                   {A::ResultPrefix, NotEmpty, X::UnexpectedValue}};
 constexpr ElementCheck kNumber[] = {{A::Level, LevelValue, X::UnexpectedValue}};
 constexpr ElementCheck kVariable[] = {{A::Name, Required, X::NameExpected},
                                       {A::Name, IsName, X::NotAQName},
@@ -85,29 +84,27 @@ constexpr ElementCheck kText[] = {{A::DisableOutputEscaping, YesOrNo, X::Unexpec
                                   {A::DisableOutputEscaping, TextContent, X::UnexpectedChild}};
 constexpr ElementCheck kValueOf[] = {{A::DisableOutputEscaping, YesOrNo, X::UnexpectedValue},
                                      {A::Select, Required, X::SelectExpected}};
-constexpr ElementCheck kDecimalFormat[] = {
-    {A::Name, IsName, X::NotAQName},
-    {A::Name, PrefixBound, X::UndefinedPrefix},
-    {A::DecimalSeparator, OneUnit, X::UnexpectedValue},
-    {A::GroupingSeparator, OneUnit, X::UnexpectedValue},
-    {A::Percent, OneUnit, X::UnexpectedValue},
-    {A::PerMille, OneUnit, X::UnexpectedValue},
-    {A::ZeroDigit, OneUnit, X::UnexpectedValue},
-    {A::Digit, OneUnit, X::UnexpectedValue},
-    {A::PatternSeparator, OneUnit, X::UnexpectedValue},
-    {A::Infinity, NotEmpty, X::UnexpectedValue},
-    {A::MinusSign, OneUnit, X::UnexpectedValue},
-    {A::NaN, NotEmpty, X::UnexpectedValue}};
-constexpr ElementCheck kOutput[] = {
-    {A::Method, MethodValue, X::UnexpectedValue},
-    {A::Version, NotEmpty, X::UnexpectedValue},
-    {A::Encoding, NotEmpty, X::UnexpectedValue},
-    {A::OmitXmlDeclaration, YesOrNo, X::UnexpectedValue},
-    {A::Standalone, YesOrNo, X::UnexpectedValue},
-    {A::Indent, YesOrNo, X::UnexpectedValue},
-    {A::DoctypePublic, NotEmpty, X::UnexpectedValue},
-    {A::DoctypeSystem, NotEmpty, X::UnexpectedValue},
-    {A::CdataSectionElements, NameList, X::NotAQName}};
+constexpr ElementCheck kDecimalFormat[] = {{A::Name, IsName, X::NotAQName},
+                                           {A::Name, PrefixBound, X::UndefinedPrefix},
+                                           {A::DecimalSeparator, OneUnit, X::UnexpectedValue},
+                                           {A::GroupingSeparator, OneUnit, X::UnexpectedValue},
+                                           {A::Percent, OneUnit, X::UnexpectedValue},
+                                           {A::PerMille, OneUnit, X::UnexpectedValue},
+                                           {A::ZeroDigit, OneUnit, X::UnexpectedValue},
+                                           {A::Digit, OneUnit, X::UnexpectedValue},
+                                           {A::PatternSeparator, OneUnit, X::UnexpectedValue},
+                                           {A::Infinity, NotEmpty, X::UnexpectedValue},
+                                           {A::MinusSign, OneUnit, X::UnexpectedValue},
+                                           {A::NaN, NotEmpty, X::UnexpectedValue}};
+constexpr ElementCheck kOutput[] = {{A::Method, MethodValue, X::UnexpectedValue},
+                                    {A::Version, NotEmpty, X::UnexpectedValue},
+                                    {A::Encoding, NotEmpty, X::UnexpectedValue},
+                                    {A::OmitXmlDeclaration, YesOrNo, X::UnexpectedValue},
+                                    {A::Standalone, YesOrNo, X::UnexpectedValue},
+                                    {A::Indent, YesOrNo, X::UnexpectedValue},
+                                    {A::DoctypePublic, NotEmpty, X::UnexpectedValue},
+                                    {A::DoctypeSystem, NotEmpty, X::UnexpectedValue},
+                                    {A::CdataSectionElements, NameList, X::NotAQName}};
 
 constexpr auto kInst = ElementRule::Instruction;
 constexpr auto kTop = ElementRule::TopLevel;
@@ -116,7 +113,11 @@ constexpr auto kAny = ElementRule::Anywhere;
 // Ascending by code.
 constexpr ElementRule kRules[] = {
     {E::ApplyImports, kInst, kNone, kNone, {}},
-    {E::ApplyTemplates, kInst, Codes({A::Select, A::Mode}), Codes({E::Sort, E::WithParam}), {},
+    {E::ApplyTemplates,
+     kInst,
+     Codes({A::Select, A::Mode}),
+     Codes({E::Sort, E::WithParam}),
+     {},
      makers::ApplyTemplates},
     {E::Attribute, kInst, Codes({A::Name, A::Namespace}), kContent, kNamed, makers::Attribute},
     {E::AttributeSet, kTop, Codes({A::Name, A::UseAttributeSets}), Codes({E::Attribute}),
@@ -148,12 +149,20 @@ constexpr ElementRule kRules[] = {
     {E::PreserveSpace, kTop, Codes({A::Elements}), kNone, kElements},
     {E::ProcessingInstruction, kInst, Codes({A::Name}), kContent, kNamed,
      makers::ProcessingInstruction},
-    {E::Sort, kInst, Codes({A::Select, A::Lang, A::DataType, A::Order, A::CaseOrder}), kNone, {},
+    {E::Sort,
+     kInst,
+     Codes({A::Select, A::Lang, A::DataType, A::Order, A::CaseOrder}),
+     kNone,
+     {},
      makers::Sort},
     {E::StripSpace, kTop, Codes({A::Elements}), kNone, kElements},
     {E::Stylesheet, kInst, kStylesheetAttributes, kTopLevel, kStylesheet, makers::Stylesheet},
-    {E::Template, kTop, Codes({A::Match, A::Name, A::Priority, A::Mode}),
-     kContent | Codes({E::Param}), {}, makers::Template},
+    {E::Template,
+     kTop,
+     Codes({A::Match, A::Name, A::Priority, A::Mode}),
+     kContent | Codes({E::Param}),
+     {},
+     makers::Template},
     {E::Text, kInst, Codes({A::DisableOutputEscaping}), kAnyChild, kText, makers::Text},
     {E::ValueOf, kInst, Codes({A::Select, A::DisableOutputEscaping}), kNone, kValueOf,
      makers::ValueOf},

@@ -25,7 +25,9 @@ constexpr CodeSet Codes(std::initializer_list<int> codes) {
   for (const int code : codes) set |= CodeSet{1} << code;
   return set;
 }
-constexpr bool Has(CodeSet set, std::int32_t code) { return (set >> code & 1) != 0; }
+constexpr bool Has(CodeSet set, std::int32_t code) {
+  return (set >> code & 1) != 0;
+}
 
 // An element while it is checked.
 struct CheckedElement {

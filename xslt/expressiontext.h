@@ -15,7 +15,8 @@ struct ExpressionText {
   explicit ExpressionText(XPathNode* attribute) : Text(attribute->GetValue()), Holder(attribute) {}
 
   TQString Text;
-  XPathNode* Holder = nullptr;  // the node of the error for a text that is no expression; may be null
+  XPathNode* Holder =
+      nullptr;  // the node of the error for a text that is no expression; may be null
   mutable const ParsedExpression* Parsed = nullptr;  // of the processor's ExpressionCache
 };
 

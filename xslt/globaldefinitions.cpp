@@ -1,7 +1,7 @@
 // Forward references between globals. A reference to a variable that nobody has bound fails like
 // any other. While a global is being evaluated, the failure is caught here: the definition in
-// evaluation is taken back with all that it began, a new try of it is pushed, and on top of that the
-// definition that was missing, if the same stylesheet element has it.
+// evaluation is taken back with all that it began, a new try of it is pushed, and on top of that
+// the definition that was missing, if the same stylesheet element has it.
 #include "globaldefinitions.h"
 
 #include "elementdispatcher.h"

@@ -41,8 +41,7 @@ void KeyTable::Index(XPathNode* root, XSLTProcessorBase& processor) {
 }
 
 void KeyTable::Fill(ValueIndex& index, XPathNode* root, XSLTProcessorBase& processor) {
-  const XPathNodeList matched =
-      processor.EvaluateOverUniverse(Match, root, ScopeNode, kKeyPattern);
+  const XPathNodeList matched = processor.EvaluateOverUniverse(Match, root, ScopeNode, kKeyPattern);
   XPathValue value;
   TQString scratch;
   std::int32_t position = 0;

@@ -22,8 +22,8 @@ class MatchSet {
 
  private:
   std::int32_t firstNumber_ = 0;
-  std::vector<std::uint64_t> bits_;        // by order number from firstNumber_ on
-  std::vector<std::int32_t> numbers_;      // ascending; used when bits_ would be larger
+  std::vector<std::uint64_t> bits_;    // by order number from firstNumber_ on
+  std::vector<std::int32_t> numbers_;  // ascending; used when bits_ would be larger
   std::unordered_set<const XPathNode*> unstamped_;
 };
 

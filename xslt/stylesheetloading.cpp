@@ -127,7 +127,8 @@ struct XSLTProcessorBase::IncludeLevel {
   XPathNode* include = nullptr;  // the one whose stylesheet is the level above
 };
 
-// Includes may be nested as deep as there are files, so the open ones stand on a stack of their own.
+// Includes may be nested as deep as there are files, so the open ones stand on a stack of their
+// own.
 void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
   std::vector<IncludeLevel> levels{{element, FirstContent(element)}};
   while (true) {

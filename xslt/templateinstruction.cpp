@@ -17,6 +17,8 @@ bool TemplateInstruction::Execute() {
   return true;
 }
 
-bool TemplateInstruction::Resume() { return NextChild(); }
+bool TemplateInstruction::Resume() {
+  return NextChild();
+}
 
 }  // namespace kelmora

@@ -53,10 +53,7 @@ bool RuleBefore(const TemplateRule& a, const TemplateRule& b) {
 
 TemplateRule::TemplateRule(XPathNode* templateNode, XPathNode* matchNode, TQString pattern,
                            std::int32_t precedence, std::int32_t sequence)
-    : TemplateNode(templateNode),
-      MatchNode(matchNode),
-      Precedence(precedence),
-      Sequence(sequence) {
+    : TemplateNode(templateNode), MatchNode(matchNode), Precedence(precedence), Sequence(sequence) {
   if (XPathNode* name = FindAttribute(templateNode, u"name")) {
     if (!IsQName(name->GetValue())) throw TQXSLTError(XsltCode::NotAQName, name);
     Name = name->GetValue();

@@ -47,8 +47,7 @@ const XPathNodeList& Universes::Find(XPathNode* contextNode) {
   const auto found = lists.find(document);
   if (found != lists.end()) return found->second;
   XPathNode* root = contextNode->Root();
-  return lists.emplace(document, ofAttributes ? AllAttributes(root) : AllNodes(root))
-      .first->second;
+  return lists.emplace(document, ofAttributes ? AllAttributes(root) : AllNodes(root)).first->second;
 }
 
 }  // namespace kelmora

@@ -49,7 +49,9 @@ constexpr bool IsGlobalAttribute(std::int32_t code) {
 
 }  // namespace
 
-bool IsXsltURI(InternedURI uri) { return uri != nullptr && uri->View() == kXsltNamespace; }
+bool IsXsltURI(InternedURI uri) {
+  return uri != nullptr && uri->View() == kXsltNamespace;
+}
 
 std::int32_t XsltElementNames::Code(const XPathNode* node) {
   if (!IsXsltURI(node->namespaceURI)) return ElementCode::Literal;
@@ -59,8 +61,7 @@ std::int32_t XsltElementNames::Code(const XPathNode* node) {
 std::int32_t XsltAttributeNames::Code(const XPathNode* attribute) {
   const InternedURI uri = attribute->namespaceURI;
   if (uri != nullptr && !IsXsltURI(uri)) return AttributeCode::Other;
-  const std::int32_t code =
-      CodeOf(kAttributes, attribute->GetLocalName(), AttributeCode::Other);
+  const std::int32_t code = CodeOf(kAttributes, attribute->GetLocalName(), AttributeCode::Other);
   return uri == nullptr || IsGlobalAttribute(code) ? code : AttributeCode::Other;
 }
 

@@ -13,8 +13,12 @@
 
 namespace kelmora {
 
-inline std::string Narrow(std::u16string_view text) { return ToNative(text); }
-inline TQString Wide(std::string_view text) { return FromNative(text); }
+inline std::string Narrow(std::u16string_view text) {
+  return ToNative(text);
+}
+inline TQString Wide(std::string_view text) {
+  return FromNative(text);
+}
 
 // A tree made from a piece of XML: elements, attributes, declarations, text, CDATA, comments,
 // processing instructions, "<!D>" for a DOCTYPE with a comment inside. White space counts.

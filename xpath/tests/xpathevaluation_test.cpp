@@ -26,7 +26,8 @@ class Evaluation : public testing::Test {
     variables_.values[u"urn:p:v"] = number;
     XPathValue backwards;
     for (const char* name : {"d", "b", "c"}) {
-      backwards.nodes.emplace_back(NodeOf(Wide(name)), 7 + static_cast<int>(backwards.nodes.size()));
+      backwards.nodes.emplace_back(NodeOf(Wide(name)),
+                                   7 + static_cast<int>(backwards.nodes.size()));
     }
     variables_.values[u"back"] = backwards;
   }
@@ -302,17 +303,39 @@ TEST_F(Evaluation, ArgumentCounts) {
     const char* name;
     int fewest, most, number;  // most -1: no limit; the number that an error carries
   } rows[] = {
-      {"last", 0, 0, 0},           {"position", 0, 0, 1},        {"count", 1, 1, 2},
-      {"local-name", 0, 1, 4},     {"namespace-uri", 0, 1, 5},   {"name", 0, 1, 6},
-      {"string", 0, 1, 7},         {"concat", 2, -1, 8},         {"starts-with", 2, 2, 9},
-      {"contains", 2, 2, 10},      {"substring-before", 2, 2, 11}, {"substring-after", 2, 2, 12},
-      {"substring", 2, 3, 13},     {"string-length", 0, 1, 14},  {"normalize-space", 0, 1, 15},
-      {"translate", 3, 3, 16},     {"boolean", 1, 1, 17},        {"not", 1, 1, 17},
-      {"true", 0, 0, 19},          {"false", 0, 0, 20},          {"lang", 1, 1, 21},
-      {"number", 0, 1, 22},        {"sum", 1, 1, 23},            {"floor", 1, 1, 24},
-      {"ceiling", 1, 1, 25},       {"round", 1, 1, 26},          {"document", 1, 2, 27},
-      {"key", 2, 2, 28},           {"format-number", 2, 3, 29},  {"current", 0, 0, 30},
-      {"generate-id", 0, 1, 32},   {"system-property", 1, 1, 33}, {"element-available", 1, 1, 34},
+      {"last", 0, 0, 0},
+      {"position", 0, 0, 1},
+      {"count", 1, 1, 2},
+      {"local-name", 0, 1, 4},
+      {"namespace-uri", 0, 1, 5},
+      {"name", 0, 1, 6},
+      {"string", 0, 1, 7},
+      {"concat", 2, -1, 8},
+      {"starts-with", 2, 2, 9},
+      {"contains", 2, 2, 10},
+      {"substring-before", 2, 2, 11},
+      {"substring-after", 2, 2, 12},
+      {"substring", 2, 3, 13},
+      {"string-length", 0, 1, 14},
+      {"normalize-space", 0, 1, 15},
+      {"translate", 3, 3, 16},
+      {"boolean", 1, 1, 17},
+      {"not", 1, 1, 17},
+      {"true", 0, 0, 19},
+      {"false", 0, 0, 20},
+      {"lang", 1, 1, 21},
+      {"number", 0, 1, 22},
+      {"sum", 1, 1, 23},
+      {"floor", 1, 1, 24},
+      {"ceiling", 1, 1, 25},
+      {"round", 1, 1, 26},
+      {"document", 1, 2, 27},
+      {"key", 2, 2, 28},
+      {"format-number", 2, 3, 29},
+      {"current", 0, 0, 30},
+      {"generate-id", 0, 1, 32},
+      {"system-property", 1, 1, 33},
+      {"element-available", 1, 1, 34},
       {"function-available", 1, 1, 35},
   };
   for (const auto& row : rows) {
@@ -336,26 +359,81 @@ TEST_F(Evaluation, ArgumentCounts) {
 
 // What is there is told by the same names that run, and nothing else is there.
 TEST_F(Evaluation, WhatIsAvailable) {
-  for (const char* name :
-       {"boolean", "ceiling", "concat", "contains", "count", "current", "document",
-        "element-available", "false", "floor", "format-number", "function-available",
-        "generate-id", "key", "lang", "last", "local-name", "name", "namespace-uri",
-        "normalize-space", "not", "number", "position", "round", "starts-with", "string",
-        "string-length", "substring", "substring-after", "substring-before", "sum",
-        "system-property", "translate", "true"}) {
+  for (const char* name : {"boolean",
+                           "ceiling",
+                           "concat",
+                           "contains",
+                           "count",
+                           "current",
+                           "document",
+                           "element-available",
+                           "false",
+                           "floor",
+                           "format-number",
+                           "function-available",
+                           "generate-id",
+                           "key",
+                           "lang",
+                           "last",
+                           "local-name",
+                           "name",
+                           "namespace-uri",
+                           "normalize-space",
+                           "not",
+                           "number",
+                           "position",
+                           "round",
+                           "starts-with",
+                           "string",
+                           "string-length",
+                           "substring",
+                           "substring-after",
+                           "substring-before",
+                           "sum",
+                           "system-property",
+                           "translate",
+                           "true"}) {
     EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "true") << name;
     EXPECT_NE(Run(std::string(name) + "(1, 2, 3, 4)"), "error 9/-1") << name;
   }
   for (const char* name : {"id", "unparsed-entity-uri", "node", "Count", "xsl:key", "true-"}) {
     EXPECT_EQ(Run("function-available('" + std::string(name) + "')"), "false") << name;
   }
-  for (const char* name :
-       {"apply-imports", "apply-templates", "attribute", "attribute-set", "call-template",
-        "choose", "comment", "copy", "copy-of", "decimal-format", "element", "fallback",
-        "for-each", "if", "import", "include", "key", "message", "namespace-alias", "number",
-        "otherwise", "output", "param", "preserve-space", "processing-instruction", "sort",
-        "strip-space", "stylesheet", "template", "text", "transform", "value-of", "variable",
-        "when", "with-param"}) {
+  for (const char* name : {"apply-imports",
+                           "apply-templates",
+                           "attribute",
+                           "attribute-set",
+                           "call-template",
+                           "choose",
+                           "comment",
+                           "copy",
+                           "copy-of",
+                           "decimal-format",
+                           "element",
+                           "fallback",
+                           "for-each",
+                           "if",
+                           "import",
+                           "include",
+                           "key",
+                           "message",
+                           "namespace-alias",
+                           "number",
+                           "otherwise",
+                           "output",
+                           "param",
+                           "preserve-space",
+                           "processing-instruction",
+                           "sort",
+                           "strip-space",
+                           "stylesheet",
+                           "template",
+                           "text",
+                           "transform",
+                           "value-of",
+                           "variable",
+                           "when",
+                           "with-param"}) {
     const std::string text = name;
     EXPECT_EQ(Run("element-available('xsl:" + text + "')"), "true") << name;
     EXPECT_EQ(Run("element-available('p:" + text + "')"), "false") << name;

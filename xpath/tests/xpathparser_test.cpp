@@ -73,13 +73,12 @@ TEST(XPathParser, Trees) {
            {"f(1,a)",
             "FunctionCall('f' '(' Arguments('1' ArgumentTail(',' FullStep('' 'a'))) ')')"},
            {"(a)[1]", "FilterExpr(ParenExpr('(' FullStep('' 'a') ')') Predicate('[' '1' ']'))"},
-           {"f()//a",
-            "FilterDescendantPath(FunctionCall('f' '(' ')') '//' FullStep('' 'a'))"},
+           {"f()//a", "FilterDescendantPath(FunctionCall('f' '(' ')') '//' FullStep('' 'a'))"},
            {"/", "'/'"},
-           {"//a/..", "RootDescendantPath('//' RelativeLocationPath(FullStep('' 'a') "
-                      "SeparatedStep('/' '..')))"},
-           {"self :: node ( )",
-            "FullStep(NamedAxis('self' '::') NodeTypeTest('node' '(' ')'))"},
+           {"//a/..",
+            "RootDescendantPath('//' RelativeLocationPath(FullStep('' 'a') "
+            "SeparatedStep('/' '..')))"},
+           {"self :: node ( )", "FullStep(NamedAxis('self' '::') NodeTypeTest('node' '(' ')'))"},
            {"@p:*", "FullStep('@' PrefixWildcard('p' ':' '*'))"},
            {"processing-instruction( 't' )",
             "FullStep('' PITest('processing-instruction' '(' SingleQuoted(''' 't' ''') ')'))"},
@@ -99,10 +98,10 @@ TEST(XPathParser, RefusedTextsAndHowFarTheyCame) {
     int remaining;
   };
   for (const Row& row : std::initializer_list<Row>{
-           {"", 0},         {"a b", 2},      {"1 .5", 3},     {"NaNny", 2},  {"textual()", 2},
-           {"a[", 0},       {"a[1", 0},      {"f(", 0},       {"(a", 0},     {"'x", 2},
-           {"a/", 0},       {"a//", 0},      {"$", 0},        {"a::b", 2},   {"foo:", 0},
-           {"1 + .5", 1},   {"a or", 0},     {"self::", 0},   {"p:*()", 2},  {"1 2", 2},
+           {"", 0},          {"a b", 2},  {"1 .5", 3},   {"NaNny", 2}, {"textual()", 2},
+           {"a[", 0},        {"a[1", 0},  {"f(", 0},     {"(a", 0},    {"'x", 2},
+           {"a/", 0},        {"a//", 0},  {"$", 0},      {"a::b", 2},  {"foo:", 0},
+           {"1 + .5", 1},    {"a or", 0}, {"self::", 0}, {"p:*()", 2}, {"1 2", 2},
            {"text-of()", 2}, {"!a", 2},
        }) {
     Parsed parsed(row.text);
@@ -120,11 +119,20 @@ TEST(XPathParser, IdentityConstraintPaths) {
     bool field;
   };
   for (const Row& row : std::initializer_list<Row>{
-           {"a", true, true},     {".//a/b", true, true}, {"a|p:*|*", true, true},
-           {".", true, true},     {"@a", false, true},    {"a/@p:b", false, true},
-           {".//@a", false, true}, {"a/", false, false},  {"a//b", false, false},
-           {"@.", false, false},  {"a[1]", false, false}, {"/a", false, false},
-           {"a|", false, false},  {"./a", true, true},
+           {"a", true, true},
+           {".//a/b", true, true},
+           {"a|p:*|*", true, true},
+           {".", true, true},
+           {"@a", false, true},
+           {"a/@p:b", false, true},
+           {".//@a", false, true},
+           {"a/", false, false},
+           {"a//b", false, false},
+           {"@.", false, false},
+           {"a[1]", false, false},
+           {"/a", false, false},
+           {"a|", false, false},
+           {"./a", true, true},
        }) {
     EXPECT_EQ(Parsed(row.text, kSelectorGrammar).succeeded, row.selector) << row.text;
     EXPECT_EQ(Parsed(row.text, kFieldGrammar).succeeded, row.field) << row.text;
@@ -149,7 +157,9 @@ TEST(XPathNames, QNames) {
   for (const char* name : {"a", "a:b", "a : b", "_-.", "\xC3\xA9"}) {
     EXPECT_TRUE(IsQName(Wide(name))) << name;
   }
-  for (const char* name : {"", " a", "a ", "a b", "a:", ":a", "a:b:c", "1", "-a", "\xC2\xB7" "a"}) {
+  for (const char* name : {"", " a", "a ", "a b", "a:", ":a", "a:b:c", "1", "-a",
+                           "\xC2\xB7"
+                           "a"}) {
     EXPECT_FALSE(IsQName(Wide(name))) << name;
   }
   EXPECT_FALSE(IsNCName(u"a:b"));
@@ -158,19 +168,23 @@ TEST(XPathNames, QNames) {
 
 // The borders of the classes of characters. Combining characters and extenders belong to none.
 TEST(XPathNames, Characters) {
-  for (char16_t unit : std::u16string(u"AZaz_\u00C0\u00D6\u00D8\u00F6\u00F8\u0100\u0131\u0134\u013E"
-                                      u"\u0141\u0148\u014A\u017E\u0180\u01C3\u01CD\u0386\u0391\u03A1"
-                                      u"\u0410\u05D0\u0621\u3007\u3021\u3029\u3041\u3105\u4E00\u9FA5"
-                                      u"\uAC00\uD7A3")) {
+  for (char16_t unit :
+       std::u16string(u"AZaz_\u00C0\u00D6\u00D8\u00F6\u00F8\u0100\u0131\u0134\u013E"
+                      u"\u0141\u0148\u014A\u017E\u0180\u01C3\u01CD\u0386\u0391\u03A1"
+                      u"\u0410\u05D0\u0621\u3007\u3021\u3029\u3041\u3105\u4E00\u9FA5"
+                      u"\uAC00\uD7A3")) {
     EXPECT_TRUE(IsNCName(TQString(unit))) << static_cast<int>(unit);
   }
   for (char16_t unit : std::u16string(u"-.09\u0660\u0669\u06F0\u0966\u0ED9")) {
     EXPECT_FALSE(IsNCName(TQString(unit))) << static_cast<int>(unit);
     EXPECT_TRUE(IsNCName(u'a' + TQString(unit))) << static_cast<int>(unit);
   }
-  for (char16_t unit : std::u16string(u"@[`{:\u00A0\u00B7\u00BF\u00D7\u00F7\u0132\u013F\u0149\u017F"
-                                      u"\u01C4\u0300\u0387\u03A2\u0E46\u3005\u3006\u302A\u3099\u9FA6"
-                                      u"\uD7A4\xD800" u"\xDFFF" u"\uF900\uFF21\uFFFF")) {
+  for (char16_t unit :
+       std::u16string(u"@[`{:\u00A0\u00B7\u00BF\u00D7\u00F7\u0132\u013F\u0149\u017F"
+                      u"\u01C4\u0300\u0387\u03A2\u0E46\u3005\u3006\u302A\u3099\u9FA6"
+                      u"\uD7A4\xD800"
+                      u"\xDFFF"
+                      u"\uF900\uFF21\uFFFF")) {
     EXPECT_FALSE(IsNCName(u'a' + TQString(unit))) << static_cast<int>(unit);
   }
 }
@@ -299,8 +313,8 @@ TEST(XPathExpression, MayBeUsedWhileItRuns) {
   expression.root = tree.Root();
   expression.counting = Parsed("count(//a)").tree;
   for (const char* name : {"again", "other"}) {
-    expression.shared = Parsed(std::string("concat(count(//a), count(document('") + name +
-                               "')/a), count(a))").tree;
+    expression.shared =
+        Parsed(std::string("concat(count(//a), count(document('") + name + "')/a), count(a))").tree;
     PrefixMap map;
     expression.SetExpression(&map, u"", kNoPattern);
     expression.UseTree(expression.shared, kExprGrammar);

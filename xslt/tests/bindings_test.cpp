@@ -41,10 +41,12 @@ TEST(BindingsTest, Locals) {
       {"<xsl:variable name='f'><a/></xsl:variable><xsl:value-of select='$f/a'/>",
        "code 1 (11) at xsl:stylesheet/xsl:template/xsl:value-of"
        " [xsl:value-of xsl:template xsl:stylesheet]"},
-      {var + "((('/>", "code 6 at xsl:stylesheet/xsl:template/xsl:variable/@select"
-                       " [xsl:variable xsl:template xsl:stylesheet]"},
-      {var + "true() or $none'/>", "code 1 (6) at xsl:stylesheet/xsl:template/xsl:variable"
-                                   " [xsl:variable xsl:template xsl:stylesheet]"},
+      {var + "((('/>",
+       "code 6 at xsl:stylesheet/xsl:template/xsl:variable/@select"
+       " [xsl:variable xsl:template xsl:stylesheet]"},
+      {var + "true() or $none'/>",
+       "code 1 (6) at xsl:stylesheet/xsl:template/xsl:variable"
+       " [xsl:variable xsl:template xsl:stylesheet]"},
       {"<xsl:call-template name='t'><xsl:with-param name='p' select='1'/>"
        "<xsl:with-param name='p' select='1'/></xsl:call-template>",
        "code 14 at xsl:stylesheet/xsl:template/xsl:call-template/xsl:with-param/@name"
@@ -56,21 +58,21 @@ TEST(BindingsTest, Locals) {
 }
 
 TEST(BindingsTest, Parameters) {
-  const std::string t = "<xsl:template name='t'><xsl:param name='p' select='position()'/>"
-                        "<xsl:param name='q'>q<xsl:value-of select='$p'/></xsl:param>"
-                        "<xsl:value-of select='concat($p, $q, \";\")'/></xsl:template>";
+  const std::string t =
+      "<xsl:template name='t'><xsl:param name='p' select='position()'/>"
+      "<xsl:param name='q'>q<xsl:value-of select='$p'/></xsl:param>"
+      "<xsl:value-of select='concat($p, $q, \";\")'/></xsl:template>";
   const std::string call = "<xsl:call-template name='t'>";
   const std::string end = "</xsl:call-template>";
   const Row rows[] = {
       {call + end, "1q1;"},
       {call + "<xsl:with-param name='p' select=\"'x'\"/>" + end, "xqx;"},
-      {call + "<xsl:with-param name='q'>y</xsl:with-param><xsl:with-param name='z'/>" + end,
-       "1y;"},
+      {call + "<xsl:with-param name='q'>y</xsl:with-param><xsl:with-param name='z'/>" + end, "1y;"},
       {"<xsl:for-each select='r/*'><xsl:sort select='.' order='descending'/>" + call +
            "<xsl:with-param name='q' select='.'/>" + end + "</xsl:for-each>",
        "13;22;31;"},
-      // A template that doesn't declare a parameter neither sees it nor hands it on, and no built-in
-      // rule does.
+      // A template that doesn't declare a parameter neither sees it nor hands it on, and no
+      // built-in rule does.
       {"<xsl:call-template name='v'><xsl:with-param name='p' select='9'/>" + end, "1q1;"},
       {"<xsl:apply-templates select='r'><xsl:with-param name='p' select='9'/>"
        "</xsl:apply-templates>",
@@ -81,14 +83,15 @@ TEST(BindingsTest, Parameters) {
       // Sets that are passed are not numbered anew: an index counts, position() has what it had.
       {"<xsl:call-template name='u'><xsl:with-param name='s' select='(r/*)[. > 1]'/>" + end, "3"},
   };
-  const std::string u = "<xsl:template name='u'><xsl:param name='s'/>"
-                        "<xsl:value-of select='$s[2]'/></xsl:template>"
-                        "<xsl:template name='v'>" +
-                        call + end +
-                        "</xsl:template><xsl:template match='b'><xsl:param name='p' select='0'/>"
-                        "[<xsl:value-of select='$p'/>]</xsl:template><xsl:template name='w'>"
-                        "<xsl:param name='s'/><xsl:value-of select=\"concat($s[1], ' ', $s[2], "
-                        "' ', $s)\"/></xsl:template>";
+  const std::string u =
+      "<xsl:template name='u'><xsl:param name='s'/>"
+      "<xsl:value-of select='$s[2]'/></xsl:template>"
+      "<xsl:template name='v'>" +
+      call + end +
+      "</xsl:template><xsl:template match='b'><xsl:param name='p' select='0'/>"
+      "[<xsl:value-of select='$p'/>]</xsl:template><xsl:template name='w'>"
+      "<xsl:param name='s'/><xsl:value-of select=\"concat($s[1], ' ', $s[2], "
+      "' ', $s)\"/></xsl:template>";
   for (const Row& row : rows) {
     const std::string sheet =
         Sheet("<xsl:template match='/'>" + row.body + "</xsl:template>" + t + u);
@@ -143,10 +146,12 @@ TEST(BindingsTest, CommandLine) {
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"n=1+1", "n=9", "s=r/b", "none=1"}}.Result()),
             "3|3|own");
   EXPECT_EQ((StylesheetRun{sheet, kSource, {}, {"s='a=b'"}}.Result()), "NaN|a=b|own");
-  const std::string ahead = Sheet(
-      "<xsl:key name='k' match='a' use='.'/><xsl:variable name='v' select='$p:n'/>"
-      "<xsl:param name='p:n' xmlns:p='u' select='5'/><xsl:template match='/'>"
-      "<xsl:value-of select='$v'/></xsl:template>").insert(15, " xmlns:p='u'");
+  const std::string ahead =
+      Sheet(
+          "<xsl:key name='k' match='a' use='.'/><xsl:variable name='v' select='$p:n'/>"
+          "<xsl:param name='p:n' xmlns:p='u' select='5'/><xsl:template match='/'>"
+          "<xsl:value-of select='$v'/></xsl:template>")
+          .insert(15, " xmlns:p='u'");
   EXPECT_EQ((StylesheetRun{ahead, kSource}.Result()), "5");
   EXPECT_EQ((StylesheetRun{ahead, kSource, {}, {"u:n=count(key('k', 2))"}}.Result()), "1");
   EXPECT_EQ((StylesheetRun{ahead, kSource, {}, {"p:n=9"}}.Result()), "5");
@@ -197,8 +202,9 @@ TEST(BindingsTest, AttributeValueTemplateFaults) {
 }
 
 TEST(BindingsTest, Keys) {
-  const std::string show = "<xsl:template match='/'><xsl:value-of select=\"concat(count(key('k', "
-                           "'2')), key('k', //b), count(key('k', //*)))\"/></xsl:template>";
+  const std::string show =
+      "<xsl:template match='/'><xsl:value-of select=\"concat(count(key('k', "
+      "'2')), key('k', //b), count(key('k', //*)))\"/></xsl:template>";
   const Row rows[] = {
       {"<xsl:key name='k' match='a' use='.'/><xsl:key name='k' match='b' use='string()'/>",
        "code 1 (4) at xsl:stylesheet/xsl:key"},

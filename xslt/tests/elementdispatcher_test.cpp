@@ -31,8 +31,7 @@ TEST(ElementDispatcherTest, TopLevel) {
       {"<xsl:key name='1' match='a' use='b'/>", "code 40 at xsl:stylesheet/xsl:key/@name"},
       {"<xsl:key name='k' use='b'/>", "code 16 at xsl:stylesheet/xsl:key"},
       {"<xsl:key name='k' match='a'/>", "code 17 at xsl:stylesheet/xsl:key"},
-      {"<xsl:namespace-alias result-prefix='a'/>",
-       "code 25 at xsl:stylesheet/xsl:namespace-alias"},
+      {"<xsl:namespace-alias result-prefix='a'/>", "code 25 at xsl:stylesheet/xsl:namespace-alias"},
       {"<xsl:namespace-alias stylesheet-prefix='a'/>", "code 26 at nowhere"},
       {"<xsl:namespace-alias stylesheet-prefix='a' result-prefix=''/>",
        "code 31 at xsl:stylesheet/xsl:namespace-alias/@result-prefix"},
@@ -69,8 +68,7 @@ TEST(ElementDispatcherTest, Instructions) {
   const std::string in = "xsl:stylesheet/xsl:template/";
   const Row rows[] = {
       {"<xsl:apply-imports select='1'/>", "code 32 at #xsl:apply-imports/@select"},
-      {"<xsl:apply-templates>t</xsl:apply-templates>",
-       "code 33 at #xsl:apply-templates/text()"},
+      {"<xsl:apply-templates>t</xsl:apply-templates>", "code 33 at #xsl:apply-templates/text()"},
       {"<xsl:apply-templates><xsl:param name='p'/></xsl:apply-templates>",
        "code 33 at #xsl:apply-templates/xsl:param"},
       {"<xsl:attribute/>", "code 21 at #xsl:attribute"},

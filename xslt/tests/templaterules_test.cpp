@@ -14,15 +14,30 @@ TEST(TemplateRulesTest, DefaultPriority) {
     const char16_t* pattern;
     double priority;
   } rows[] = {
-      {u"foo", 0},        {u"@foo", 0},          {u"a:foo", 0},
-      {u"child::foo", 0}, {u"processing-instruction()", 0},
-      {u"processing-instruction('t')", 0},       {u"*", -0.5},
-      {u"@*", -0.5},      {u"text()", -0.5},     {u"node()", -0.5},
-      {u"a:*", -0.25},    {u"@a:*", -0.25},      {u"attribute::a:*", -0.25},
-      {u"child::*", -0.5}, {u"descendant-or-self::*", -0.25},
-      {u"/", 0.5},        {u"a/b", 0.5},         {u"a[1]", 0.5},
-      {u"a[", 0},         {u"id('x')", 0.5},     {u"key('k','v')", 0.5},
-      {u"idea", 0.5},     {u"keyboard", 0.5},    {u" idea", 0},
+      {u"foo", 0},
+      {u"@foo", 0},
+      {u"a:foo", 0},
+      {u"child::foo", 0},
+      {u"processing-instruction()", 0},
+      {u"processing-instruction('t')", 0},
+      {u"*", -0.5},
+      {u"@*", -0.5},
+      {u"text()", -0.5},
+      {u"node()", -0.5},
+      {u"a:*", -0.25},
+      {u"@a:*", -0.25},
+      {u"attribute::a:*", -0.25},
+      {u"child::*", -0.5},
+      {u"descendant-or-self::*", -0.25},
+      {u"/", 0.5},
+      {u"a/b", 0.5},
+      {u"a[1]", 0.5},
+      {u"a[", 0},
+      {u"id('x')", 0.5},
+      {u"key('k','v')", 0.5},
+      {u"idea", 0.5},
+      {u"keyboard", 0.5},
+      {u" idea", 0},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(DefaultPriority(row.pattern), row.priority) << TQString(row.pattern).Length();
@@ -68,7 +83,8 @@ TEST(TemplateRulesTest, Selection) {
       {Rule("q", "1", "name='a'") + "<xsl:template name='b'>B</xsl:template>" +
            Rule("a", "<xsl:call-template name='b'/>"),
        "B"},
-      {"<xsl:template name='b' mode='m'/>", "code 16 at xsl:stylesheet/xsl:template [xsl:stylesheet]"},
+      {"<xsl:template name='b' mode='m'/>",
+       "code 16 at xsl:stylesheet/xsl:template [xsl:stylesheet]"},
       {Rule("a|", ""), "code 31 at xsl:stylesheet/xsl:template/@match [xsl:stylesheet]"},
       {Rule("a", "", "priority='x'"),
        "code 31 at xsl:stylesheet/xsl:template/@priority [xsl:stylesheet]"},
@@ -77,15 +93,18 @@ TEST(TemplateRulesTest, Selection) {
       {Rule("a", "", "name='1'"), "code 40 at xsl:stylesheet/xsl:template/@name [xsl:stylesheet]"},
       {"<xsl:template/>", "code 48 at xsl:stylesheet/xsl:template [xsl:stylesheet]"},
       {Rule("a|b", "", "name='n'"), "code 11 at nowhere [xsl:stylesheet]"},
-      {Rule("a[", "1"), "code 6 at xsl:stylesheet/xsl:template/@match"
-                        " [xsl:stylesheet]"},
+      {Rule("a[", "1"),
+       "code 6 at xsl:stylesheet/xsl:template/@match"
+       " [xsl:stylesheet]"},
       {Rule("*[", "1", "priority='-1'") + Rule("/", "(<xsl:apply-templates/>)") +
            Rule("*|text()", "2"),
        "(2)"},
-      {Rule("a[$v]", "1"), "code 46 at xsl:stylesheet/xsl:template/@match"
-                           " [xsl:stylesheet]"},
-      {Rule("self::a", "1"), "code 1 (12) at xsl:stylesheet/xsl:template/@match"
-                             " [xsl:stylesheet]"},
+      {Rule("a[$v]", "1"),
+       "code 46 at xsl:stylesheet/xsl:template/@match"
+       " [xsl:stylesheet]"},
+      {Rule("self::a", "1"),
+       "code 1 (12) at xsl:stylesheet/xsl:template/@match"
+       " [xsl:stylesheet]"},
       {Rule("/", "<xsl:apply-templates/>") + Rule("r", "<xsl:apply-templates/>") +
            Rule("a[b]/..", "1", "priority='-3'"),
        "code 1 (12) at xsl:stylesheet/xsl:template/@match"
@@ -98,13 +117,13 @@ TEST(TemplateRulesTest, Selection) {
 
 // A built-in rule goes on in the mode that it was last entered in; every nested selection counts.
 TEST(TemplateRulesTest, LastMode) {
-  const std::string rules =
-      Rule("/", "<xsl:apply-templates select='r' mode='m'/>|"
-                "<xsl:apply-templates select='r'/>") +
-      Rule("a", "(m<xsl:apply-templates mode='n'/>)", "mode='m'") + Rule("a", "(0)") +
-      Rule("text()", "n", "mode='n'") + Rule("b", "b", "mode='m'") + Rule("b", "bn", "mode='n'");
-  EXPECT_EQ((StylesheetRun{Sheet(rules), "<r><a>x</a><b/><c><b/></c></r>"}.Result()),
-            "(mn)bb|(0)");
+  const std::string rules = Rule("/",
+                                 "<xsl:apply-templates select='r' mode='m'/>|"
+                                 "<xsl:apply-templates select='r'/>") +
+                            Rule("a", "(m<xsl:apply-templates mode='n'/>)", "mode='m'") +
+                            Rule("a", "(0)") + Rule("text()", "n", "mode='n'") +
+                            Rule("b", "b", "mode='m'") + Rule("b", "bn", "mode='n'");
+  EXPECT_EQ((StylesheetRun{Sheet(rules), "<r><a>x</a><b/><c><b/></c></r>"}.Result()), "(mn)bb|(0)");
   // The inner selection takes the built-in rule that is still at work on the outer list.
   const std::string outer = Rule("/", "<xsl:apply-templates mode='m'/>") +
                             Rule("y", "<xsl:apply-templates select='z' mode='n'/>", "mode='m'") +
@@ -130,7 +149,8 @@ TEST(TemplateRulesTest, ImportedRules) {
       Sheet("<xsl:import href='middle.xsl'/>" + Rule("a", "{<xsl:apply-imports/>}") +
             Rule("b", "<xsl:apply-imports/><xsl:apply-templates select='@k'/>") +
             Rule("@k", "@<xsl:apply-imports/>"));
-  const StylesheetRun run{main, "<r><a/><b k='v'/></r>", {{"low.xsl", low}, {"middle.xsl", middle}}};
+  const StylesheetRun run{
+      main, "<r><a/><b k='v'/></r>", {{"low.xsl", low}, {"middle.xsl", middle}}};
   EXPECT_EQ(run.Result(), "{(low)}lowb@[low@v]");
 }
 
@@ -139,14 +159,14 @@ TEST(TemplateRulesTest, ImportedRules) {
 TEST(TemplateRulesTest, DirectTestsEqualQueries) {
   std::minstd_rand random(7);
   const auto pick = [&random](auto& list) { return list[random() % std::size(list)]; };
-  const char* const steps[] = {"a", "b", "*", "p:a", "p:*", "text()", "node()", "comment()",
-                               "processing-instruction()", "@k", "@*", "@p:k"};
+  const char* const steps[] = {
+      "a",  "b",  "*",   "p:a", "p:*", "text()", "node()", "comment()", "processing-instruction()",
+      "@k", "@*", "@p:k"};
   const char* const parents[] = {"a/", "*/", "p:b//", "/", "//", "r//", "node()/", "r/*/"};
   const std::string source =
       "<r xmlns:p='u'><a k='1' p:k='2'>t<b k='3'><p:a>u</p:a><!--c--></b></a>"
       "<p:b p:k='4'><a><p:a k='5'/>v</a><?x y?><b/></p:b><a/></r>";
-  const std::string walk =
-      "<xsl:apply-templates select='//node() | //@* | /' mode='m'/>";
+  const std::string walk = "<xsl:apply-templates select='//node() | //@* | /' mode='m'/>";
   for (int round = 0; round < 60; ++round) {
     std::string direct = Rule("/", walk.c_str());
     std::string queries = direct;
@@ -155,7 +175,8 @@ TEST(TemplateRulesTest, DirectTestsEqualQueries) {
       for (int depth = static_cast<int>(random() % 3); depth > 0 && pattern[0] != '/'; --depth) {
         pattern = pick(parents) + pattern;
       }
-      const std::string more = "mode='m' xmlns:p='u' priority='" + std::to_string(random() % 3) + "'";
+      const std::string more =
+          "mode='m' xmlns:p='u' priority='" + std::to_string(random() % 3) + "'";
       const std::string text = std::to_string(i) + ",";
       direct += Rule(pattern.c_str(), text.c_str(), more.c_str());
       queries += Rule((pattern + "[true()]").c_str(), text.c_str(), more.c_str());

@@ -28,9 +28,9 @@ struct SimpleStep {
   };
 
   Test test = AnyNode;
-  bool isAttribute = false;        // on the attribute axis, else on the child axis
-  bool descendantBefore = false;   // "//" stands in front of the step
-  std::u16string_view name;        // borrowed from the parse tree
+  bool isAttribute = false;       // on the attribute axis, else on the child axis
+  bool descendantBefore = false;  // "//" stands in front of the step
+  std::u16string_view name;       // borrowed from the parse tree
   InternedURI uri = nullptr;
 };
 

@@ -70,7 +70,7 @@ TQString ToString(const XPathValue& value);
 // ToString without a copy where the text exists already: the view points into the value, into a
 // document, or into `scratch`.
 std::u16string_view TextOf(const XPathValue& value, TQString& scratch);
-bool NumberToBoolean(double number);  // false for zero and NaN
+bool NumberToBoolean(double number);   // false for zero and NaN
 TQString NumberToText(double number);  // no exponents; see the rule in the source
 
 // Sorts by document order unless the list is in order, then numbers positions from 1. Nodes that
