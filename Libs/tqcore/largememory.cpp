@@ -1,6 +1,7 @@
 #include "tqcore/largememory.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -38,6 +39,31 @@ std::byte* MapAligned(std::size_t bytes, int protection) {
   return place + excess;
 }
 
+// Whether huge pages come at once. In a virtual machine whose host took its free memory back each
+// of them takes milliseconds, far more than as many small pages, which were in use a moment ago.
+bool hugePagesAreCheap = true;
+
+bool IsFirstTouchCheap(volatile std::byte* memory) {
+  constexpr std::chrono::microseconds kMostForOne{800};  // five times what clearing one takes
+  const auto start = std::chrono::steady_clock::now();
+  *memory = std::byte{0};
+  return std::chrono::steady_clock::now() - start < kMostForOne;
+}
+
+// Asks for the pages that serve a new piece best.
+void ChoosePages(std::byte* memory, std::size_t bytes) {
+  if (hugePagesAreCheap && bytes >= kHugePage) {
+    madvise(memory, bytes, MADV_HUGEPAGE);
+    hugePagesAreCheap = IsFirstTouchCheap(memory);
+  }
+  if (hugePagesAreCheap) return;
+  madvise(memory, bytes, MADV_NOHUGEPAGE);
+#if defined(MADV_POPULATE_WRITE)
+  // A single one is a slab, of which all will be used: one call gets all pages of it.
+  if (bytes == kHugePage) madvise(memory, bytes, MADV_POPULATE_WRITE);
+#endif
+}
+
 // Single huge pages that were given back, for the next who wants one: the parse tree of a document
 // goes when its nodes come. They have been touched already.
 constexpr std::size_t kMostSpares = 256;
@@ -54,7 +80,7 @@ void* AllocateLarge(std::size_t bytes) noexcept {
   if (bytes == kHugePage && spareCount > 0) return spares[--spareCount];
   bytes = RoundUp(bytes, kPage);
   std::byte* memory = MapAligned(bytes, PROT_READ | PROT_WRITE);
-  if (memory != nullptr) madvise(memory, bytes, MADV_HUGEPAGE);
+  if (memory != nullptr) ChoosePages(memory, bytes);
   return memory;
 }
 

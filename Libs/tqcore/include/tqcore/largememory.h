@@ -1,7 +1,8 @@
 // Memory in large pieces, straight from the system, for what grows with a large document.
 //
-// The first touch of a page costs more than filling it, so these pieces ask for huge pages. Small
-// amounts are better off with malloc: a huge page is touched as a whole.
+// The first touch of a page costs more than filling it, so these pieces ask for huge pages, as long
+// as the system has them at hand. Small amounts are better off with malloc: a huge page is touched
+// as a whole.
 #pragma once
 
 #include <cstddef>
