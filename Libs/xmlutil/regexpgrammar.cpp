@@ -31,17 +31,23 @@ constexpr LetterPattern kLetterPatterns[] = {
     {u'w', u"[^\\p{P}\\p{Z}\\p{C}]"},
 };
 
-// One level of brackets is four levels of the tree: atom, regExp or branch, piece.
-constexpr int kMaxTreeDepth = 4 * XMLRegExp::kMaxNesting;
+// Brackets of either kind around what they hold.
+bool IsBracketed(const ParsoNode* node, const XMLRegExpGrammar& grammar) {
+  const RegExpRule rule = grammar.RuleOf(node);
+  return rule == RegExpRule::CharClassExpr ||
+         (rule == RegExpRule::Atom && node->Text().starts_with(u'('));
+}
 
-bool IsDeeperThan(const ParsoNode* root, int limit) {
-  std::vector<std::pair<const ParsoNode*, int>> pending{{root, 1}};
+// All walks of the tree recur as deep as its brackets are nested.
+bool IsNestedDeeper(const ParsoNode* root, int limit, const XMLRegExpGrammar& grammar) {
+  std::vector<std::pair<const ParsoNode*, int>> pending{{root, 0}};
   while (!pending.empty()) {
-    const auto [node, depth] = pending.back();
+    const auto [node, outer] = pending.back();
     pending.pop_back();
-    if (depth > limit) return true;
+    const int nesting = outer + (IsBracketed(node, grammar) ? 1 : 0);
+    if (nesting > limit) return true;
     for (const ParsoNode* child = node->firstChild; child != nullptr; child = child->next) {
-      pending.emplace_back(child, depth + 1);
+      pending.emplace_back(child, nesting);
     }
   }
   return false;
@@ -134,7 +140,7 @@ std::unique_ptr<ParsoTree> XMLRegExpGrammar::Parse(const TQString& pattern) {
     return nullptr;
   }
   auto tree = parser.TakeTree();
-  if (!IsDeeperThan(tree->root, kMaxTreeDepth)) return tree;
+  if (!IsNestedDeeper(tree->root, XMLRegExp::kMaxNesting, *this)) return tree;
   lastErrorOffset = 0;
   lastErrorLength = pattern.Length();
   lastErrorPosition = pattern.c_str();

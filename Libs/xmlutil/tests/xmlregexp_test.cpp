@@ -73,18 +73,27 @@ TEST(XMLRegExp, SearchIsBounded) {
 }
 
 TEST(XMLRegExp, NestingIsBounded) {
-  const auto nested = [](int depth) {
-    std::u16string text(static_cast<std::size_t>(depth), u'(');
-    text += u'a';
-    return TQString(text.append(static_cast<std::size_t>(depth), u')'));
-  };
-  const XMLRegExp atLimit(nested(XMLRegExp::kMaxNesting / 2), false);
-  EXPECT_TRUE(atLimit.IsCompiled());
-  EXPECT_EQ(atLimit.Match(u"a"), XMLRegExp::kMatch);
-  EXPECT_EQ(atLimit.Match(u"b"), XMLRegExp::kNoMatch);
-  const XMLRegExp beyond(nested(100000), false);
-  EXPECT_FALSE(beyond.IsCompiled());
-  EXPECT_FALSE(XMLRegExp::LastErrorMessage().IsEmpty());
+  const struct {
+    const char16_t* open;
+    const char16_t* close;
+  } rows[] = {{u"(", u")"}, {u"(c|", u")"}, {u"[a-z-", u"]"}};
+  for (const auto& row : rows) {
+    const auto nested = [&row](int depth) {
+      TQString text;
+      for (int i = 0; i < depth; ++i) text += row.open;
+      text += u"[a]";
+      for (int i = 0; i < depth; ++i) text += row.close;
+      return text;
+    };
+    const XMLRegExp atLimit(nested(XMLRegExp::kMaxNesting - 1), false);
+    EXPECT_TRUE(atLimit.IsCompiled());
+    EXPECT_NE(atLimit.Match(u"a"), atLimit.Match(u"b"));
+    for (const int depth : {XMLRegExp::kMaxNesting, 50000}) {
+      const XMLRegExp beyond(nested(depth), false);
+      EXPECT_FALSE(beyond.IsCompiled());
+      EXPECT_FALSE(XMLRegExp::LastErrorMessage().IsEmpty());
+    }
+  }
 }
 
 TEST(XMLRegExp, FailedCompileKeepsThePlace) {
