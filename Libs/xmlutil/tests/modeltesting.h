@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -40,9 +41,8 @@ class ModelTest : public testing::Test {
   ModelTest() {
     TQString ignored;
     kinds_.Fill(false, ignored);
-    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::path(testing::TempDir()) / (std::string("model_") + info->name());
-    std::filesystem::create_directories(directory_);
+    std::string name = (std::filesystem::temp_directory_path() / "model_XXXXXX").string();
+    directory_ = mkdtemp(name.data());
   }
   ~ModelTest() override {
     XPathNode::DeleteTree(root_);
