@@ -1,5 +1,7 @@
 #include "xpathparsenode.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 
 #include "xpathcontext.h"
@@ -92,90 +94,75 @@ void XPathGenericNode::Prepare(XPathParseTree&) {
   }
 }
 
-XPathParseNode* XPathParseTree::MakeNode(XPathRule rule) {
-  XPathParseNode* node = nullptr;
-  switch (rule) {
-    case XPathRule::OrExpr:
-    case XPathRule::AndExpr:
-      node = arena_.Make<XPathLogicalNode>();
-      break;
-    case XPathRule::EqualityExpr:
-    case XPathRule::RelationalExpr:
-      node = arena_.Make<XPathComparisonNode>();
-      break;
-    case XPathRule::AdditiveExpr:
-    case XPathRule::MultiplicativeExpr:
-      node = arena_.Make<XPathArithmeticNode>();
-      break;
-    case XPathRule::UnaryExpr:
-      node = arena_.Make<XPathUnaryNode>();
-      break;
-    case XPathRule::UnionExpr:
-      node = arena_.Make<XPathUnionNode>();
-      break;
-    case XPathRule::LocationPath:
-      node = arena_.Make<XPathLocationPathNode>();
-      break;
-    case XPathRule::RelativeLocationPath:
-      node = arena_.Make<XPathRelativePathNode>();
-      break;
-    case XPathRule::AbsoluteLocationPath:
-      node = arena_.Make<XPathAbsolutePathNode>();
-      break;
-    case XPathRule::RootPath:
-    case XPathRule::RootDescendantPath:
-      node = arena_.Make<XPathRootPathNode>();
-      break;
-    case XPathRule::FilterDescendantPath:
-    case XPathRule::FilterChildPath:
-      node = arena_.Make<XPathFilterPathNode>();
-      break;
-    case XPathRule::Step:
-      node = arena_.Make<XPathStepNode>();
-      break;
-    case XPathRule::AxisName:
-    case XPathRule::AbbreviatedAxis:
-      node = arena_.Make<XPathAxisNode>();
-      break;
-    case XPathRule::NodeTypeTest:
-    case XPathRule::PITest:
-    case XPathRule::NameTest:
-    case XPathRule::FieldNameTest:
-    case XPathRule::SelectorNameTest:
-      node = arena_.Make<XPathNodeTestNode>();
-      break;
-    case XPathRule::Predicate:
-      node = arena_.Make<XPathPredicateNode>();
-      break;
-    case XPathRule::FilterExpr:
-      node = arena_.Make<XPathFilterNode>();
-      break;
-    case XPathRule::PrimaryExpr:
-      node = arena_.Make<XPathPrimaryNode>();
-      break;
-    case XPathRule::VariableReference:
-      node = arena_.Make<XPathVariableNode>();
-      break;
-    case XPathRule::Literal:
-      node = arena_.Make<XPathLiteralNode>();
-      break;
-    case XPathRule::Number:
-      node = arena_.Make<XPathNumberNode>();
-      break;
-    case XPathRule::FunctionCall:
-      node = arena_.Make<XPathFunctionCallNode>();
-      break;
-    case XPathRule::Field:
-    case XPathRule::Selector:
-      node = arena_.Make<XPathIdentityNode>();
-      break;
-    case XPathRule::FieldPath:
-    case XPathRule::SelectorPath:
-      node = arena_.Make<XPathIdentityPathNode>();
-      break;
-    default:
-      node = arena_.Make<XPathGenericNode>();
+namespace {
+
+using NodeMaker = XPathParseNode* (*)(Arena&);
+
+template <class Node>
+XPathParseNode* MakeIn(Arena& arena) {
+  return arena.Make<Node>();
+}
+
+struct NodeClass {
+  XPathRule rule;
+  NodeMaker make;
+};
+constexpr NodeClass kNodeClasses[] = {
+    {XPathRule::OrExpr, MakeIn<XPathLogicalNode>},
+    {XPathRule::AndExpr, MakeIn<XPathLogicalNode>},
+    {XPathRule::EqualityExpr, MakeIn<XPathComparisonNode>},
+    {XPathRule::RelationalExpr, MakeIn<XPathComparisonNode>},
+    {XPathRule::AdditiveExpr, MakeIn<XPathArithmeticNode>},
+    {XPathRule::MultiplicativeExpr, MakeIn<XPathArithmeticNode>},
+    {XPathRule::UnaryExpr, MakeIn<XPathUnaryNode>},
+    {XPathRule::UnionExpr, MakeIn<XPathUnionNode>},
+    {XPathRule::LocationPath, MakeIn<XPathLocationPathNode>},
+    {XPathRule::RelativeLocationPath, MakeIn<XPathRelativePathNode>},
+    {XPathRule::AbsoluteLocationPath, MakeIn<XPathAbsolutePathNode>},
+    {XPathRule::RootPath, MakeIn<XPathRootPathNode>},
+    {XPathRule::RootDescendantPath, MakeIn<XPathRootPathNode>},
+    {XPathRule::FilterDescendantPath, MakeIn<XPathFilterPathNode>},
+    {XPathRule::FilterChildPath, MakeIn<XPathFilterPathNode>},
+    {XPathRule::Step, MakeIn<XPathStepNode>},
+    {XPathRule::AxisName, MakeIn<XPathAxisNode>},
+    {XPathRule::AbbreviatedAxis, MakeIn<XPathAxisNode>},
+    {XPathRule::NodeTypeTest, MakeIn<XPathNodeTestNode>},
+    {XPathRule::PITest, MakeIn<XPathNodeTestNode>},
+    {XPathRule::NameTest, MakeIn<XPathNodeTestNode>},
+    {XPathRule::FieldNameTest, MakeIn<XPathNodeTestNode>},
+    {XPathRule::SelectorNameTest, MakeIn<XPathNodeTestNode>},
+    {XPathRule::Predicate, MakeIn<XPathPredicateNode>},
+    {XPathRule::FilterExpr, MakeIn<XPathFilterNode>},
+    {XPathRule::PrimaryExpr, MakeIn<XPathPrimaryNode>},
+    {XPathRule::VariableReference, MakeIn<XPathVariableNode>},
+    {XPathRule::Literal, MakeIn<XPathLiteralNode>},
+    {XPathRule::Number, MakeIn<XPathNumberNode>},
+    {XPathRule::FunctionCall, MakeIn<XPathFunctionCallNode>},
+    {XPathRule::Field, MakeIn<XPathIdentityNode>},
+    {XPathRule::Selector, MakeIn<XPathIdentityNode>},
+    {XPathRule::FieldPath, MakeIn<XPathIdentityPathNode>},
+    {XPathRule::SelectorPath, MakeIn<XPathIdentityPathNode>},
+};
+
+// By the number of the rule.
+constexpr auto kNodeMakers = [] {
+  constexpr std::size_t kRules = std::max({
+#define XPATH_RULE(number, name) std::size_t{number} + 1,
+#include "xpathrule.def"
+#undef XPATH_RULE
+  });
+  std::array<NodeMaker, kRules> makers{};
+  makers.fill(MakeIn<XPathGenericNode>);
+  for (const NodeClass& entry : kNodeClasses) {
+    makers[static_cast<std::size_t>(entry.rule)] = entry.make;
   }
+  return makers;
+}();
+
+}  // namespace
+
+XPathParseNode* XPathParseTree::MakeNode(XPathRule rule) {
+  XPathParseNode* node = kNodeMakers[static_cast<std::size_t>(rule)](arena_);
   node->rule = rule;
   return node;
 }
