@@ -27,7 +27,6 @@ int Driver::Main(int argc, const char* const* argv) {
 #ifdef SIGXFSZ
   std::signal(SIGXFSZ, SIG_IGN);  // a result beyond the file size limit is a failed write
 #endif
-  HandleLostErrors();
   MemoryReserve reserve;
   try {
     RunStages(argc, argv);
