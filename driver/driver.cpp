@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "paths.h"
+#include "tqcore/largememory.h"
 #include "uncaughterror.h"
 
 namespace kelmora {
@@ -18,10 +19,6 @@ constexpr std::uint32_t kStylesheetKind = 5;
 
 }  // namespace
 
-Driver::~Driver() {
-  Cleanup();
-}
-
 int Driver::Main(int argc, const char* const* argv) {
   Console::Prepare();
 #ifdef SIGXFSZ
@@ -34,6 +31,9 @@ int Driver::Main(int argc, const char* const* argv) {
     reserve.Release();
     ReportUncaughtError();
   }
+  // The system takes all memory back at once, faster than anybody can node by node. A sanitizer
+  // wants to see that every piece has an owner.
+  if (KELMORA_IS_SANITIZED) Cleanup();
   return 0;
 }
 

@@ -21,7 +21,7 @@ namespace kelmora {
 class Driver {
  public:
   Driver() = default;
-  ~Driver();
+  ~Driver() = delete;  // it ends with the process
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 

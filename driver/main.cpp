@@ -3,7 +3,6 @@
 
 int main(int argc, char** argv) {
   kelmora::HandleLostErrors();  // the first memory that is asked for may be more than there is
-  // Never destroyed: the system takes all memory back at once, which nobody can do node by node.
   static kelmora::Driver& driver = *new kelmora::Driver;
   return driver.Main(argc, argv);
 }
