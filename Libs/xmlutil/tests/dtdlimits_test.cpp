@@ -46,6 +46,17 @@ TEST_F(ModelTest, EntitiesCannotGrowWithoutEnd) {
   }
 }
 
+TEST_F(ModelTest, EntityTextIsBoundedExactly) {
+  constexpr int kSize = 500000;
+  const std::string entities = "<!ENTITY one 'x'><!ENTITY big '" + std::string(kSize, 'y') + "'>";
+  const std::string atLimit = Repeat("&big;", static_cast<int>(kEntityTextLimit / kSize));
+  const auto build = [&](const std::string& value) {
+    Build("<!DOCTYPE r [" + entities + "<!ENTITY all '" + value + "'>]><r/>");
+  };
+  EXPECT_NO_THROW(build(atLimit));
+  EXPECT_THROW(build(atLimit + "&one;"), TQTreeLimitError);
+}
+
 // An entity inside itself takes what the passes know of it, and no more.
 TEST_F(ModelTest, RecursiveEntitiesEnd) {
   EXPECT_EQ(Build("<!DOCTYPE a [<!ENTITY a 'x&b;y'><!ENTITY b 'p&a;q'>]><a>&a;</a>"),
