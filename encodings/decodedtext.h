@@ -21,8 +21,9 @@ class DecodedText {
   // Raises TQExcept when there is no room for `mostUnits`. Pages of the block that aren't
   // written cost no memory, so the worst case may be asked for.
   explicit DecodedText(std::size_t mostUnits) {
-    if (mostUnits > EncodedBytes::kMostBytes)
+    if (mostUnits > EncodedBytes::kMostBytes) {
       throw TQExcept(kAllocationFailed, __LINE__, u"decodedtext.h");
+    }
     begin_ = text_.WriteBuffer(static_cast<int>(mostUnits));
   }
 

@@ -128,8 +128,9 @@ class XPathQuickPath::Walk {
 
   bool Ancestors(XPathNode* node, Position& at) {
     Flow flow = Flow::GoOn;
-    for (; node != nullptr && flow == Flow::GoOn; node = node->parent)
+    for (; node != nullptr && flow == Flow::GoOn; node = node->parent) {
       flow = TakeAncestor(node, at);
+    }
     return flow != Flow::Stop;
   }
 

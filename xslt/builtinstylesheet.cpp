@@ -64,10 +64,10 @@ std::unique_ptr<XTree> MakeSource() {
 }  // namespace
 
 void XSLTProcessorBase::BuildBuiltInStylesheet() {
-  XPathNode::DeleteTree(std::exchange(builtInRoot_, nullptr));
+  XPathNode::DeleteTree(std::exchange(BuiltInRoot, nullptr));
   builtInSource_ = MakeSource();
   const std::unique_ptr<TreeModel> model = NewModel();
-  builtInRoot_ = TreeBuilder->Build(*builtInSource_->root, *model, false, {});
+  BuiltInRoot = TreeBuilder->Build(*builtInSource_->root, *model, false, {});
 }
 
 }  // namespace kelmora

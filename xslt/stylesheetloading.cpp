@@ -62,11 +62,11 @@ TQString XSLTProcessorBase::ResolveHref(const XPathNode* baseNode, std::u16strin
 }
 
 XPathNode* XSLTProcessorBase::LoadTree(const TQString& path) {
-  const auto known = loadedTrees_.find(path.View());
-  if (known != loadedTrees_.end()) return known->second;
+  const auto known = LoadedTrees.find(path.View());
+  if (known != LoadedTrees.end()) return known->second;
   XPathNode* root = BuildTree(LoadExternalDocument(path), path);
   if (root == nullptr) return nullptr;
-  loadedTrees_.emplace(path, root);
+  LoadedTrees.emplace(path, root);
   for (const auto& [name, table] : Keys) {
     if (table->IsInUse()) table->Index(root, *this);
   }

@@ -30,8 +30,8 @@ XSLTProcessorBase::XSLTProcessorBase()
 
 XSLTProcessorBase::~XSLTProcessorBase() {
   ClearRun();
-  for (const auto& [path, tree] : loadedTrees_) XPathNode::DeleteTree(tree);
-  XPathNode::DeleteTree(builtInRoot_);
+  for (const auto& [path, tree] : LoadedTrees) XPathNode::DeleteTree(tree);
+  XPathNode::DeleteTree(BuiltInRoot);
 }
 
 void XSLTProcessorBase::AddParameter(const TQString& text) {
@@ -53,7 +53,7 @@ void XSLTProcessorBase::Start(XPathNode* stylesheetRoot, XPathNode* sourceRoot) 
   StripSpace(StylesheetRoot);
   Dispatcher->Clear();
   Dispatcher->Validate(ElementCode::Literal, StylesheetRoot);
-  Dispatcher->Validate(ElementCode::Literal, builtInRoot_);
+  Dispatcher->Validate(ElementCode::Literal, BuiltInRoot);
   SourceRoot = sourceRoot;
   for (XPathNode* root : {StylesheetRoot, SourceRoot}) {
     if (root->OwnBaseURI() == nullptr) root->SetBaseURI(TreeBuilder->InternURI(u""));
@@ -79,8 +79,8 @@ void XSLTProcessorBase::ClearRun() {
   Finished.clear();
   GlobalEvaluation = false;
   globalDefinitions_.reset();
-  for (XPathNode* root : keptFragments_) XPathNode::DeleteTree(root);
-  keptFragments_.clear();
+  for (XPathNode* root : KeptFragments) XPathNode::DeleteTree(root);
+  KeptFragments.clear();
   documentTrees_.clear();
   Rules->Clear();
   Evaluator.reset();
@@ -115,7 +115,7 @@ void XSLTProcessorBase::Reset() {
   Message.Clear();
   Settings.Reset();
   Serializer_.ClearText();
-  Rules->RegisterBuiltInRules(builtInRoot_);
+  Rules->RegisterBuiltInRules(BuiltInRoot);
   PushBottomFrame();
   EvaluateParameters();
 }
@@ -216,7 +216,7 @@ std::vector<InternedURI> XSLTProcessorBase::PrefixListURIs(XPathNode* attribute)
 }
 
 XPathNode* XSLTProcessorBase::KeepFragment(XPathNode* root) {
-  keptFragments_.push_back(root);
+  KeptFragments.push_back(root);
   return root;
 }
 

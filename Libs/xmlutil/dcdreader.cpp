@@ -142,13 +142,13 @@ class DcdReader final : private SchemaWalker {
 
   // The bounds are those of elements that the node names itself. The holder is null until the type
   // of a definition is known.
-  bool ReadElement(const XTreeNode& node, const SchemaRow& row, ElementDecl* holder,
-                   const Particle& bounds);
+  bool ReadDCDElement(const XTreeNode& node, const SchemaRow& row, ElementDecl* holder,
+                      const Particle& bounds);
   bool ReadType(const XTreeNode& node, const TQString& name, ElementDecl*& holder);
   bool ReadElementProperty(Word word, const TQString& value, const XTreeNode& node,
                            ElementDecl& holder, const Particle& bounds);
   bool ReadGroup(const XTreeNode& node, ElementDecl& holder);
-  bool ReadAttribute(const XTreeNode& node, ElementDecl& holder);
+  bool ReadDCDAttribute(const XTreeNode& node, ElementDecl& holder);
   bool ReadAttributeProperty(Word word, const TQString& value, const XTreeNode& node,
                              AttributeDecl& attribute);
 };
@@ -161,7 +161,7 @@ bool DcdReader::Read(const XTreeNode& root) {
        top = top->NextOfKind(XTreeKind::Element)) {
     if (top->GetName() != TextOf(Word::DCD)) continue;
     const bool complete = ReadChildren(*top, kDcdTopRow, [&](Word word, const XTreeNode& child) {
-      if (word == Word::DcdElementDef) return ReadElement(child, kDcdElementRow, nullptr, {});
+      if (word == Word::DcdElementDef) return ReadDCDElement(child, kDcdElementRow, nullptr, {});
       if (word == Word::DcdAttributeDef) {
         Warn(child, u"DCD global <AttributeDef>");
       } else {
@@ -174,8 +174,8 @@ bool DcdReader::Read(const XTreeNode& root) {
   return CheckElements(root);
 }
 
-bool DcdReader::ReadElement(const XTreeNode& node, const SchemaRow& row, ElementDecl* holder,
-                            const Particle& bounds) {
+bool DcdReader::ReadDCDElement(const XTreeNode& node, const SchemaRow& row, ElementDecl* holder,
+                               const Particle& bounds) {
   const SchemaRow* current = holder != nullptr ? &row : &kDcdUntypedRow;
   return ReadProperties(
       node, current, [&](Word word, const TQString& value, const XTreeNode& property) {
@@ -213,7 +213,7 @@ bool DcdReader::ReadElementProperty(Word word, const TQString& value, const XTre
       holder.isOpen = value == u"Open";
       return true;
     case Word::DcdAttributeDef:
-      return ReadAttribute(node, holder);
+      return ReadDCDAttribute(node, holder);
     case Word::DcdAttribute:
       Warn(node, u"DCD <Attribute> reference to global <AttributeDef>");
       return true;
@@ -247,22 +247,22 @@ bool DcdReader::ReadGroup(const XTreeNode& node, ElementDecl& holder) {
     if (values[Word::DcdOccurs] == kGroupOccursWords[i]) bounds = kBoundsOfOccurs[i];
   }
   const bool isPlain = !isChoice && bounds.minOccurs == 1 && bounds.maxOccurs == 1;
-  if (isPlain && !holder.isGroup) return ReadElement(node, kDcdGroupContentRow, &holder, {});
+  if (isPlain && !holder.isGroup) return ReadDCDElement(node, kDcdGroupContentRow, &holder, {});
   const XTreeNode* first = node.FirstChildOfKind(XTreeKind::Element);
   if (first != nullptr && first->NextOfKind(XTreeKind::Element) == nullptr) {
-    return ReadElement(node, kDcdGroupContentRow, &holder, bounds);
+    return ReadDCDElement(node, kDcdGroupContentRow, &holder, bounds);
   }
   ElementDecl* nested = model_.MakeElement();
   nested->isGroup = true;
   nested->isChoice = isChoice;
   nested->isSequence = !isChoice;
   holder.AddParticle(nested, bounds.minOccurs, bounds.maxOccurs);
-  return ReadElement(node, kDcdGroupContentRow, nested, {});
+  return ReadDCDElement(node, kDcdGroupContentRow, nested, {});
 }
 
 // --- attributes --------------------------------------------------------------------------------
 
-bool DcdReader::ReadAttribute(const XTreeNode& node, ElementDecl& holder) {
+bool DcdReader::ReadDCDAttribute(const XTreeNode& node, ElementDecl& holder) {
   AttributeDecl& attribute = *model_.MakeAttribute();
   attribute.sourceNode = &node;
   const SchemaRow* row = &kDcdAttributeRow;

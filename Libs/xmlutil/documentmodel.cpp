@@ -56,7 +56,8 @@ bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url, XPathTre
   builder_ = &builder;
   url_ = url;
   SchemaReference reference = DetectSchemaKind(root, false);
-  if (reference.kind == SchemaKind::None) return error_.Record(ModelCode::KindMismatch, nullptr);
+  if (reference.kind == SchemaKind::None)
+    return error_.RecordError(ModelCode::KindMismatch, nullptr);
   if (reference.kind != SchemaKind::DTD) return ReadReferenced(root, reference);
 
   schemaKind = SchemaKind::DTD;
@@ -78,13 +79,13 @@ bool DocumentModel::ReadReferenced(XTreeNode& root, const SchemaReference& refer
   LoadRecord* record = LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
   if (record == nullptr) {
     const std::int32_t code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
-    return error_.Record(code, reference.attributeNode, location);
+    return error_.RecordError(code, reference.attributeNode, location);
   }
   schemaLocations.push_back(record->path);
   source = {record->Root(), record->path, reference.namespaces.front()};
   const SchemaKind actual = DetectFileKind(*source.root);
   if (actual != reference.kind && !FileWins(reference.kind, actual)) {
-    return error_.Record(ModelCode::KindMismatch, reference.attributeNode, location);
+    return error_.RecordError(ModelCode::KindMismatch, reference.attributeNode, location);
   }
   return ReadSchemaOfKind(actual, source, reference);
 }
@@ -103,13 +104,13 @@ bool DocumentModel::ReadSchemaOfKind(SchemaKind kind, const SchemaSource& source
       schemaKind = kind;
       return ReadXDR(source);
     case SchemaKind::XMLSchema1999:
-      return error_.Record(ModelCode::Schema1999, reference.attributeNode);
+      return error_.RecordError(ModelCode::Schema1999, reference.attributeNode);
     case SchemaKind::XMLSchema2000:
-      return error_.Record(ModelCode::Schema2000, reference.attributeNode);
+      return error_.RecordError(ModelCode::Schema2000, reference.attributeNode);
     case SchemaKind::None:
       break;
   }
-  return error_.Record(ModelCode::KindMismatch, reference.attributeNode);
+  return error_.RecordError(ModelCode::KindMismatch, reference.attributeNode);
 }
 
 // Such a DTD writes its names as %p;name and its declarations as xmlns%s;. The two entities stand

@@ -96,7 +96,7 @@ bool DtdReader::ReadAttlist(const XTreeDTDAttlist& list, const Place& place) {
   if (!IsComplete(list)) {
     const View text = DefinitionText(list);
     if (text.find(u'%') == View::npos) {
-      return model_.Error().Record(ModelCode::BadName, &list, elementName);
+      return model_.Error().RecordError(ModelCode::BadName, &list, elementName);
     }
     return ReadAttributeText(list, elementName, text, place);
   }
@@ -116,14 +116,14 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
       model_.ParseFragment(expanded, u"attlistText", XTreeKind::DTDAttlist, place.kind);
   if (parsed == nullptr) {
     if (model_.pass == 1 && model_.needAnotherPass) return true;
-    return model_.Error().Record(ModelCode::ReplacementUnparsable, &list, elementName);
+    return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
   }
   // The root holds the items of the first definition, and a list for each further one.
   ElementDecl& element = *model_.AddElement({elementName, nullptr});
   for (const auto* definition = static_cast<const XTreeDTDAttlist*>(parsed->root);
        definition != nullptr; definition = NextList(definition, parsed->root)) {
     if (!IsComplete(*definition)) {
-      return model_.Error().Record(ModelCode::ReplacementUnparsable, &list, elementName);
+      return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
     }
     if (!ReadDefinition(element, *definition, list)) return false;
   }
@@ -217,17 +217,18 @@ bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
   attribute.JoinEnumeration();
   if (attribute.isID) {
     if (element.idAttribute != nullptr) {
-      return model_.Error().Record(ModelCode::SecondID, &list, attribute.name.local);
+      return model_.Error().RecordError(ModelCode::SecondID, &list, attribute.name.local);
     }
     element.idAttribute = &attribute;
     if (!attribute.required && !attribute.implied) {
-      return model_.Error().Record(ModelCode::IDWithDefault, &list, attribute.name.local);
+      return model_.Error().RecordError(ModelCode::IDWithDefault, &list, attribute.name.local);
     }
   }
   if (!attribute.isEnumeration || attribute.defaultValue.IsEmpty()) return true;
   const auto& names = attribute.enumeration;
   if (std::find(names.begin(), names.end(), attribute.defaultValue) != names.end()) return true;
-  return model_.Error().Record(ModelCode::DefaultNotInEnumeration, &list, attribute.defaultValue);
+  return model_.Error().RecordError(ModelCode::DefaultNotInEnumeration, &list,
+                                    attribute.defaultValue);
 }
 
 }  // namespace kelmora

@@ -68,7 +68,7 @@ bool DtdReader::ReadElement(const XTreeDTDElement& node, const Place& place) {
   if (name.IsEmpty()) return true;  // an unknown entity in the first pass
   ElementDecl& element = *model_.AddElement({name, nullptr});
   if (element.declared && model_.pass == 1) {
-    return model_.Error().Record(ModelCode::DeclaredTwice, &node, name);
+    return model_.Error().RecordError(ModelCode::DeclaredTwice, &node, name);
   }
   element.declared = true;
   element.sourceNode = &node;
@@ -92,7 +92,7 @@ bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, c
     return ReadGroup(element, content, node);
   }
   if (model_.pass == 1 && model_.needAnotherPass) return true;
-  return model_.Error().Record(ModelCode::BadContentModel, &node, element.name.local);
+  return model_.Error().RecordError(ModelCode::BadContentModel, &node, element.name.local);
 }
 
 // A name becomes a particle, a group a nested declaration; groups wait on a list, so that a deep

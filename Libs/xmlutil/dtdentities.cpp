@@ -98,7 +98,7 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
     const int length = value.Length();
     const char16_t quote = length > 0 ? value[0] : u'\0';
     if (length < 2 || (quote != u'"' && quote != u'\'') || value[length - 1] != quote) {
-      return model_.Error().Record(ModelCode::BadName, &node, entity.name);
+      return model_.Error().RecordError(ModelCode::BadName, &node, entity.name);
     }
     value = value.Mid(1, length - 2);
   }
@@ -117,13 +117,13 @@ void DtdReader::LoadEntityDocument(EntityDecl& entity, const XTreeNode* node) {
   const std::vector<View> words = QuotedWords(entity.value);
   const std::size_t location = isSystem ? 0 : 1;  // behind PUBLIC the first word is the public id
   if (words.size() <= location) {
-    model_.Error().Record(ModelCode::NotAnExternalID, node, entity.name);
+    model_.Error().RecordError(ModelCode::NotAnExternalID, node, entity.name);
     return;
   }
   entity.document = model_.LoadReferencedDocument(TQString(words[location]), entity.baseUrl,
                                                   entity.parameter ? kDtdKind : kEntityKind);
   if (entity.document == nullptr) {
-    model_.Error().Record(ModelCode::LoadFailed, node, entity.name);
+    model_.Error().RecordError(ModelCode::LoadFailed, node, entity.name);
     return;
   }
   XTreeNode& root = *entity.document->Root();
@@ -170,7 +170,7 @@ bool DtdReader::ExpandReference(const XTreeNode* node, View reference, TQString&
   if (entity == nullptr) {
     out.AppendAt(reference, cursor, 0);
     if (options.withParameterEntities && !isParameter) return true;
-    return model_.Error().Record(ModelCode::UnknownEntity, node, name);
+    return model_.Error().RecordError(ModelCode::UnknownEntity, node, name);
   }
   const View replacement = ReplacementOf(*entity, options.normalised);
   if (!options.inContent) {
@@ -206,7 +206,7 @@ bool DtdReader::ExpandEntityReferences(const XTreeNode* node, View text, TQStrin
     const std::size_t end = isPlain ? 0 : rest.find_first_of(u"; \t\r\n");
     if (isPlain || end == View::npos || rest[end] != u';') {
       if (!isPlain) {
-        model_.Error().Record(ModelCode::ReferenceWithoutEnd, node, rest.substr(0, end));
+        model_.Error().RecordError(ModelCode::ReferenceWithoutEnd, node, rest.substr(0, end));
         failed = true;
       }
       out.AppendAt(text.substr(at++, 1), cursor, 0);

@@ -76,7 +76,7 @@ bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
 
 bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& place) {
   const NestingGuard guard(nesting_);
-  if (guard.IsTooDeep()) return model_.Error().Record(ModelCode::WrongEntityKind, &parent);
+  if (guard.IsTooDeep()) return model_.Error().RecordError(ModelCode::WrongEntityKind, &parent);
   for (const XTreeNode* child = parent.first; child != nullptr; child = child->next) {
     bool goOn = true;
     switch (child->kind) {
@@ -107,13 +107,14 @@ bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& plac
 }
 
 bool DtdReader::ReadDoctype(const XTreeContainer& doctype, const Place& place) {
-  if (doctype.first == nullptr) return model_.Error().Record(ModelCode::EmptyDoctype, &doctype);
+  if (doctype.first == nullptr)
+    return model_.Error().RecordError(ModelCode::EmptyDoctype, &doctype);
   if (const XTreeNode* external = doctype.FirstChildOfKind(XTreeKind::ExternalID)) {
     const SchemaReference reference = DocumentModel::DetectSchemaKind(*doctype.parent, false);
     const TQString& location = reference.locations.front();
     LoadRecord* record = model_.LoadReferencedDocument(location, place.url, kDtdKind);
     if (record == nullptr) {
-      return model_.Error().Record(ModelCode::LoadFailed, external, location);
+      return model_.Error().RecordError(ModelCode::LoadFailed, external, location);
     }
     model_.schemaLocations.push_back(record->path);
     if (!ReadDeclarations(*record->Root()->AsContainer(), {record->path, kDtdKind})) return false;
@@ -127,7 +128,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
   const std::size_t percent = text.find(u'%');
   if (percent == View::npos) return true;
   if (percent + 1 == text.size() || IsXmlSpace(text[percent + 1])) {
-    return model_.Error().Record(ModelCode::BadSection, &node, text);
+    return model_.Error().RecordError(ModelCode::BadSection, &node, text);
   }
   if (IsParameterEntityReference(text)) return ReadEntityReference(node, place);
 
@@ -138,7 +139,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
   if (expanded.Find(u'<') == TQString::kNotFound) {
     // Nothing but references that are not known yet: the next pass knows them.
     if (model_.needAnotherPass && model_.pass == 1) return true;
-    return model_.Error().Record(ModelCode::BadSection, &node, text);
+    return model_.Error().RecordError(ModelCode::BadSection, &node, text);
   }
   return ReadReplacement(node, expanded, place);
 }
@@ -146,7 +147,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
 bool DtdReader::ReadReplacement(const XTreeNode& node, View text, const Place& place) {
   auto parsed = model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
-    return model_.Error().Record(ModelCode::ReplacementUnparsable, &node, node.GetText());
+    return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &node, node.GetText());
   }
   return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }
@@ -160,7 +161,7 @@ EntityDecl* DtdReader::FindParameterEntity(const XTreeNode& node, View reference
     model_.needAnotherPass = true;
     model_.passLimit = 2;
   } else {
-    model_.Error().Record(ModelCode::UnknownEntity, &node, name);
+    model_.Error().RecordError(ModelCode::UnknownEntity, &node, name);
   }
   return nullptr;
 }
@@ -170,7 +171,7 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
   EntityDecl* entity = FindParameterEntity(node, node.GetText(), goOn);
   if (entity == nullptr) return goOn;
   if (entity->beingRead) {
-    return model_.Error().Record(ModelCode::WrongEntityKind, &node, entity->name);
+    return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, entity->name);
   }
   const ReadingGuard guard(*entity);
   if (!entity->external) {
@@ -198,24 +199,24 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
     EntityDecl* entity = FindParameterEntity(node, keyword, goOn);
     if (entity == nullptr) return goOn;
     if (entity->external || !entity->simple) {
-      return model_.Error().Record(ModelCode::WrongEntityKind, &node, keyword);
+      return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, keyword);
     }
     value = TrimView(entity->value);
   }
   if (value == u"IGNORE") return true;
   if (value != u"INCLUDE") {
-    return model_.Error().Record(
+    return model_.Error().RecordError(
         value == keyword ? ModelCode::BadSection : ModelCode::WrongEntityKind, &node, keyword);
   }
   const std::size_t start = text.find(u'[', kSectionStart.size() + static_cast<std::size_t>(at));
   const std::size_t end = text.rfind(kSectionEnd);
   if (start == View::npos || end == View::npos || end <= start) {
-    return model_.Error().Record(ModelCode::BadSection, &node, keyword);
+    return model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
   }
   const View inside = text.substr(start + 1, end - start - 1);
   if (IsBlank(inside)) return true;
   auto parsed = model_.ParseFragment(inside, u"extSubsetDecl", XTreeKind::DocType, place.kind);
-  if (parsed == nullptr) return model_.Error().Record(ModelCode::BadSection, &node, keyword);
+  if (parsed == nullptr) return model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
   return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }
 

@@ -40,8 +40,8 @@ bool ModelError::Stays(std::int32_t code, const XTreeNode* node) const {
   return depth == 0 || StandsBefore(path[depth], path_[depth]);
 }
 
-bool ModelError::Record(std::int32_t code, const XTreeNode* node, std::u16string_view text,
-                        const ElementDecl* declaration) {
+bool ModelError::RecordError(std::int32_t code, const XTreeNode* node, std::u16string_view text,
+                             const ElementDecl* declaration) {
   if (code == ModelCode::Redefinition) return true;
   if (Stays(code, node)) return false;
   code_ = code;

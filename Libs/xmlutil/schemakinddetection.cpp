@@ -245,7 +245,8 @@ SchemaKind DocumentModel::DetectFileKind(const XTreeNode& root) {
     for (const XTreeNode* child = element->FirstChild(); child != nullptr; child = child->next) {
       const Verdict verdict = capital ? JudgeInCapitalSchema(*child) : JudgeInSchema(*child);
       if (verdict.IsOpen()) continue;
-      if (verdict.error != ModelCode::None) error_.Record(verdict.error, child, child->GetName());
+      if (verdict.error != ModelCode::None)
+        error_.RecordError(verdict.error, child, child->GetName());
       return verdict.kind;
     }
     if (capital) return SchemaKind::XDRByNamespace;

@@ -166,7 +166,7 @@ bool SchemaWalker::ChargeCopies(const XTreeNode& node, std::size_t items) {
 
 bool SchemaWalker::CheckElement(const ElementDecl& element) {
   return element.declared ||
-         model_.Error().Record(ModelCode::NeverDeclared, element.sourceNode, {}, &element);
+         model_.Error().RecordError(ModelCode::NeverDeclared, element.sourceNode, {}, &element);
 }
 
 bool SchemaWalker::CheckElements(const XTreeNode& root) {

@@ -95,10 +95,10 @@ class SchemaWalker {
 
   // Records an error; false, so that a reader can return it.
   bool Fail(std::int32_t code, const XTreeNode& node, std::u16string_view text = {}) {
-    return model_.Error().Record(code, &node, text);
+    return model_.Error().RecordError(code, &node, text);
   }
   void Warn(const XTreeNode& node, std::u16string_view text) {
-    static_cast<void>(model_.Error().Record(ModelCode::Redefinition, &node, text));
+    static_cast<void>(model_.Error().RecordError(ModelCode::Redefinition, &node, text));
   }
   // A copy of so many items; false, with the error, beyond kSchemaCopyLimit.
   bool ChargeCopies(const XTreeNode& node, std::size_t items);

@@ -108,13 +108,13 @@ class XdrReader final : private SchemaWalker {
   TQString DatatypePrefix() const override { return typePrefix_; }
   bool FindPrefix(const XTreeNode& node, InternedURI uri, TQString& prefix);
 
-  bool ReadElementType(const XTreeNode& node);
+  bool ReadXDRElementType(const XTreeNode& node);
   bool ReadElementAttributes(const XTreeNode& node, const SchemaValues& values,
                              ElementDecl& element);
   bool ReadContent(const XTreeNode& node, const SchemaRow& row, ElementDecl& element,
                    ElementDecl& group);
   bool CheckContent(const XTreeNode& node, const ElementDecl& element);
-  bool ReadAttributeType(const XTreeNode& node, ElementDecl* holder);
+  bool ReadXDRAttributeType(const XTreeNode& node, ElementDecl* holder);
   bool ReadAttributeReference(const XTreeNode& node, ElementDecl& holder);
   bool ReadElementReference(const XTreeNode& node, ElementDecl& group);
   bool ReadGroup(const XTreeNode& node, ElementDecl& element, ElementDecl& group);
@@ -167,8 +167,8 @@ bool XdrReader::Read() {
   }
   const bool complete =
       ReadChildren(*schema, kXdrSchemaRow, [&](Word word, const XTreeNode& child) {
-        if (word == Word::ElementType) return ReadElementType(child);
-        if (word == Word::AttributeType) return ReadAttributeType(child, nullptr);
+        if (word == Word::ElementType) return ReadXDRElementType(child);
+        if (word == Word::AttributeType) return ReadXDRAttributeType(child, nullptr);
         model_.Schema().schemaDocumentation = TextOfElement(child);
         return true;
       });
@@ -177,7 +177,7 @@ bool XdrReader::Read() {
 
 // --- elements ----------------------------------------------------------------------------------
 
-bool XdrReader::ReadElementType(const XTreeNode& node) {
+bool XdrReader::ReadXDRElementType(const XTreeNode& node) {
   SchemaValues values;
   if (!ReadAttributes(node, kXdrElementTypeRow, values)) return false;
   const TQString* name = values.Find(Word::Name);
@@ -238,7 +238,7 @@ bool XdrReader::ReadContent(const XTreeNode& node, const SchemaRow& row, Element
   return ReadChildren(node, row, [&](Word word, const XTreeNode& child) {
     switch (word) {
       case Word::AttributeType:
-        return ReadAttributeType(child, &element);
+        return ReadXDRAttributeType(child, &element);
       case Word::Attribute:
         return ReadAttributeReference(child, element);
       case Word::Element:
@@ -293,7 +293,7 @@ bool XdrReader::ReadGroup(const XTreeNode& node, ElementDecl& element, ElementDe
 
 // --- attributes --------------------------------------------------------------------------------
 
-bool XdrReader::ReadAttributeType(const XTreeNode& node, ElementDecl* holder) {
+bool XdrReader::ReadXDRAttributeType(const XTreeNode& node, ElementDecl* holder) {
   SchemaValues values;
   if (!ReadAttributes(node, kXdrAttributeTypeRow, values)) return false;
   AttributeDecl& attribute = *model_.MakeAttribute();

@@ -203,17 +203,17 @@ class XSLTProcessorBase {
 
   std::vector<TemplateFrame*> callStack_;     // owned
   std::vector<TemplateFrame*> poppedFrames_;  // owned; left CallStack in the current step
-  std::vector<XPathNode*> keptFragments_;     // owned
+  std::vector<XPathNode*> KeptFragments;      // owned
   std::size_t stackLimit_ = 0;
   std::deque<TQString> textPool_;
   std::unique_ptr<Universes> universes_;
   std::unique_ptr<ExpressionCache> expressionCache_;
   std::unique_ptr<AttributeTemplates> attributeTemplates_;
   std::unique_ptr<GlobalDefinitions> globalDefinitions_;
-  std::unordered_map<TQString, XPathNode*, TextHash, TextEqual> loadedTrees_;  // owned
+  std::unordered_map<TQString, XPathNode*, TextHash, TextEqual> LoadedTrees;  // owned
   std::unordered_map<const XTreeNode*, XPathNode*> documentTrees_;  // of document(), kept fragments
   std::unique_ptr<XTree> builtInSource_;
-  XPathNode* builtInRoot_ = nullptr;  // owned
+  XPathNode* BuiltInRoot = nullptr;  // owned
   OutputSerializer Serializer_;
   std::int32_t lastTreeNumber_ = 0;  // of the document that lastTree_ is the root of
   XPathNode* lastTree_ = nullptr;

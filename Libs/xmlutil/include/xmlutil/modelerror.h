@@ -80,8 +80,8 @@ class ModelError {
  public:
   // Keeps or replaces the record. True for the warning of a redefinition, which is dropped; false
   // for everything else, so that a reader can return the result and stop.
-  bool Record(std::int32_t code, const XTreeNode* node, std::u16string_view text = {},
-              const ElementDecl* declaration = nullptr);
+  bool RecordError(std::int32_t code, const XTreeNode* node, std::u16string_view text = {},
+                   const ElementDecl* declaration = nullptr);
   void Clear();
 
   bool IsSet() const { return code_ != ModelCode::None; }
