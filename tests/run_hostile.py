@@ -165,6 +165,25 @@ class Reading(Hostile):
                           XML_START + ('<a>' + 'x' * 100000) * 3 + '</a>' * 3)
 
 
+    def test_pipes_that_nobody_opens(self):
+        def make(at):
+            for n in range(2):
+                os.mkfifo(at / str(n))
+
+        entities = ''.join('<!ENTITY e%d SYSTEM "%d">' % (n, n) for n in range(2))
+        silent = 'Failed to load @DIR@/0\nNo data came within 10 seconds\n'
+        lost = 'Error writing to file 0\nConnection timed out\n'
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            source = pool.submit(Run, xml='0', change=make)
+            result = pool.submit(Run, out='0', change=make)
+            many = pool.submit(Run, {'in.xml': '<!DOCTYPE a [%s]><a>&e0;&e1;&e0;</a>' % entities},
+                               change=make)
+            self.check_refused(source.result(), silent)
+            self.assertEqual((result.result().code, result.result().error), (0, lost))
+            self.check_result(many.result(),
+                              XML_START + '<a>&amp;e0;&amp;e1;&amp;e0;</a>')
+
+
 class Writing(Hostile):
     def failed(self, name, reason):
         return 'Error writing to file %s\n%s\n' % (name, reason)

@@ -8,8 +8,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "filedescriptor.h"
+#include "fileerror.h"
+#include "tqcore/tqsingleton.h"
 #include "tqcore/tqtext.h"
+#include "ystreamimpl/filedescriptor.h"
+#include "ystreamimpl/patience.h"
 
 namespace kelmora {
 namespace {
@@ -46,15 +49,16 @@ class Reader {
     return true;
   }
 
-  bool ReadStream(int megabytes, int silentSeconds) {
+  bool ReadStream(int megabytes, const StreamLimits& limits, bool isNamedPipe) {
     const std::size_t limit = static_cast<std::size_t>(megabytes) * kMegabyte;
+    if (isNamedPipe && !AwaitWriter(limits.writerSeconds)) return false;
     while (true) {
       if (length_ == bytes_.Size() && !Grow(limit)) {
         SetFileError(error_, EFBIG,
                      TQString::Format(u"The input does not end within %d MiB", {megabytes}));
         return false;
       }
-      if (!AwaitData(silentSeconds)) return false;
+      if (!AwaitData(limits.silentSeconds)) return false;
       const ssize_t count = ReadSome(bytes_.Data() + length_, bytes_.Size() - length_);
       if (count < 0 && errno == EAGAIN) continue;
       if (count < 0) return Fail(errno);
@@ -99,16 +103,38 @@ class Reader {
     return true;
   }
 
-  bool AwaitData(int silentSeconds) {
+  // A writer tells of himself by what he writes. One who has not yet written makes the pipe one
+  // that may be read later; without a writer it has ended.
+  bool AwaitWriter(int seconds) {
+    seconds = TQSingleton<Patience>::Instance().Grant(seconds);
+    if (Poll(seconds) != 0) return true;
+    bytes_.Resize(1);
+    const ssize_t count = ReadSome(bytes_.Data(), 1);
+    if (count == 0) return GiveUp(seconds);
+    if (count > 0) ++length_;
+    return true;
+  }
+
+  bool AwaitData(int seconds) {
+    seconds = TQSingleton<Patience>::Instance().Grant(seconds);
+    const int ready = Poll(seconds);
+    if (ready < 0) return Fail(errno);
+    return ready > 0 || GiveUp(seconds);
+  }
+
+  // As poll: 0 when the time is over.
+  int Poll(int seconds) {
     pollfd waiting{descriptor_, POLLIN, 0};
     int ready;
     do {
-      ready = poll(&waiting, 1, silentSeconds * kMilliseconds);
+      ready = poll(&waiting, 1, seconds * kMilliseconds);
     } while (ready < 0 && errno == EINTR);
-    if (ready > 0) return true;
-    if (ready < 0) return Fail(errno);
-    SetFileError(error_, ETIMEDOUT,
-                 TQString::Format(u"No data came within %d seconds", {silentSeconds}));
+    return ready;
+  }
+
+  bool GiveUp(int seconds) {
+    TQSingleton<Patience>::Instance().Spend(seconds);
+    SetFileError(error_, ETIMEDOUT, TQString::Format(u"No data came within %d seconds", {seconds}));
     return false;
   }
 
@@ -146,8 +172,8 @@ bool ReadWholeFile(std::u16string_view path, EncodedBytes& bytes, LoadError& err
   }
   const bool isDevice = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
   Reader reader(file.Number(), bytes, error);
-  return reader.ReadStream(isDevice ? limits.deviceMegabytes : limits.pipeMegabytes,
-                           limits.silentSeconds);
+  return reader.ReadStream(isDevice ? limits.deviceMegabytes : limits.pipeMegabytes, limits,
+                           S_ISFIFO(status.st_mode) && ownDescriptor < 0);
 }
 
 }  // namespace kelmora

@@ -12,7 +12,8 @@ namespace kelmora {
 // What may be read from something that tells no size in advance, so that nothing that never ends
 // can hang a run or fill the memory.
 struct StreamLimits {
-  int silentSeconds = 60;    // to wait for the next byte, or for somebody who writes
+  int silentSeconds = 60;    // to wait for the next byte
+  int writerSeconds = 10;    // to wait for somebody who opens a named pipe to write
   int pipeMegabytes = 512;   // pipes, sockets
   int deviceMegabytes = 64;  // devices
   std::size_t fileBytes = EncodedBytes::kMostBytes;  // regular files

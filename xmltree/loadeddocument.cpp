@@ -3,14 +3,15 @@
 #include <utility>
 
 #include "encodings/encodings.h"
+#include "fileerror.h"
 #include "filereader.h"
-#include "filewriter.h"
 #include "textencoder.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/fragmentparser.h"
 #include "ystreamimpl/embeddedfiles.h"
+#include "ystreamimpl/filewriter.h"
 #include "ystreamimpl/tqurlloader.h"
 
 namespace kelmora {
@@ -78,7 +79,7 @@ bool SendToUrl(const TQString& url, TextEncoder& encoder, LoadError& error,
 }
 
 bool WriteToFile(const TQString& path, TextEncoder& encoder, LoadError& error) {
-  FileWriter file(path);
+  FileWriter file(ToNative(path));
   int failure = file.Open();
   std::string piece;
   while (failure == 0 && !encoder.IsDone()) {

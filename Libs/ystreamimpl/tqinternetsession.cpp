@@ -12,7 +12,7 @@ namespace kelmora {
 namespace {
 
 constexpr const char* kLibraries[] = {"libcurl.so.4", "libcurl-gnutls.so.4"};
-constexpr long kStallBytesPerSecond = 1;
+constexpr long kStallBytesPerSecond = 100;
 
 template <class Function>
 bool Resolve(void* library, const char* name, Function& function) {

@@ -1,5 +1,6 @@
 #include "ystreamimpl/tqurlloader.h"
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -13,6 +14,8 @@
 #include "tqinternetsession.h"
 #include "urlparts.h"
 #include "urltransport.h"
+#include "ystreamimpl/filewriter.h"
+#include "ystreamimpl/patience.h"
 
 namespace kelmora {
 
@@ -47,6 +50,22 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+// What a failed transfer took comes off the time that later ones may wait.
+UrlResponse PerformPatiently(UrlRequest& request) {
+  using Clock = std::chrono::steady_clock;
+  Patience& patience = TQSingleton<Patience>::Instance();
+  if (patience.IsSpent()) return {};
+  request.limits.connectSeconds = patience.Grant(request.limits.connectSeconds);
+  request.limits.stallSeconds = patience.Grant(request.limits.stallSeconds);
+  const Clock::time_point start = Clock::now();
+  UrlResponse response = Transport().Perform(request);
+  if (!response.isComplete) {
+    const auto taken = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - start);
+    patience.Spend(static_cast<int>(taken.count()));
+  }
+  return response;
+}
+
 // Only a regular file has an end that can be relied on.
 bool ReadLocalFile(const std::string& path, std::int64_t largest, std::string& data) {
   std::error_code error;
@@ -61,10 +80,8 @@ bool ReadLocalFile(const std::string& path, std::int64_t largest, std::string& d
 }
 
 bool WriteLocalFile(const std::string& path, std::string_view data) {
-  File file(std::fopen(path.c_str(), "wb"));
-  if (file == nullptr) return false;
-  const std::size_t written = std::fwrite(data.data(), 1, data.size(), file.get());
-  return std::fclose(file.release()) == 0 && written == data.size();
+  FileWriter file(path);
+  return file.Open() == 0 && file.Write(data) == 0 && file.Commit() == 0;
 }
 
 }  // namespace
@@ -178,7 +195,7 @@ bool TQUrlLoader::Transfer(UrlRequest& request) {
   request.onBlock = [this](std::string_view block, std::int64_t received, std::int64_t expected) {
     OnBlock(block, received, expected);
   };
-  UrlResponse response = Transport().Perform(request);
+  UrlResponse response = PerformPatiently(request);
   hasBuffer_ = response.hasBody;
   if (hasBuffer_) buffer_ = std::move(response.body);
   if (!response.isComplete || !request.IsSuccess(response.status)) return false;

@@ -123,7 +123,7 @@ TEST(LoadedDocument, FailuresArriveInTheError) {
   }
   EncodedBytes bytes;
   LoadError error;
-  EXPECT_FALSE(ReadWholeFile(directory.Name("pipe"), bytes, error, {.silentSeconds = 0}));
+  EXPECT_FALSE(ReadWholeFile(directory.Name("pipe"), bytes, error, {.writerSeconds = 0}));
   EXPECT_EQ(error.message, u"No data came within 0 seconds");
   EXPECT_EQ(error.flag, 1);
   error = {};
@@ -143,6 +143,23 @@ TEST(LoadedDocument, ReadsPipesAndFilesOfUnknownSize) {
   EXPECT_TRUE(ReadWholeFile(FromNative(path), bytes, error));
   writer.join();
   EXPECT_EQ(bytes.View(), sent);
+  // The limit is what a pipe does not reach.
+  for (const std::size_t size : {(1u << 20) - 1, 1u << 20}) {
+    std::thread filler([&] { directory.Write("pipe", std::string(size, 'x')); });
+    EXPECT_EQ(ReadWholeFile(FromNative(path), bytes, error, {.pipeMegabytes = 1}), size < 1u << 20);
+    filler.join();
+  }
+  EXPECT_EQ(error.message, u"The input does not end within 1 MiB");
+  // Somebody who has the pipe open is waited for, though he writes later.
+  const int silent = open(path.c_str(), O_RDWR);
+  std::thread later([&] {
+    usleep(200'000);
+    EXPECT_EQ(write(silent, "<a/>", 4), 4);
+    close(silent);
+  });
+  EXPECT_TRUE(ReadWholeFile(FromNative(path), bytes, error, {.writerSeconds = 0}));
+  later.join();
+  EXPECT_EQ(bytes.View(), "<a/>");
   EXPECT_TRUE(ReadWholeFile(u"/proc/self/status", bytes, error));
   EXPECT_TRUE(bytes.View().starts_with("Name:"));
 

@@ -5,6 +5,7 @@
 #include <random>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include "textencoder.h"
 #include "treedump.h"
 #include "xmltree/loadeddocument.h"
+#include "ystreamimpl/filewriter.h"
 
 namespace kelmora {
 namespace {
@@ -158,6 +160,45 @@ TEST(SaveText, ReplacesFilesAndFollowsLinks) {
   }
   EXPECT_EQ(reader.get(), 'o');
   EXPECT_EQ(directory.Count(), 5u);
+}
+
+// Whenever a run is killed, the directory holds the old file alone or the new one.
+TEST(SaveText, TheNewFileHasNoNameUntilItIsComplete) {
+  const TemporaryDirectory directory;
+  directory.Write("file", "old");
+  const int nameless = open(directory.Path("").c_str(), O_TMPFILE | O_WRONLY, 0600);
+  if (nameless < 0) GTEST_SKIP() << "no such files here";
+  close(nameless);
+  for (const char* name : {"fresh", "file"}) {
+    const std::size_t count = directory.Count();
+    FileWriter writer(directory.Path(name));
+    ASSERT_EQ(writer.Open(), 0);
+    ASSERT_EQ(writer.Write("new"), 0);
+    EXPECT_EQ(directory.Count(), count);
+    EXPECT_EQ(directory.Read("file"), "old");
+    ASSERT_EQ(writer.Commit(), 0);
+    EXPECT_EQ(directory.Read(name), "new");
+  }
+  EXPECT_EQ(directory.Count(), 2u);
+}
+
+// A full disk is no reason to touch the old file, whatever its name looks like.
+TEST(SaveText, FullDisk) {
+  const TemporaryDirectory directory;
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const TQString path = directory.Write("file", "old");
+  for (const TQString& name : {path, u"file://" + path}) {
+    const rlimit small{1000, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const LoadError error = Save(name, TQString(std::u16string(3000, u'x')));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(error.severity, LoadError::File);
+    EXPECT_EQ(directory.Read("file"), "old");
+    EXPECT_EQ(directory.Count(), 1u);
+    EXPECT_FALSE(Save(name, u"old").HasError());
+  }
 }
 
 TEST(SaveText, WritesToDescriptorsAndPipes) {

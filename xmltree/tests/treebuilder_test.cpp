@@ -203,7 +203,15 @@ TEST(TreeBuilder, EntitiesEndAtTheirBounds) {
     EXPECT_EQ(error.message, u"Entity references are nested more than 64 deep");
   }
 
+  constexpr std::u16string_view kText = u"<a>&e;</a>";
+  constexpr std::size_t kMost =
+      ExpansionBudget::kBase + ExpansionBudget::kPerUnitOfInput * kText.size();
   FakeModel model;
+  model.entities[u"e"] = TQString(std::u16string(kMost, u'x'));
+  EXPECT_NO_THROW(BuildDump(kText, model));
+  model.entities[u"e"] += u"x";
+  EXPECT_THROW(BuildDump(kText, model), TQTreeLimitError);
+
   model.entities[u"self"] = u"<b>&self;&self;</b>";
   model.entities[u"k"] = TQString(std::u16string(1000, u'x'));
   std::u16string thousandfold;

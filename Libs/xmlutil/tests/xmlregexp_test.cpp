@@ -96,6 +96,22 @@ TEST(XMLRegExp, NestingIsBounded) {
   }
 }
 
+TEST(XMLRegExp, ChoicesAndAttemptsAreBoundedExactly) {
+  const auto units = [](std::size_t count) { return TQString(std::u16string(count, u'a')); };
+  // Each unit that the star takes is a choice.
+  const XMLRegExp oneBack(u"a*ab", false);
+  EXPECT_EQ(oneBack.Match(units(XMLRegExp::kMaxChoices) + u"b"), XMLRegExp::kMatch);
+  EXPECT_EQ(oneBack.Match(units(XMLRegExp::kMaxChoices + 1) + u"b"), XMLRegExp::kNoMatch);
+  // Both stars must give back all n units in the end: (n + 1)(n + 2) / 2 attempts.
+  static_assert(140 * 141 / 2 <= XMLRegExp::kMaxAttempts &&
+                141 * 142 / 2 > XMLRegExp::kMaxAttempts);
+  for (const std::size_t n : {139, 140}) {
+    const TQString all = units(n) + u"b";
+    EXPECT_EQ(XMLRegExp(u"a*a*" + all, false).Match(all),
+              n == 139 ? XMLRegExp::kMatch : XMLRegExp::kNoMatch);
+  }
+}
+
 TEST(XMLRegExp, FailedCompileKeepsThePlace) {
   const XMLRegExp broken(u"ab[c", false);
   EXPECT_FALSE(broken.IsCompiled());

@@ -6,6 +6,7 @@
 
 #include "schematesting.h"
 #include "schemawalker.h"
+#include "xmlschemareader.h"
 
 namespace kelmora {
 namespace {
@@ -117,33 +118,67 @@ TEST_F(SchemaTest, NestingIsBounded) {
     return IN_TYPE("<xs:attribute name='x' default='1'/>") "<xs:group name='g'>" +
            Repeat("<xs:sequence>", depth) + Repeat("</xs:sequence>", depth) + "</xs:group>";
   };
-  EXPECT_EQ(BuildWith(nested(kSchemaNesting - 3)), "(r x=1)");
+  EXPECT_EQ(BuildWith(nested(kSchemaNesting - 2)), "(r x=1)");
   EXPECT_EQ(Error(), ModelCode::None);
-  for (int depth : {kSchemaNesting, 100000}) {
+  for (int depth : {kSchemaNesting - 1, 100000}) {
     EXPECT_EQ(BuildWith(nested(depth)), "(r)");
     EXPECT_EQ(Error(), ModelCode::NotAllowed);
   }
 }
 
-// Each element has the large group in a content of its own; the last ones do not see it any more.
-TEST_F(SchemaTest, SearchesForChildrenAreBounded) {
-  constexpr int kElements = 100;
-  constexpr int kGroupSize = kIndexedParticles / (kElements - 1);
+// Each element has the large group in a content of its own. What they leave is for the last one.
+TEST_F(SchemaTest, SearchesForChildrenAreBoundedExactly) {
+  constexpr int kGroupSize = 10000;
+  constexpr int kElements = 99;
+  constexpr int kSteps = kGroupSize + 6;  // with the reference, the group, and the ends of each
+  constexpr int kMost = static_cast<int>(kIndexedParticles) - kElements * kSteps - 1;
   std::string declarations = "<xs:group name='g'><xs:sequence>";
-  for (int i = 0; i < kGroupSize; ++i) {
-    declarations += Numbered("<xs:element name='c#' type='xs:int' default='1'/>", i);
-  }
+  for (int i = 0; i < kGroupSize; ++i) declarations += Numbered("<xs:element name='c#'/>", i);
   declarations += "</xs:sequence></xs:group>";
   std::string content;
   for (int i = 0; i < kElements; ++i) {
     declarations += Numbered("<xs:element name='e#'><xs:complexType><xs:sequence>", i);
     declarations += "<xs:element ref='e0'/><xs:group ref='g'/></xs:sequence></xs:complexType>";
     declarations += "</xs:element>";
-    content += Numbered("<e#><c2/>", i) + Numbered("</e#>", i);
+    content += Numbered("<e#><c1/>", i) + Numbered("</e#>", i);
   }
-  const std::string tree = BuildWith(declarations, content);
-  EXPECT_TRUE(tree.starts_with("(r(e0(c2'1'))(e1(c2'1'))")) << tree.substr(0, 40);
-  EXPECT_TRUE(tree.ends_with("(e99(c2)))")) << tree.substr(tree.size() - 40);
+  declarations += "<xs:element name='e'><xs:complexType><xs:sequence>";
+  content += "<e><last/></e>";
+  for (const bool beyond : {false, true}) {
+    std::string own;
+    for (int i = 0; i < kMost + beyond; ++i) own += Numbered("<xs:element name='o#'/>", i);
+    own += "<xs:element name='last' type='xs:int' default='1'/></xs:sequence></xs:complexType>";
+    const std::string tree = BuildWith(declarations + own + "</xs:element>", content);
+    EXPECT_TRUE(tree.ends_with(beyond ? "(e(last)))" : "(e(last'1')))"));
+  }
+}
+
+TEST_F(SchemaTest, CopiesAndMembersAreBoundedExactly) {
+  const auto members = [](int count) {
+    return "<xs:element name='r'/><xs:simpleType name='u'><xs:union memberTypes='" +
+           Repeat("xs:int ", count) + "'/></xs:simpleType>";
+  };
+  const auto copies = [](int attributes, int references) {
+    std::string text = "<xs:attributeGroup name='g'>";
+    for (int i = 0; i < attributes; ++i) text += Numbered("<xs:attribute name='a#'/>", i);
+    return text + "</xs:attributeGroup><xs:element name='r'><xs:complexType>" +
+           Repeat("<xs:attributeGroup ref='g'/>", references) + "</xs:complexType></xs:element>";
+  };
+  constexpr int kMembers = static_cast<int>(kUnionMembers);
+  static_assert(kSchemaCopyLimit == 2000 * 2000);
+  const struct {
+    std::string atBound;
+    std::string beyond;
+  } rows[] = {
+      {members(kMembers), members(kMembers + 1)},
+      {copies(2000, 2000), copies(2000, 2001)},
+  };
+  for (const auto& row : rows) {
+    BuildWith(row.atBound);
+    EXPECT_EQ(Error(), ModelCode::None);
+    BuildWith(row.beyond);
+    EXPECT_EQ(Error(), ModelCode::NotAllowed);
+  }
 }
 
 TEST_F(SchemaTest, CopiesAndChecksAreBounded) {

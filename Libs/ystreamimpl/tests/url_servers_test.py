@@ -89,6 +89,11 @@ class RawServer(socketserver.BaseRequestHandler):
                     time.sleep(0.25)
             except OSError:
                 pass
+        elif path.startswith(b"/hops/"):
+            left = int(path[6:])
+            target = "/hops/%d" % (left - 1) if left > 1 else "/longer"
+            self.request.sendall(b"HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: "
+                                 + target.encode() + b"\r\nConnection: close\r\n\r\n")
         elif path == b"/endless":
             self.request.sendall(b"HTTP/1.1 200 OK\r\n\r\n")
             try:
@@ -203,6 +208,8 @@ class Servers(unittest.TestCase):
             (["fetch", "http://{http}/error"], False, b"broken"),
             (["fetch", "http://{http}/moved"], True, b"<a/>"),
             (["fetch", "http://{http}/loop"], False, None),
+            (["fetch", "http://{raw}/hops/10"], True, b"<a/>"),
+            (["fetch", "http://{raw}/hops/11"], False, None),
             (["fetch", "http://{http}/tofile"], False, None),
             (["fetch", "http://{http}/headers"], True, b"Kelmora|no-cache|no-cache|"),
             (["cache", "header", "X-A: 1", "fetch", "http://{http}/headers"], True,

@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "curlapi.h"
+#include "tqcore/tqsingleton.h"
 #include "tqcore/tqtext.h"
 #include "urlparts.h"
 #include "urltransport.h"
+#include "ystreamimpl/patience.h"
 #include "ystreamimpl/tqurlloader.h"
 #include "ystreamimpl/ystream.h"
 
@@ -100,6 +102,7 @@ class RecordingTransport : public UrlTransport {
 
   UrlResponse Perform(const UrlRequest& request) override {
     asked.clear();
+    limits = request.limits;
     asked += request.verb + ' ' + request.url + ' ' + request.user + ':' + request.password;
     for (const std::string& header : request.headers) asked += " [" + header + ']';
     data = request.data;
@@ -108,6 +111,7 @@ class RecordingTransport : public UrlTransport {
 
   std::string asked;
   std::string data;
+  UrlLimits limits;
   UrlResponse answer{true, 200, true, "body"};
 
  private:
@@ -150,6 +154,22 @@ TEST(UrlLoader, Credentials) {
   EXPECT_EQ(loginOf(plain, u"http://other/"), ":");
   EXPECT_EQ(loginOf(plain, u"http://bob:x@h/"), "bob:x");
   EXPECT_EQ(loginOf(given, u"http://bob:x@h/"), "ann:pw");
+}
+
+TEST(UrlLoader, WaitsNoLongerThanTheRunMay) {
+  RecordingTransport transport;
+  TQUrlLoader loader;
+  Patience& patience = TQSingleton<Patience>::Instance();
+  const Patience before = patience;
+  patience.Spend(Patience::kSeconds - 40);
+  EXPECT_TRUE(loader.Fetch(u"http://h/a"));
+  EXPECT_EQ(transport.limits.connectSeconds, 30);
+  EXPECT_EQ(transport.limits.stallSeconds, 40);
+  patience.Spend(41);
+  transport.asked = "nothing";
+  EXPECT_FALSE(loader.Fetch(u"http://h/a"));
+  EXPECT_EQ(transport.asked, "nothing");
+  patience = before;
 }
 
 TEST(UrlStream, FetchesOnOpenAndSendsOnClose) {

@@ -4,8 +4,9 @@
 // The transfers are libcurl's, which is loaded when the first URL that needs it comes. There are
 // no dialogs: a refused login is a failed transfer. Nothing is raised; every failure is false.
 //
-// Bounds of a transfer are those of UrlLimits. Fetch follows up to kMostRedirects redirects, to
-// http and https only; a redirected Send is a failure. Certificates are verified.
+// Bounds of a transfer are those of UrlLimits; those that fail share the time of Patience. Fetch
+// follows up to kMostRedirects redirects, to http and https only; a redirected Send is a failure.
+// Certificates are verified.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +22,8 @@ namespace kelmora {
 struct UrlLimits {
   static constexpr long kMostRedirects = 10;
 
-  long connectSeconds = 30;
-  long stallSeconds = 60;                     // without a byte
+  int connectSeconds = 30;
+  int stallSeconds = 60;                      // at less than 100 bytes a second
   long totalSeconds = 600;                    // of one transfer
   std::int64_t largestBody = 0x7FFFFFFF - 1;  // bytes
   std::string certificateAuthorities;         // a PEM file; empty: those of the system

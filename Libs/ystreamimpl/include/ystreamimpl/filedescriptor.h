@@ -1,11 +1,9 @@
-// What reading and writing files share: an owned descriptor, names that stand for descriptors of
-// this process, and failures in the form of LoadError.
+// What reading and writing files share: an owned descriptor, and names that stand for descriptors
+// of this process.
 #pragma once
 
 #include <string>
 #include <utility>
-
-#include "xmltree/loaderror.h"
 
 namespace kelmora {
 
@@ -33,9 +31,5 @@ class FileDescriptor {
 // -1 for every other name.
 int DescriptorOfName(const std::string& path);
 FileDescriptor DuplicateDescriptor(int number);
-
-// Severity File with the system's number and text, or with a text of our own.
-void SetSystemError(LoadError& error, int number);
-void SetFileError(LoadError& error, int number, TQString message);
 
 }  // namespace kelmora

@@ -1,4 +1,4 @@
-#include "filewriter.h"
+#include "ystreamimpl/filewriter.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -10,8 +10,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "tqcore/tqtext.h"
-
 namespace kelmora {
 namespace {
 
@@ -19,7 +17,8 @@ constexpr mode_t kNewFileMode = 0666;  // less the user's mask
 constexpr mode_t kPermissions = 0777;
 constexpr mode_t kModeBits = 07777;
 constexpr int kNameAttempts = 100;
-constexpr int kCopyBlock = 65536;  // bytes
+constexpr const char* kOwnDescriptors = "/proc/self/fd/";  // by which a nameless file gets a name
+constexpr int kCopyBlock = 65536;                          // bytes
 constexpr long kPipePauseNanoseconds = 20'000'000;
 constexpr int kPipePausesPerSecond = 50;
 
@@ -59,8 +58,6 @@ bool MayWriteInPlace(int failure) {
 
 }  // namespace
 
-FileWriter::FileWriter(std::u16string_view path) : path_(ToNative(path)) {}
-
 FileWriter::~FileWriter() {
   DropReplacement();
 }
@@ -86,6 +83,7 @@ int FileWriter::Open() {
 }
 
 int FileWriter::OpenDirectly() {
+  target_.clear();
   file_ = FileDescriptor(
       open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, kNewFileMode));
   return file_.IsOpen() ? 0 : errno;
@@ -108,20 +106,45 @@ int FileWriter::OpenPipe() {
 
 int FileWriter::OpenReplacement(const struct stat* replaced) {
   const mode_t mode = replaced != nullptr ? replaced->st_mode & kPermissions : kNewFileMode;
-  const std::string start = DirectoryOf(target_) + ".kelmora-" + std::to_string(getpid()) + "-";
-  for (int attempt = 0; attempt < kNameAttempts && !file_.IsOpen(); ++attempt) {
-    replacement_ = start + std::to_string(attempt);
-    file_ = FileDescriptor(open(replacement_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (!file_.IsOpen() && errno != EEXIST) break;
-  }
-  if (!file_.IsOpen()) {
-    const int failure = errno;
-    replacement_.clear();
+  if (const int failure = MakeReplacement(mode)) {
     return replaced == nullptr || MayWriteInPlace(failure) ? OpenDirectly() : failure;
   }
   if (replaced == nullptr || KeepOwnerAndMode(*replaced)) return 0;
   DropReplacement();
   return OpenDirectly();
+}
+
+int FileWriter::MakeReplacement(mode_t mode) {
+  const std::string directory = DirectoryOf(target_);
+  if (access(kOwnDescriptors, X_OK) == 0) {
+    file_ = FileDescriptor(
+        open(directory.empty() ? "." : directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode));
+    if (file_.IsOpen()) return 0;
+  }
+  return TakeName([this, mode](const char* name) {
+    file_ = FileDescriptor(open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    return file_.IsOpen();
+  });
+}
+
+int FileWriter::NameReplacement() {
+  const std::string nameless = kOwnDescriptors + std::to_string(file_.Number());
+  return TakeName([&nameless](const char* name) {
+    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
+  });
+}
+
+// Offers names beside the target, until `take` can make one of them that of the new file.
+template <class Take>
+int FileWriter::TakeName(const Take& take) {
+  const std::string start = DirectoryOf(target_) + ".kelmora-" + std::to_string(getpid()) + "-";
+  int failure = EEXIST;
+  for (int attempt = 0; attempt < kNameAttempts && failure == EEXIST; ++attempt) {
+    replacement_ = start + std::to_string(attempt);
+    failure = take(replacement_.c_str()) ? 0 : errno;
+  }
+  if (failure != 0) replacement_.clear();
+  return failure;
 }
 
 bool FileWriter::KeepOwnerAndMode(const struct stat& replaced) {
@@ -143,10 +166,11 @@ int FileWriter::Write(std::string_view bytes) {
 }
 
 int FileWriter::Commit() {
-  if (replacement_.empty()) return file_.Close();
+  if (target_.empty()) return file_.Close();
   // Closing tells of writes that failed late, which must be known before the old file goes; the
   // descriptor itself may yet be needed.
   if (const int failure = DuplicateDescriptor(file_.Number()).Close()) return failure;
+  if (replacement_.empty() && NameReplacement() != 0) return CopyOverTarget();
   if (rename(replacement_.c_str(), target_.c_str()) != 0) return CopyOverTarget();
   replacement_.clear();
   return file_.Close();
@@ -154,7 +178,8 @@ int FileWriter::Commit() {
 
 // A file that is a mount point of its own cannot be replaced, only written.
 int FileWriter::CopyOverTarget() {
-  FileDescriptor target(open(target_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+  FileDescriptor target(
+      open(target_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFileMode));
   if (!target.IsOpen()) return errno;
   if (lseek(file_.Number(), 0, SEEK_SET) != 0) return errno;
   const auto block = std::make_unique<char[]>(kCopyBlock);

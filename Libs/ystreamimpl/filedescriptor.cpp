@@ -1,14 +1,11 @@
-#include "filedescriptor.h"
+#include "ystreamimpl/filedescriptor.h"
 
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <string_view>
 
 #include <fcntl.h>
 #include <unistd.h>
-
-#include "tqcore/tqtext.h"
 
 namespace kelmora {
 namespace {
@@ -44,15 +41,6 @@ int DescriptorOfName(const std::string& path) {
 
 FileDescriptor DuplicateDescriptor(int number) {
   return FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, 0));
-}
-
-void SetSystemError(LoadError& error, int number) {
-  SetFileError(error, number, FromNative(std::strerror(number)));
-}
-
-void SetFileError(LoadError& error, int number, TQString message) {
-  error.Set(LoadError::File, number, std::move(message));
-  error.flag = 1;
 }
 
 }  // namespace kelmora
