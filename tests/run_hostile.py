@@ -316,6 +316,18 @@ class Memory(Hostile):
             endings.add(run.error == '')
         self.assertEqual(endings, {False, True}, 'the limits do not reach both sides')
 
+    def test_order_of_a_language(self):
+        """Without room for what knows the language, texts must not come out in another order."""
+        files = {'in.xml': '<a><i>z</i><i>\xe4</i><i>b</i><i>Z</i></a>',
+                 'in.xsl': XSL % ('<xsl:output method="text"/><xsl:template match="/"><xsl:for-each '
+                                  'select="//i"><xsl:sort lang="de"/><xsl:value-of select="."/>'
+                                  '</xsl:for-each></xsl:template>')}
+        expected = Run(files).result
+        for megabytes in range(16, 80, 2):
+            run = Run(files, limits=[(resource.RLIMIT_AS, megabytes << 20)])
+            self.check_end(run)
+            self.assertIn((run.error, run.result), [('', expected), (MEMORY, OLD)])
+
     def test_endless_growth(self):
         limits = [(resource.RLIMIT_AS, 100 << 20)]
         doubling = XSL % ('<xsl:template match="/"><xsl:call-template name="t"><xsl:with-param '

@@ -3,11 +3,12 @@
 // interface that serve here are declared below.
 #include "collation.h"
 
-#include <dlfcn.h>
-
 #include <cstdlib>
+#include <new>
 #include <string>
+#include <string_view>
 
+#include "tqcore/sharedlibrary.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {
@@ -51,6 +52,7 @@ struct CollationLibrary {
   int (*sortKey)(const Collator* collator, const char16_t* text, int length, std::uint8_t* key,
                  int capacity) = nullptr;
 
+  static constexpr int kMemoryError = 7;  // status
   static constexpr int kValidLocale = 1;  // type of localeByType
   static constexpr int kAlternateHandling = 1, kNonIgnorable = 21;
   static constexpr int kStrength = 5, kSecondary = 1, kTertiary = 2;
@@ -66,18 +68,12 @@ struct CollationLibrary {
   bool Bind(void* handle, const std::string& suffix);
 };
 
-template <class Function>
-bool BindSymbol(Function& function, void* handle, const std::string& name) {
-  function = reinterpret_cast<Function>(dlsym(handle, name.c_str()));
-  return function != nullptr;
-}
-
 bool CollationLibrary::Bind(void* handle, const std::string& suffix) {
-  return BindSymbol(open, handle, "ucol_open" + suffix) &&
-         BindSymbol(close, handle, "ucol_close" + suffix) &&
-         BindSymbol(localeByType, handle, "ucol_getLocaleByType" + suffix) &&
-         BindSymbol(setAttribute, handle, "ucol_setAttribute" + suffix) &&
-         BindSymbol(sortKey, handle, "ucol_getSortKey" + suffix);
+  return BindSymbol(handle, ("ucol_open" + suffix).c_str(), open) &&
+         BindSymbol(handle, ("ucol_close" + suffix).c_str(), close) &&
+         BindSymbol(handle, ("ucol_getLocaleByType" + suffix).c_str(), localeByType) &&
+         BindSymbol(handle, ("ucol_setAttribute" + suffix).c_str(), setAttribute) &&
+         BindSymbol(handle, ("ucol_getSortKey" + suffix).c_str(), sortKey);
 }
 
 CollationLibrary CollationLibrary::Load() {
@@ -85,11 +81,10 @@ CollationLibrary CollationLibrary::Load() {
   constexpr int kOldestVersion = 50;
   for (int version = kNewestVersion; version >= kOldestVersion; --version) {
     const std::string number = std::to_string(version);
-    void* handle = dlopen(("libicui18n.so." + number).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = OpenSharedLibrary(("libicui18n.so." + number).c_str());
     if (handle == nullptr) continue;
     CollationLibrary library;
     if (library.Bind(handle, "_" + number)) return library;
-    dlclose(handle);
   }
   return {};
 }
@@ -118,6 +113,7 @@ class LanguageCollation final : public Collation {
       key.resize(start + static_cast<std::size_t>(used));
       used = library.sortKey(collator, text.data(), length, key.data() + start, used);
     }
+    if (used == 0) throw std::bad_alloc();  // an empty text has a key too
     key.resize(start + static_cast<std::size_t>(used));
   }
 
@@ -139,6 +135,7 @@ class LanguageCollation final : public Collation {
     const auto& library = CollationLibrary::Get();
     int status = 0;  // positive: an error
     Collator* collator = library.open(language.c_str(), &status);
+    if (status == CollationLibrary::kMemoryError) throw std::bad_alloc();
     if (collator == nullptr) return nullptr;
     const char* found =
         status <= 0 ? library.localeByType(collator, CollationLibrary::kValidLocale, &status)

@@ -42,6 +42,7 @@ enum class CurlOption : int {
 
 namespace curl {
 inline constexpr int kOk = 0;
+inline constexpr int kOutOfMemory = 27;
 inline constexpr long kGlobalAll = 3;
 inline constexpr int kInfoResponseCode = 0x200002;   // long*
 inline constexpr int kInfoContentLength = 0x60000F;  // std::int64_t*, -1 when unknown

@@ -1,11 +1,11 @@
 #include "tqinternetsession.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
+
+#include "tqcore/sharedlibrary.h"
 
 namespace kelmora {
 
@@ -14,29 +14,23 @@ namespace {
 constexpr const char* kLibraries[] = {"libcurl.so.4", "libcurl-gnutls.so.4"};
 constexpr long kStallBytesPerSecond = 100;
 
-template <class Function>
-bool Resolve(void* library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(dlsym(library, name));
-  return function != nullptr;
-}
-
 }  // namespace
 
 bool CurlApi::Load() {
   void* library = nullptr;
   for (const char* name : kLibraries) {
-    library = dlopen(name, RTLD_NOW | RTLD_LOCAL);  // stays loaded: it registers exit handlers
+    library = OpenSharedLibrary(name);
     if (library != nullptr) break;
   }
-  return library != nullptr && Resolve(library, "curl_global_init", globalInit) &&
-         Resolve(library, "curl_easy_init", easyInit) &&
-         Resolve(library, "curl_easy_reset", easyReset) &&
-         Resolve(library, "curl_easy_cleanup", easyCleanup) &&
-         Resolve(library, "curl_easy_perform", easyPerform) &&
-         Resolve(library, "curl_easy_setopt", easySetOption) &&
-         Resolve(library, "curl_easy_getinfo", easyGetInfo) &&
-         Resolve(library, "curl_slist_append", listAppend) &&
-         Resolve(library, "curl_slist_free_all", listFree);
+  return library != nullptr && BindSymbol(library, "curl_global_init", globalInit) &&
+         BindSymbol(library, "curl_easy_init", easyInit) &&
+         BindSymbol(library, "curl_easy_reset", easyReset) &&
+         BindSymbol(library, "curl_easy_cleanup", easyCleanup) &&
+         BindSymbol(library, "curl_easy_perform", easyPerform) &&
+         BindSymbol(library, "curl_easy_setopt", easySetOption) &&
+         BindSymbol(library, "curl_easy_getinfo", easyGetInfo) &&
+         BindSymbol(library, "curl_slist_append", listAppend) &&
+         BindSymbol(library, "curl_slist_free_all", listFree);
 }
 
 class TQInternetSession::HeaderList {
@@ -68,7 +62,8 @@ class TQInternetSession::HeaderList {
 struct TQInternetSession::Download {
   TQInternetSession& session;
   const UrlRequest& request;
-  std::string body;
+  std::string body = {};
+  bool ranOutOfMemory = false;
 
   long Status() const {
     long status = 0;
@@ -77,20 +72,23 @@ struct TQInternetSession::Download {
   }
 };
 
-TQInternetSession::TQInternetSession() {
-  if (!api_.Load() || api_.globalInit(curl::kGlobalAll) != curl::kOk) return;
-  handle_ = api_.easyInit();
-}
-
 TQInternetSession::~TQInternetSession() {
   if (handle_ != nullptr) api_.easyCleanup(handle_);
 }
 
+bool TQInternetSession::Open() {
+  if (handle_ != nullptr) return true;
+  if (!api_.Load()) return false;
+  if (api_.globalInit(curl::kGlobalAll) == curl::kOk) handle_ = api_.easyInit();
+  if (handle_ == nullptr) throw std::bad_alloc();  // nothing else can be missing by then
+  return true;
+}
+
 UrlResponse TQInternetSession::Perform(const UrlRequest& request) {
   UrlResponse response;
-  if (handle_ == nullptr) return response;
+  if (!Open()) return response;
   api_.easyReset(handle_);
-  Download download{*this, request, {}};
+  Download download{*this, request};
   std::string_view unsent = request.data;
   const HeaderList headers(api_, request.headers);
 
@@ -103,7 +101,9 @@ UrlResponse TQInternetSession::Perform(const UrlRequest& request) {
   SetPointer(CurlOption::kWriteFunction, reinterpret_cast<const void*>(&OnWrite));
   SetPointer(CurlOption::kWriteData, &download);
 
-  response.isComplete = api_.easyPerform(handle_) == curl::kOk;
+  const int result = api_.easyPerform(handle_);
+  if (result == curl::kOutOfMemory || download.ranOutOfMemory) throw std::bad_alloc();
+  response.isComplete = result == curl::kOk;
   response.status = download.Status();
   response.hasBody = response.isComplete && request.HasBodyToRead(response.status);
   if (response.hasBody) response.body = std::move(download.body);
@@ -174,6 +174,7 @@ std::size_t TQInternetSession::OnWrite(char* bytes, std::size_t size, std::size_
       self.request.onBlock(block, static_cast<std::int64_t>(self.body.size()), expected);
     }
   } catch (...) {
+    self.ranOutOfMemory = true;
     return 0;
   }
   return block.size();

@@ -9,16 +9,16 @@ namespace kelmora {
 
 class TQInternetSession final : public UrlTransport {
  public:
-  // Loads libcurl. Without it every request is incomplete.
-  TQInternetSession();
   ~TQInternetSession() override;
 
+  // The first request loads libcurl. Without it every request is incomplete.
   UrlResponse Perform(const UrlRequest& request) override;
 
  private:
   class HeaderList;
   struct Download;
 
+  bool Open();
   // One per kind of value, since the C function takes any and checks none.
   void SetNumber(CurlOption option, long value);
   void SetSize(CurlOption option, std::int64_t value);

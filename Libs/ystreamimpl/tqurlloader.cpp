@@ -109,42 +109,32 @@ void TQUrlLoader::DropBuffer() {
   TakeBuffer();
 }
 
-bool TQUrlLoader::Fetch(std::u16string_view url) noexcept {
-  try {
-    DropBuffer();
-    UrlRequest request;
-    if (!Prepare(url, request)) return false;
-    if (request.service == UrlService::kFile) {
-      hasBuffer_ = ReadLocalFile(object_, limits_.largestBody, buffer_);
-      if (!hasBuffer_) DropBuffer();
-      return hasBuffer_;
-    }
-    request.verb = "GET";
-    request.headers.emplace_back("Accept: */*");
-    return Transfer(request);
-  } catch (...) {  // memory, in whatever form it ran out
-    DropBuffer();
-    return false;
+bool TQUrlLoader::Fetch(std::u16string_view url) {
+  DropBuffer();
+  UrlRequest request;
+  if (!Prepare(url, request)) return false;
+  if (request.service == UrlService::kFile) {
+    hasBuffer_ = ReadLocalFile(object_, limits_.largestBody, buffer_);
+    if (!hasBuffer_) DropBuffer();
+    return hasBuffer_;
   }
+  request.verb = "GET";
+  request.headers.emplace_back("Accept: */*");
+  return Transfer(request);
 }
 
 bool TQUrlLoader::Send(std::u16string_view url, std::string_view data, std::string_view verb,
-                       std::string_view mediaType) noexcept {
-  try {
-    DropBuffer();
-    UrlRequest request;
-    if (!Prepare(url, request)) return false;
-    if (request.service == UrlService::kFile) return WriteLocalFile(object_, data);
-    if (!request.IsHttp() && request.service != UrlService::kFtp) return false;
-    request.isSend = true;
-    request.verb = verb;
-    request.data = data;
-    request.headers.push_back("Content-Type: " + std::string(mediaType));
-    return Transfer(request);
-  } catch (...) {
-    DropBuffer();
-    return false;
-  }
+                       std::string_view mediaType) {
+  DropBuffer();
+  UrlRequest request;
+  if (!Prepare(url, request)) return false;
+  if (request.service == UrlService::kFile) return WriteLocalFile(object_, data);
+  if (!request.IsHttp() && request.service != UrlService::kFtp) return false;
+  request.isSend = true;
+  request.verb = verb;
+  request.data = data;
+  request.headers.push_back("Content-Type: " + std::string(mediaType));
+  return Transfer(request);
 }
 
 // Takes the URL to pieces and decides on the login: the one given, else that of the URL, else the

@@ -45,6 +45,7 @@ KELMORA_SAME_OPTION(kPassword, CURLOPT_PASSWORD);
 KELMORA_SAME_OPTION(kProxyUserName, CURLOPT_PROXYUSERNAME);
 KELMORA_SAME_OPTION(kProxyPassword, CURLOPT_PROXYPASSWORD);
 #undef KELMORA_SAME_OPTION
+static_assert(kelmora::curl::kOutOfMemory == CURLE_OUT_OF_MEMORY);
 static_assert(kelmora::curl::kInfoResponseCode == CURLINFO_RESPONSE_CODE);
 static_assert(kelmora::curl::kInfoContentLength == CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
 static_assert(kelmora::curl::kHttpVersion11 == CURL_HTTP_VERSION_1_1);

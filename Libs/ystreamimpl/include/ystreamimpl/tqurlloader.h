@@ -2,7 +2,8 @@
 // takes a block of memory to one; http, https, ftp, gopher (Fetch only) and file.
 //
 // The transfers are libcurl's, which is loaded when the first URL that needs it comes. There are
-// no dialogs: a refused login is a failed transfer. Nothing is raised; every failure is false.
+// no dialogs: a refused login is a failed transfer. What fails is false; only the end of memory is
+// raised.
 //
 // Bounds of a transfer are those of UrlLimits; those that fail share the time of Patience. Fetch
 // follows up to kMostRedirects redirects, to http and https only; a redirected Send is a failure.
@@ -59,10 +60,10 @@ class TQUrlLoader {
   void SetExtraHeaders(std::vector<TQString> lines) { extraHeaders_ = std::move(lines); }
   void SetLimits(UrlLimits limits) { limits_ = std::move(limits); }
 
-  [[nodiscard]] bool Fetch(std::u16string_view url) noexcept;
+  [[nodiscard]] bool Fetch(std::u16string_view url);
   // The response, if there is one, becomes the buffer. `verb` and `mediaType` are for http.
   [[nodiscard]] bool Send(std::u16string_view url, std::string_view data, std::string_view verb,
-                          std::string_view mediaType) noexcept;
+                          std::string_view mediaType);
 
   // What the last transfer brought. A response 500 has its body here though it is a failure.
   bool HasBuffer() const { return hasBuffer_; }

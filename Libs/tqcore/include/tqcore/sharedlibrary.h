@@ -1,0 +1,18 @@
+// Libraries that only some runs need, loaded when they do. They stay loaded.
+#pragma once
+
+namespace kelmora {
+
+// Null when there is no such library. Throws std::bad_alloc when it is there and finds no room:
+// what it was needed for must not silently come out otherwise.
+void* OpenSharedLibrary(const char* fileName);
+void* FindSymbol(void* library, const char* name);
+
+// False when the library does not have the function.
+template <class Function>
+bool BindSymbol(void* library, const char* name, Function& function) {
+  function = reinterpret_cast<Function>(FindSymbol(library, name));
+  return function != nullptr;
+}
+
+}  // namespace kelmora
