@@ -24,8 +24,8 @@ constexpr char32_t kLastCodePoint = 0x10FFFF;
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr unsigned char kFirstBeyondAscii = 0x80;
 
-// By the number of ones that a lead byte begins with. Without a meaning it stands alone.
-constexpr std::array<unsigned char, 9> kLengths = {1, 1, 2, 3, 4, 5, 6, 1, 1};
+// By the number of ones that a lead byte begins with. With a single one it leads nothing.
+constexpr std::array<unsigned char, 9> kLengths = {1, 1, 2, 3, 4, 5, 6, 6, 6};
 
 int SequenceLength(unsigned char lead) {
   if (lead >= 0xC0 && lead < 0xE0) return 2;

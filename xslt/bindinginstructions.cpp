@@ -80,8 +80,13 @@ std::int32_t DefinitionInstruction::TakenError() const {
   return IsParameter() ? XsltCode::ParameterExists : XsltCode::VariableExists;
 }
 
+// The frame that sees a local definition. As document element it has none around it.
+TemplateFrame& DefinitionInstruction::Scope() const {
+  return Frame().Parent != nullptr ? *Frame().Parent : Frame();
+}
+
 void DefinitionInstruction::CheckLocalName() const {
-  const TemplateFrame& scope = *Frame().Parent;
+  const TemplateFrame& scope = Scope();
   const TQString& name = Binding().Name;
   if (scope.Variables.Find(name) != nullptr || scope.Parameters.Find(name) != nullptr) {
     throw TQXSLTError(TakenError(), Binding().NameNode);
@@ -116,7 +121,7 @@ void DefinitionInstruction::Store(XPathValue value) {
     (IsParameter() ? Processor->ParameterDefinitions : Processor->VariableDefinitions)[name] =
         DefiningNode->parent;
   } else {
-    TemplateFrame& scope = *Frame().Parent;
+    TemplateFrame& scope = Scope();
     (IsParameter() ? scope.Parameters : scope.Variables).Bind(name, std::move(value));
   }
 }

@@ -41,6 +41,7 @@ class DefinitionInstruction : public BindingInstruction {
  private:
   bool IsParameter() const { return ElementCode == ElementCode::Param; }
   std::int32_t TakenError() const;
+  TemplateFrame& Scope() const;
   void CheckLocalName() const;
   void MakeWayForGlobal();
 };

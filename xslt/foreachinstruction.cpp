@@ -70,7 +70,8 @@ void ForEachInstruction::NextIteration() {
     return;
   }
   ++Iteration;
-  frame.Variables = frame.Parent->Variables;  // what the body bound is gone
+  // What the body bound is gone. A document element has no frame around it.
+  frame.Variables = frame.Parent != nullptr ? frame.Parent->Variables : VariableMap();
   frame.Cursor = FirstBodyNode;
   if (FirstBodyNode != nullptr) BodyFrame(FirstBodyNode);
 }

@@ -245,6 +245,8 @@ RecordPtr Literal(const XPathNode* element) {
     if (record == nullptr) record = std::make_unique<LiteralRecord>();
     return *record;
   };
+  XPathNode* excluded = nullptr;
+  XPathNode* extensions = nullptr;
   for (XPathNode* child = element->firstChild; child != nullptr; child = child->next) {
     if (child->kind != XPathNodeKind::Attribute) continue;
     const std::int32_t code = XsltAttributeNames::Code(child);
@@ -252,10 +254,15 @@ RecordPtr Literal(const XPathNode* element) {
     if (code == A::Version && !isXslt) {
       made().ForwardCompatible = child->GetValue() != u"1.0";
     } else if (code == A::ExcludeResultPrefixes && isXslt) {
-      made().ExcludedPrefixes = XSLTProcessorBase::PrefixListURIs(child);
+      excluded = child;
     } else if (code == A::ExtensionElementPrefixes && isXslt) {
-      made().ExtensionPrefixes = XSLTProcessorBase::PrefixListURIs(child);
+      extensions = child;
     }
+  }
+  // Of two faulty lists the excluded prefixes are reported, wherever they stand.
+  if (excluded != nullptr) made().ExcludedPrefixes = XSLTProcessorBase::PrefixListURIs(excluded);
+  if (extensions != nullptr) {
+    made().ExtensionPrefixes = XSLTProcessorBase::PrefixListURIs(extensions);
   }
   return record;
 }

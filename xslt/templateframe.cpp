@@ -95,6 +95,8 @@ bool IsUseAttributeSets(const XPathNode* node) {
 }  // namespace
 
 void TemplateFrame::MakeInstruction() {
+  // A stylesheet that was read as a DTD has no element to start with.
+  if (CurrentNode == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   const ElementDispatcher::Entry entry = Processor->Dispatcher->Find(CurrentNode);
   if (entry.code != ElementCode::Literal) {
     Instruction = kelmora::MakeInstruction(entry.code, Processor);

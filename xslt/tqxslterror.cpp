@@ -55,15 +55,6 @@ TQXSLTError& TQXSLTError::SetXPathError(std::int32_t xpathCode, std::int32_t xpa
   return *this;
 }
 
-TQXSLTError TQXSLTError::OfParameter(std::u16string_view name) const {
-  TQXSLTError error(*this);
-  error.node_ = nullptr;
-  error.message_ = Text();
-  error.message_ += u", parameter ";
-  error.message_ += name;
-  return error;
-}
-
 const TQString& TQXSLTError::Text() const {
   if (!message_.IsEmpty() || code_ == 0) return message_;
   if (code_ == XsltCode::XPathFailed) return XPathText();

@@ -141,11 +141,7 @@ void XSLTProcessorBase::EvaluateParameters() {
     ExpressionText expression;
     expression.Text = text;
     XPathValue value;
-    try {
-      EvaluateExpression(expression, BottomFrame(), value);
-    } catch (const TQXSLTError& error) {
-      throw error.OfParameter(name);
-    }
+    EvaluateExpression(expression, BottomFrame(), value);
     values.Bind(name, std::move(value));
   }
   BottomFrame().PassedParameters = std::move(values);

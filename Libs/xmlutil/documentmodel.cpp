@@ -207,8 +207,14 @@ SchemaDeclarations& DocumentModel::Schema() {
 
 ElementDeclaration* DocumentModel::FindDeclaration(View qualifiedName, InternedURI uri,
                                                    ElementDeclaration* parentDeclaration) {
-  if (schemaKind == SchemaKind::DTD) return FindElement({qualifiedName, nullptr});
-  const NameKey name{LocalPartOf(qualifiedName), uri};
+  const View local = LocalPartOf(qualifiedName);
+  if (schemaKind == SchemaKind::DTD) {
+    // A DTD knows no namespaces: what it says of a name holds behind any prefix that it does not
+    // name itself.
+    ElementDecl* whole = FindElement({qualifiedName, nullptr});
+    return whole != nullptr || local == qualifiedName ? whole : FindElement({local, nullptr});
+  }
+  const NameKey name{local, uri};
   if (auto* parent = static_cast<ElementDecl*>(parentDeclaration)) {
     if (ElementDecl* child = parent->FindChildElement(name)) return child;
   }

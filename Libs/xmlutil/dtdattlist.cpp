@@ -115,7 +115,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   const auto parsed =
       model_.ParseFragment(expanded, u"attlistText", XTreeKind::DTDAttlist, place.kind);
   if (parsed == nullptr) {
-    if (model_.pass == 1 && model_.needAnotherPass) return true;
+    if (IsProvisional()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
   }
   // The root holds the items of the first definition, and a list for each further one.
@@ -227,6 +227,7 @@ bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
   if (!attribute.isEnumeration || attribute.defaultValue.IsEmpty()) return true;
   const auto& names = attribute.enumeration;
   if (std::find(names.begin(), names.end(), attribute.defaultValue) != names.end()) return true;
+  if (IsProvisional()) return true;
   return model_.Error().RecordError(ModelCode::DefaultNotInEnumeration, &list,
                                     attribute.defaultValue);
 }

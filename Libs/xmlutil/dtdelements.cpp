@@ -91,7 +91,7 @@ bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, c
     if (content.item == Item::PERef) break;  // a reference again: there is no end to that
     return ReadGroup(element, content, node);
   }
-  if (model_.pass == 1 && model_.needAnotherPass) return true;
+  if (IsProvisional()) return true;
   return model_.Error().RecordError(ModelCode::BadContentModel, &node, element.name.local);
 }
 

@@ -98,6 +98,7 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
     const int length = value.Length();
     const char16_t quote = length > 0 ? value[0] : u'\0';
     if (length < 2 || (quote != u'"' && quote != u'\'') || value[length - 1] != quote) {
+      if (IsProvisional()) return true;
       return model_.Error().RecordError(ModelCode::BadName, &node, entity.name);
     }
     value = value.Mid(1, length - 2);

@@ -138,7 +138,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
   }
   if (expanded.Find(u'<') == TQString::kNotFound) {
     // Nothing but references that are not known yet: the next pass knows them.
-    if (model_.needAnotherPass && model_.pass == 1) return true;
+    if (IsProvisional()) return true;
     return model_.Error().RecordError(ModelCode::BadSection, &node, text);
   }
   return ReadReplacement(node, expanded, place);
@@ -147,6 +147,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
 bool DtdReader::ReadReplacement(const XTreeNode& node, View text, const Place& place) {
   auto parsed = model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
+    if (IsProvisional()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &node, node.GetText());
   }
   return ReadDeclarations(model_.Keep(std::move(parsed)), place);

@@ -46,6 +46,8 @@ class DtdReader {
   bool ReadSection(const XTreeNode& node, const Place& place);
   bool ReadEntityReference(const XTreeNode& node, const Place& place);
   bool ReadReplacement(const XTreeNode& node, std::u16string_view text, const Place& place);
+  // What the first pass cannot read for references to what is declared further on, the second can.
+  bool IsProvisional() const { return model_.pass == 1 && model_.needAnotherPass; }
   // "%name;" exactly: the entity, or null with the failure recorded or, in the first pass, another
   // pass asked for; `goOn` then tells whether reading may continue without it.
   EntityDecl* FindParameterEntity(const XTreeNode& node, std::u16string_view reference, bool& goOn);

@@ -31,7 +31,7 @@ bool IsQuote(char16_t unit) {
 }  // namespace
 
 std::shared_ptr<SimpleType> XdrType(View name) {
-  const std::int32_t code = TypeCodeFromName(TrimView(name), true);
+  const std::int32_t code = TypeCodeFromName(name, true);
   return code != TypeCode::UserDefined ? std::make_shared<SimpleType>(code) : nullptr;
 }
 

@@ -70,6 +70,7 @@ class XMLRegExp::Run {
   bool Turn();  // rejects the last open choice; false when none is left
 
   const XMLRegExpGrammar& grammar_;
+  const std::int64_t lastStep_ = steps + kMaxSteps;
   std::vector<XMLRegExpChoice> choices_;
   std::unordered_map<XMLRegExpChoice, std::size_t, ChoiceHash, ChoiceEqual> places_;
 };
@@ -95,6 +96,7 @@ int XMLRegExp::Run::Search(const ParsoNode* root, const char16_t* text, bool sto
   for (int attempts = 1;; ++attempts) {
     const char16_t* cursor = text;
     const bool through = MatchNode(root, cursor, false, nullptr);
+    if (steps > lastStep_) return kNoMatch;
     if (through && *cursor == 0) return kMatch;
     const int result = through ? kPartial : kNoMatch;
     if (through && stopAtPartial) return result;
@@ -137,8 +139,8 @@ bool XMLRegExp::Run::MatchPiece(const ParsoNode* node, const char16_t*& cursor, 
     const char16_t* const start = cursor;
     matched = MatchNode(atom, cursor, negated, nullptr);
     if (!matched) break;
-    if (cursor == start) {  // an empty iteration ends the loop as soon as it may
-      if (count >= quantity.least) return true;
+    if (cursor == start) {  // all further iterations would be as empty
+      return true;
     } else if (count >= quantity.least &&
                Meet({atom, cursor, count, negated, false}) == Choice::Rejected) {
       cursor = start;
@@ -212,7 +214,7 @@ bool XMLRegExp::Run::MatchNode(const ParsoNode* node, const char16_t*& cursor, b
                                char16_t* outUnit) {
   const ParsoNode* first = node->firstChild;
   const View text = node->Text();
-  ++steps;
+  if (++steps > lastStep_) return false;  // the whole search is over
   switch (grammar_.RuleOf(node)) {
     case RegExpRule::RegExp:
       return MatchRegExp(node, cursor, negated);

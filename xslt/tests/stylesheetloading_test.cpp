@@ -192,6 +192,31 @@ TEST(StylesheetLoadingTest, SimplifiedStylesheet) {
   EXPECT_EQ(unversioned.Result().substr(result.find("<out")), "<out n=\"1\">t</out>");
 }
 
+// So do some instructions. There is no frame around theirs.
+TEST(StylesheetLoadingTest, InstructionAsDocumentElement) {
+  const struct {
+    std::string start;
+    const char* expected;
+  } rows[] = {
+      {"<xsl:for-each select='//a'>t", "tt"},
+      {"<xsl:for-each select='//a'><xsl:variable name='v' select='.'/><xsl:value-of select='$v'/>",
+       "12"},
+      {"<xsl:variable name='v' select='1'>", ""},
+      {"<xsl:variable name='v'>text", ""},
+      {"<xsl:variable name='v' select='none()'>", "code 1 (9) at xsl:variable [xsl:variable]"},
+  };
+  for (const auto& row : rows) {
+    const std::size_t end = row.start.find_first_of(" ");
+    const std::string declared = row.start.substr(0, end) +
+                                 " xmlns:xsl='http://www.w3.org/1999/XSL/Transform'" +
+                                 row.start.substr(end) + "</" + row.start.substr(1, end - 1) + ">";
+    std::string result = StylesheetRun{declared, "<r><a>1</a><a>2</a></r>"}.Result();
+    const std::size_t declaration = result.find("?>");
+    if (declaration != std::string::npos) result = result.substr(declaration + 2);
+    EXPECT_EQ(result, row.expected) << row.start;
+  }
+}
+
 // Neither the prefix xsl nor any other has to be used.
 TEST(StylesheetLoadingTest, DefaultNamespace) {
   const StylesheetRun run{

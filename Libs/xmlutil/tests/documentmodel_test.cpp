@@ -63,6 +63,17 @@ TEST_F(ModelTest, InternalSubset) {
        "<!DOCTYPE a [<!ENTITY % m '(b,'><!ELEMENT a %m;><!ATTLIST a x CDATA '1'>]><a/>", "(a)",
        ModelCode::BadContentModel},
       {"nothing in it", "<!DOCTYPE a><a/>", "(a)", ModelCode::EmptyDoctype},
+      {"entity whose value is declared further on",
+       "<!DOCTYPE a [<!ENTITY e %p;><!ENTITY % p \"'E'\"><!ATTLIST a x CDATA '1'>]><a>&e;</a>",
+       "(a x=1'E')", ModelCode::None},
+      {"names and type that are declared further on",
+       "<!DOCTYPE a [<!ATTLIST a x (p|%n;) 'q' y %t; '1'><!ENTITY % n 'q'><!ENTITY % t 'CDATA'>"
+       "<!ATTLIST a z CDATA '2'>]><a/>",
+       "(a x=q y=1 z=2)", ModelCode::None},
+      {"declarations out of what is declared further on",
+       "<!DOCTYPE a [<!ENTITY % d \"<!ATTLIST a x (p|%n;) 'q'>\">%d;<!ENTITY % n 'q'>"
+       "<!ATTLIST a z CDATA '2'>]><a/>",
+       "(a z=2 x=q)", ModelCode::None},
       {"unknown parameter entity", "<!DOCTYPE a [%p;<!ATTLIST a x CDATA '1'>]><a/>", "(a x=1)",
        ModelCode::UnknownEntity},
   };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include <string>
 
 #include "tqcore/tqtext.h"
@@ -70,6 +72,15 @@ TEST(XMLRegExp, SearchIsBounded) {
   EXPECT_EQ(XMLRegExp(u"(a|b)*c", false).Match(std::u16string(600, u'a')), XMLRegExp::kNoMatch);
   EXPECT_EQ(XMLRegExp(u"(a*)*b", false).Match(std::u16string(40, u'a')), XMLRegExp::kNoMatch);
   EXPECT_EQ(XMLRegExp(u"[a-z]*", false).Match(std::u16string(200000, u'a')), XMLRegExp::kMatch);
+  // Repetitions of nothing, and repetitions that multiply.
+  EXPECT_EQ(XMLRegExp(u"(a*){1000000000}b", false).Match(u"b"), XMLRegExp::kMatch);
+  TQString stars = u"a";
+  for (int i = 0; i < 100; ++i) stars = u"(" + stars + u")*";
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(XMLRegExp(stars + u"b", false).Match(u"aaaa"), XMLRegExp::kNoMatch);
+  EXPECT_EQ(XMLRegExp(u"((((a{99}){99}){99}){99}){99}b", false).Match(std::u16string(900, u'a')),
+            XMLRegExp::kNoMatch);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
 TEST(XMLRegExp, NestingIsBounded) {
@@ -110,6 +121,20 @@ TEST(XMLRegExp, ChoicesAndAttemptsAreBoundedExactly) {
     EXPECT_EQ(XMLRegExp(u"a*a*" + all, false).Match(all),
               n == 139 ? XMLRegExp::kMatch : XMLRegExp::kNoMatch);
   }
+}
+
+TEST(XMLRegExp, StepsAreBoundedExactly) {
+  const XMLRegExp expression(u"[a-z]*", false);
+  const auto stepsFor = [&expression](std::size_t units) {
+    const std::int64_t before = XMLRegExp::steps;
+    EXPECT_EQ(expression.Match(std::u16string(units, u'a')), XMLRegExp::kMatch);
+    return XMLRegExp::steps - before;
+  };
+  const std::int64_t perUnit = stepsFor(2) - stepsFor(1);
+  const std::int64_t others = stepsFor(1) - perUnit;
+  const auto most = static_cast<std::size_t>((XMLRegExp::kMaxSteps - others) / perUnit);
+  EXPECT_LE(stepsFor(most), XMLRegExp::kMaxSteps);
+  EXPECT_EQ(expression.Match(std::u16string(most + 1, u'a')), XMLRegExp::kNoMatch);
 }
 
 TEST(XMLRegExp, FailedCompileKeepsThePlace) {

@@ -69,9 +69,6 @@ class TQXSLTError {
   // Stores the numbers of the expression that failed; for code 1.
   TQXSLTError& SetXPathError(std::int32_t xpathCode, std::int32_t xpathFunction);
 
-  // The same error of a parameter of the command line, with its name and without a node.
-  TQXSLTError OfParameter(std::u16string_view name) const;
-
   const TQString& Text() const;  // lives as long as the error
   XPathNode* Node() const { return node_; }
   std::int32_t Code() const { return code_; }

@@ -1,8 +1,9 @@
 // XMLRegExp: the regular expressions of XML Schema. An expression must take the whole text; "^" and
 // "$" are ordinary characters. All text is 16-bit units: a surrogate pair counts as two characters.
 //
-// An expression that does not parse accepts every text. The search is bounded by kMaxChoices and
-// kMaxAttempts; beyond them a text does not match. One object does one match at a time.
+// An expression that does not parse accepts every text. The search is bounded by kMaxChoices,
+// kMaxAttempts and kMaxSteps; beyond them a text does not match. One object does one match at a
+// time.
 #pragma once
 
 #include <cstdint>
@@ -37,6 +38,9 @@ class XMLRegExp {
 
   static constexpr std::size_t kMaxChoices = 1000;
   static constexpr int kMaxAttempts = 10000;
+  // Of one match, in nodes of the expression that are tried. A simple expression takes a few for
+  // each character; what takes more multiplies its repetitions.
+  static constexpr std::int64_t kMaxSteps = 5'000'000;
   // Bound on brackets inside one another; an expression beyond it does not compile.
   static constexpr int kMaxNesting = 500;
 
