@@ -452,6 +452,41 @@ def edited(data, generator):
     return data
 
 
+EXPRESSIONS = """. .. @k * 1 'text' $v $p $f $f/x //a|//b key('k',1) current() position() document('')
+//node() / generate-id() @* namespace::* 1div0 preceding::* id('x') sum(//a) ancestor::*[last()]
+format-number(.,'#,##0.0')""".split()
+PATTERNS = "/ a * @* node() a[1] r/a //b key('k','1') a|b p:* text() *[position()=2]".split()
+NAMES = ['t', 'p', 'v', 'k', 's', 'w', 'p:n', '', '1', '{name()}']
+# What an element of a stylesheet can say of itself, and where it can stand.
+ELEMENTS = {
+    'template': 'match:P name:N mode:N priority:E', 'variable': 'name:N select:E',
+    'param': 'name:N select:E', 'key': 'name:N match:P use:E', 'attribute-set': 'name:N',
+    'decimal-format': 'name:N digit:N', 'output': 'method:N cdata-section-elements:N indent:N',
+    'strip-space': 'elements:P', 'namespace-alias': 'stylesheet-prefix:N result-prefix:N',
+    'apply-imports': '', 'apply-templates': 'select:E mode:N', 'attribute': 'name:N namespace:N',
+    'call-template': 'name:N', 'choose': '', 'when': 'test:E', 'otherwise': '', 'comment': '',
+    'copy': 'use-attribute-sets:N', 'copy-of': 'select:E', 'element': 'name:N namespace:N',
+    'for-each': 'select:E', 'if': 'test:E', 'message': '', 'sort': 'select:E order:N data-type:N',
+    'number': 'level:N count:P from:P value:E format:N', 'processing-instruction': 'name:N',
+    'text': '', 'value-of': 'select:E', 'with-param': 'name:N select:E', 'fallback': ''}
+INSTRUCTIONS = list(ELEMENTS)[9:]
+
+
+def grown(generator, name, depth):
+    """An element with some of its attributes, and others in it."""
+    text = '<xsl:' + name
+    for attribute in ELEMENTS[name].split():
+        key, kind = attribute.split(':')
+        if generator.random() < 0.7:
+            value = generator.choice({'E': EXPRESSIONS, 'P': PATTERNS, 'N': NAMES}[kind])
+            text += ' %s="%s"' % (key, value)
+    inside = ''
+    if depth > 0 and name not in ('copy-of', 'value-of'):
+        inside = ''.join(grown(generator, generator.choice(INSTRUCTIONS), depth - 1)
+                         for _ in range(generator.randrange(3)))
+    return text + '>' + inside + '</xsl:%s>' % name
+
+
 class Damage(Hostile):
     def check_all(self, runs):
         """Rows of the name of a run and its files."""
@@ -473,6 +508,24 @@ class Damage(Hostile):
                     runs.append(('%s %s to %d' % (path, file, cut), {**files, file: whole[:cut]}))
                     runs.append(('%s %s edited' % (path, file),
                                  {**files, file: edited(whole, generator)}))
+        self.check_all(runs)
+
+    def test_grown_stylesheets(self):
+        generator = random.Random(SEED)
+        prefixes = ' xmlns:p="u" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"'
+        source = '<r xmlns:p="u"><a k="1">1</a><?p d?><a>2<b/></a><!--c--><p:a/>t</r>'
+        start = ('<xsl:param name="v"/><xsl:variable name="f"><x/></xsl:variable>'
+                 '<xsl:template name="t"><xsl:param name="p"/>T</xsl:template>')
+        runs = []
+        for number in range(200):
+            name = generator.choice(list(ELEMENTS))
+            sheet = grown(generator, name, 4)
+            if number % 4:
+                sheet = '<xsl:stylesheet version="1.0">%s%s</xsl:stylesheet>' % (
+                    start, sheet if name == 'template' else
+                    '<xsl:template match="r">%s</xsl:template>' % sheet)
+            end = sheet.index('>') if ' ' not in sheet[:sheet.index('>')] else sheet.index(' ')
+            runs.append((sheet, {'in.xsl': sheet[:end] + prefixes + sheet[end:], 'in.xml': source}))
         self.check_all(runs)
 
     def test_encodings(self):
