@@ -50,8 +50,8 @@ int WriteAll(int descriptor, std::string_view bytes) {
   return 0;
 }
 
-// Whether a file that cannot be made beside its target can still be written in its place. On a
-// full disk that would only cost the old content.
+// Whether a file that cannot be made or named beside its target can still be written in its place.
+// On a full disk that would only cost the old content.
 bool MayWriteInPlace(int failure) {
   return failure == EACCES || failure == EPERM || failure == EROFS || failure == ENAMETOOLONG;
 }
@@ -170,13 +170,17 @@ int FileWriter::Commit() {
   // Closing tells of writes that failed late, which must be known before the old file goes; the
   // descriptor itself may yet be needed.
   if (const int failure = DuplicateDescriptor(file_.Number()).Close()) return failure;
-  if (replacement_.empty() && NameReplacement() != 0) return CopyOverTarget();
+  if (replacement_.empty()) {
+    const int failure = NameReplacement();
+    if (failure != 0) return MayWriteInPlace(failure) ? CopyOverTarget() : failure;
+  }
   if (rename(replacement_.c_str(), target_.c_str()) != 0) return CopyOverTarget();
   replacement_.clear();
   return file_.Close();
 }
 
-// A file that is a mount point of its own cannot be replaced, only written.
+// A file that is a mount point of its own cannot be replaced, only written; nor can one whose
+// replacement may get no name.
 int FileWriter::CopyOverTarget() {
   FileDescriptor target(
       open(target_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFileMode));
