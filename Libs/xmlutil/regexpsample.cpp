@@ -56,7 +56,11 @@ void Sampler::VisitPiece(const ParsoNode* node) {
   if (atom == nullptr) return;
   const RegExpQuantity quantity = ReadQuantifier(atom, grammar_);
   const std::int32_t times = quantity.least > 0 ? quantity.least : (quantity.most >= 1 ? 1 : 0);
-  for (std::int32_t i = 0; i < times && out_.Length() < kMaxSample; ++i) Visit(atom);
+  for (std::int32_t i = 0; i < times && out_.Length() < kMaxSample; ++i) {
+    const int before = out_.Length();
+    Visit(atom);
+    if (out_.Length() == before) return;  // all further repetitions would be as empty
+  }
 }
 
 void Sampler::Visit(const ParsoNode* node) {

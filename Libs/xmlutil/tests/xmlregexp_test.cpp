@@ -156,6 +156,7 @@ TEST(XMLRegExp, Sample) {
       {u"\\p{Lu}", u"A"},
       {u"(a|b)+", u"a"},
       {u"\\p{IsGreekandCoptic}", u"\u0370"},
+      {u"x\\p{IsNowhere}{1000000000}", u"x"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(ToNative(XMLRegExp(row.pattern, false).Sample()), ToNative(row.sample))
