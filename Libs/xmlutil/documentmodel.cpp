@@ -56,8 +56,9 @@ bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url, XPathTre
   builder_ = &builder;
   url_ = url;
   SchemaReference reference = DetectSchemaKind(root, false);
-  if (reference.kind == SchemaKind::None)
+  if (reference.kind == SchemaKind::None) {
     return error_.RecordError(ModelCode::KindMismatch, nullptr);
+  }
   if (reference.kind != SchemaKind::DTD) return ReadReferenced(root, reference);
 
   schemaKind = SchemaKind::DTD;

@@ -107,8 +107,9 @@ bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& plac
 }
 
 bool DtdReader::ReadDoctype(const XTreeContainer& doctype, const Place& place) {
-  if (doctype.first == nullptr)
+  if (doctype.first == nullptr) {
     return model_.Error().RecordError(ModelCode::EmptyDoctype, &doctype);
+  }
   if (const XTreeNode* external = doctype.FirstChildOfKind(XTreeKind::ExternalID)) {
     const SchemaReference reference = DocumentModel::DetectSchemaKind(*doctype.parent, false);
     const TQString& location = reference.locations.front();
