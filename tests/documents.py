@@ -21,8 +21,8 @@ def check_reference(read):
     """Everything that can be asked for or printed is found by a search for its words."""
     reference = read('docs/language.md').replace('\\|', '|')
     known = [text for text in rows(read('Libs/tqcore/resourcestrings.def'), r'u"([^"]+)"\)$')]
-    known += ['`%s`' % name for name in rows(read('xslt/attributecodes.def'), r'u"([^"]+)"\)$')]
-    known += ['xsl:' + name for name in rows(read('xslt/elementcodes.def'), r'u"([^"]+)"\)$')]
+    known += ['`%s`' % name for name in rows(read('xslt/names/attributecodes.def'), r'u"([^"]+)"\)$')]
+    known += ['xsl:' + name for name in rows(read('xslt/names/elementcodes.def'), r'u"([^"]+)"\)$')]
     known += ['`%s(' % name for name in rows(read('xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
     if len(known) < 200:
         yield 'only %d names and messages were found in the sources' % len(known)

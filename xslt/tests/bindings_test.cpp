@@ -1,7 +1,7 @@
 // Variables, parameters and expressions of the stylesheet in their scopes.
 #include <gtest/gtest.h>
 
-#include "attributetemplates.h"
+#include "engine/attributetemplates.h"
 #include "stylesheetrun.h"
 #include "tqcore/tqtext.h"
 

@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "numberformat.h"
+#include "numbers/numberformat.h"
 #include "stylesheetrun.h"
 #include "tqcore/tqtext.h"
 #include "xslt/tqxslterror.h"

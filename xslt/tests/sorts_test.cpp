@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <random>
 
-#include "collation.h"
+#include "sorting/collation.h"
 #include "stylesheetrun.h"
 
 namespace kelmora {

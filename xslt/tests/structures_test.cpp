@@ -6,8 +6,8 @@
 #include <set>
 #include <vector>
 
-#include "matchsets.h"
-#include "nodemap.h"
+#include "base/nodemap.h"
+#include "engine/matchsets.h"
 #include "xslt/tqxslterror.h"
 #include "xslt/variablemap.h"
 

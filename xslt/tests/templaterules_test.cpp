@@ -3,8 +3,8 @@
 
 #include <random>
 
+#include "rules/templaterule.h"
 #include "stylesheetrun.h"
-#include "templaterule.h"
 
 namespace kelmora {
 namespace {

@@ -1,0 +1,131 @@
+// ResultScopes: which prefixes are in force at the output, and which an instruction has to declare
+// anew. The serializer computes nothing from names: it writes the declaration nodes that stand in
+// the tree, so each instruction that makes an element or attribute works them out here.
+//
+// The plain work is a walk over a whole scope for each element. Consecutive elements mostly have
+// the same two scopes, and the second of them has nothing to declare; so pairs of scopes with that
+// outcome are remembered. A PrefixMap that is held can't change, which makes this safe. Where such
+// a pair is known for the parent, an element's own declarations are all there is to look at.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "engine/resultconstruction.h"
+#include "tqcore/tqstring.h"
+#include "xmltree/prefixmap.h"
+#include "xmltree/xpathnode.h"
+#include "xslt/templateframe.h"
+
+namespace kelmora {
+
+class ResultScopes {
+ public:
+  using Aliases = std::map<TQString, TQString, TextLess>;  // they only grow during a run
+
+  // How an element comes into the result.
+  struct Origin {
+    const XPathNode& node;  // of the stylesheet or source
+    bool isLiteral;
+    bool keepsXslt;              // an alias maps the element's own prefix to the XSLT namespace
+    std::u16string_view prefix;  // of the element's own name
+    const URISet& excluded;
+    const URISet& extension;
+    const Aliases& aliases;
+  };
+
+  // Declares on `copy`, an element that has just been appended, what its origin has in scope and
+  // the output hasn't.
+  void ProcessScope(XPathNode& copy, const Origin& origin);
+
+  // The repairs of xsl:copy-of. `copy` is a deep copy of an element.
+  //
+  // For a copy out of a source tree that has been appended: what is in the copy's scope and is
+  // declared nowhere at or above it becomes a declaration of `copy`, the last one first. In a tree
+  // whose scopes hold nothing but what has been declared in it, `scopesDeclared`, the scope of the
+  // parent answers; elsewhere the ancestors are searched.
+  void DeclareMissingNamespaces(XPathNode& copy, bool scopesDeclared);
+  // For an element out of a fragment, before it is appended to `output`: what `output` binds to
+  // another URI is declared again.
+  void ReconcileNamespaces(XPathNode& copy, const XPathNode& output);
+
+  // The first entry of the map, in its order, with the text of `uri` (a null URI is an empty text);
+  // null without one. The entry lives as long as the map.
+  const PrefixMap::Entry* FindURI(const PrefixMap& map, std::u16string_view uri);
+
+  // The first leading attribute of an element with that very URI pointer and that local name.
+  // Linear for few attributes, constant on average for many on one element after the other.
+  XPathNode* FindAttribute(XPathNode& element, InternedURI uri, std::u16string_view localName);
+  // For every result tree that is deleted while the run goes on: forgets what points into it.
+  void ForgetAttributes() { indexed_ = nullptr; }
+
+ private:
+  // An outcome of ProcessScope: with these inputs there is nothing to declare.
+  struct Settled {
+    PrefixMap from;
+    PrefixMap to;
+    bool isLiteral = false;
+    bool keepsXslt = false;
+    TQString prefix;  // empty also where it makes no difference
+    URISet excluded;
+    URISet extension;
+    std::size_t aliasCount = 0;
+    std::uint64_t lastUse = 0;  // 0: an empty place
+  };
+  struct SettledPair {
+    PrefixMap from;
+    PrefixMap to;
+    bool used = false;
+  };
+  struct Reconciled {  // nothing to declare; the copy's scope becomes `completed`
+    PrefixMap from;
+    PrefixMap to;
+    PrefixMap completed;
+    bool used = false;
+  };
+  static constexpr std::size_t kRemembered = 8;
+  static constexpr int kIndexedAttributes =
+      16;  // an element with more leading attributes has an index
+
+  struct AttributeKey {
+    InternedURI uri;
+    std::u16string_view localName;
+  };
+  struct AttributeHash {
+    using is_transparent = void;
+    std::size_t operator()(const AttributeKey& key) const;
+    std::size_t operator()(const XPathNode* node) const;
+  };
+  struct AttributeEqual {
+    using is_transparent = void;
+    bool operator()(const AttributeKey& key, const XPathNode* node) const;
+    bool operator()(const XPathNode* a, const XPathNode* b) const;
+  };
+
+  bool IsSettled(const PrefixMap& from, const PrefixMap& to, const Origin& origin);
+  void Settle(const PrefixMap& to, const Origin& origin);
+  bool ProcessOwnDeclarations(XPathNode& copy, const Origin& origin);
+  void ProcessWholeScope(XPathNode& copy, const Origin& origin);
+  void Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix, InternedURI uri);
+  XPathNode* FindIndexed(XPathNode& element, InternedURI uri, std::u16string_view localName);
+
+  std::array<Settled, kRemembered> settled_;
+  std::uint64_t settledUse_ = 0;
+  std::array<SettledPair, kRemembered> declared_;  // DeclareMissingNamespaces, scopes declared
+  std::size_t nextDeclared_ = 0;
+  Reconciled reconciled_;
+  PrefixMap searchedMap_;  // of the last FindURI
+  TQString searchedURI_;
+  const PrefixMap::Entry* foundEntry_ = nullptr;
+  bool searched_ = false;
+
+  XPathNode* indexed_ = nullptr;      // the element whose attributes are in the index
+  XPathNode* lastIndexed_ = nullptr;  // the last child that the index has seen
+  std::unordered_set<XPathNode*, AttributeHash, AttributeEqual> attributes_;
+};
+
+}  // namespace kelmora
