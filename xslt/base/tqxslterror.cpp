@@ -55,6 +55,11 @@ TQXSLTError& TQXSLTError::SetXPathError(std::int32_t xpathCode, std::int32_t xpa
   return *this;
 }
 
+TQXSLTError& TQXSLTError::SetMissingVariable(const TQString& name) {
+  missingVariable_ = name;
+  return *this;
+}
+
 const TQString& TQXSLTError::Text() const {
   if (!message_.IsEmpty() || code_ == 0) return message_;
   if (code_ == XsltCode::XPathFailed) return XPathText();

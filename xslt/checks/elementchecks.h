@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "checks/elementrules.h"
+#include "checks/checkedelement.h"
 
 namespace kelmora::checks {
 

@@ -6,8 +6,9 @@
 #include "checks/elementrules.h"
 #include "checks/recordmakers.h"
 #include "engine/instruction.h"
+#include "names/stylesheetindex.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -67,8 +68,6 @@ void CheckChildren(const XPathNode* node, CodeSet allowed) {
 
 }  // namespace
 
-const LiteralRecord ElementDispatcher::kPlainLiteral;
-
 void ElementDispatcher::Validate(std::int32_t parentCode, XPathNode* top) {
   std::vector<std::int32_t> parentCodes{parentCode};  // of the node and all that stand open
   XPathNode* node = top;
@@ -108,31 +107,8 @@ std::int32_t ElementDispatcher::CheckNode(XPathNode* node, std::int32_t parentCo
     }
     if (rule->makeRecord != nullptr) record = rule->makeRecord(element);
   }
-  Entry& entry = entries_[node];
-  entry.code = code;
-  entry.record = rule == nullptr ? &kPlainLiteral : nullptr;
-  if (record != nullptr) {
-    entry.record = record.get();
-    records_.push_back(std::move(record));
-  }
+  processor_->Index->Enter(node, code, std::move(record));
   return code;
-}
-
-void ElementDispatcher::Clear() {
-  entries_.Clear();
-  records_.clear();
-}
-
-void ElementDispatcher::Forget(XPathNode* top) {
-  for (XPathNode* node = top; node != nullptr;
-       node = node->firstChild != nullptr ? node->firstChild : node->NextSkippingChildren(top)) {
-    if (Entry* entry = entries_.Find(node)) *entry = Entry();
-  }
-}
-
-ElementDispatcher::Entry ElementDispatcher::Unchecked(const XPathNode* node) {
-  const std::int32_t code = XsltElementNames::Code(node);
-  return {code, code == ElementCode::Literal ? &kPlainLiteral : nullptr};
 }
 
 }  // namespace kelmora

@@ -3,20 +3,16 @@
 // order, and the maker of its record.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <span>
-#include <string_view>
 
+#include "checks/checkedelement.h"
 #include "names/elementrecord.h"
-#include "names/xsltnames.h"
 #include "xmltree/xpathnode.h"
 
 namespace kelmora {
-
-class XSLTProcessorBase;
 
 using CodeSet = std::uint64_t;  // of element codes or attribute codes, one bit each
 
@@ -28,22 +24,6 @@ constexpr CodeSet Codes(std::initializer_list<int> codes) {
 constexpr bool Has(CodeSet set, std::int32_t code) {
   return (set >> code & 1) != 0;
 }
-
-// An element while it is checked.
-struct CheckedElement {
-  XPathNode* node;
-  std::int32_t parentCode;
-  XSLTProcessorBase& processor;
-  std::array<XPathNode*, AttributeCode::kCount> attributes{};  // those in no namespace, by code
-
-  XPathNode* Attribute(std::int32_t code) const {
-    return attributes[static_cast<std::size_t>(code)];
-  }
-  std::u16string_view Value(std::int32_t code) const {
-    return Attribute(code) != nullptr ? Attribute(code)->GetValue() : std::u16string_view();
-  }
-  bool IsYes(std::int32_t code) const { return Value(code) == u"yes"; }
-};
 
 // One further check: `test` gets the attribute, null when the element lacks it, and raises `error`.
 struct ElementCheck {

@@ -2,9 +2,9 @@
 
 #include "base/namelist.h"
 #include "engine/instruction.h"
-#include "keys/keytable.h"
+#include "keys/keytables.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora::makers {
 
@@ -120,9 +120,8 @@ RecordPtr Import(Element element) {
 }
 
 RecordPtr Key(Element element) {
-  auto& table = element.processor.Keys[ExpandedName(element)];
-  if (table == nullptr) table = std::make_unique<KeyTable>();
-  table->Add(element.node, element.Value(A::Match), element.Value(A::Use));
+  KeyTable& table = (*element.processor.Keys)[ExpandedName(element)];
+  table.Add(element.node, element.Value(A::Match), element.Value(A::Use));
   return nullptr;
 }
 
@@ -260,9 +259,9 @@ RecordPtr Literal(const XPathNode* element) {
     }
   }
   // Of two faulty lists the excluded prefixes are reported, wherever they stand.
-  if (excluded != nullptr) made().ExcludedPrefixes = XSLTProcessorBase::PrefixListURIs(excluded);
+  if (excluded != nullptr) made().ExcludedPrefixes = PrefixListURIs(excluded);
   if (extensions != nullptr) {
-    made().ExtensionPrefixes = XSLTProcessorBase::PrefixListURIs(extensions);
+    made().ExtensionPrefixes = PrefixListURIs(extensions);
   }
   return record;
 }

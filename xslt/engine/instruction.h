@@ -10,12 +10,11 @@
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xslt/templateframe.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 struct ElementRecord;
-class TemplateRule;
 
 class Instruction {
  public:
@@ -35,7 +34,6 @@ class Instruction {
   int ElementCode = 0;
   XPathNode* OutputNode = nullptr;  // receives the results of this instruction and its children
   const ElementRecord* Record = nullptr;
-  bool OwnsOutput = false;  // OutputNode was made here and gives way to its parent at the end
 
  protected:
   // The top frame, which is this instruction's while it runs.
@@ -49,12 +47,10 @@ class Instruction {
   // sends its results into a fragment.
   TemplateFrame* PushChild(XPathNode* node);
   TemplateFrame* PushChild(XPathNode* node, XPathNode* fragment);
-  // A child frame that runs a rule, in the context of this frame; Cursor stays.
-  TemplateFrame* PushRule(TemplateRule& rule);
   void RunChildren();  // the standard tail of Execute: the first content child, if there is one
   bool NextChild();    // the standard Resume: the next content child, else the end
-  void EndChildren();  // what NextChild does at the end
-  void Finish();       // pops the frame; the frame below learns of it by LastFinished
+  virtual void EndChildren();  // what NextChild does at the end
+  void Finish();               // pops the frame; the frame below learns of it by LastFinished
   // A new fragment root with the scope in force at OutputNode; the caller owns it.
   XPathNode* MakeFragmentRoot() const;
   std::int32_t CodeOf(const XPathNode* node) const;  // the element code of a stylesheet node

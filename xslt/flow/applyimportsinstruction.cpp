@@ -1,7 +1,7 @@
 #include "flow/applyimportsinstruction.h"
 
 #include "rules/templaterules.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -5,12 +5,12 @@
 #include "names/xsltnames.h"
 #include "rules/templaterule.h"
 #include "rules/templaterules.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 ApplyTemplatesInstruction::ApplyTemplatesInstruction(XSLTProcessorBase* processor)
-    : Instruction(processor) {}
+    : RuleInstruction(processor) {}
 
 bool ApplyTemplatesInstruction::Execute() {
   const XPathNode* element = Begin();

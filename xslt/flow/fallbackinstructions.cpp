@@ -1,7 +1,7 @@
 #include "flow/fallbackinstructions.h"
 
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

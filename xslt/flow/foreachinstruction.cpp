@@ -2,7 +2,7 @@
 
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

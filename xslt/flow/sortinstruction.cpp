@@ -6,7 +6,7 @@
 #include "names/xsltnames.h"
 #include "sorting/collation.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

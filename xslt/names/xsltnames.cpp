@@ -4,8 +4,6 @@
 #include <array>
 #include <string_view>
 
-#include "xslt/xsltprocessor.h"
-
 namespace kelmora {
 
 namespace {

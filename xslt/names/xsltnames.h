@@ -8,6 +8,8 @@
 
 namespace kelmora {
 
+inline constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
+
 namespace ElementCode {
 enum : std::int32_t {
   Literal = 1,  // anything that is no known element of XSLT

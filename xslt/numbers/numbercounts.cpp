@@ -8,7 +8,7 @@
 #include "base/parsedexpression.h"
 #include "numbers/numbercounter.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -1,9 +1,11 @@
 #include "result/attributeinstruction.h"
 
+#include "engine/kepttrees.h"
 #include "names/elementrecord.h"
+#include "result/resultscope.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -42,9 +44,9 @@ InternedURI AttributeInstruction::ResolveByNamespace() {
     if (bound != nullptr && *bound == Namespace) return bound;
   }
   const bool generates = prefix.empty() || prefix == u"xmlns";
-  const TQString declared = generates ? Processor->GeneratePrefix() : TQString(prefix);
+  const TQString declared = generates ? Processor->Scopes->GeneratePrefix() : TQString(prefix);
   if (generates) Name = declared + u":" + LocalPartOf(Name);
-  const InternedURI uri = Processor->KeepURI(Namespace);
+  const InternedURI uri = Processor->Kept->KeepURI(Namespace);
   DeclareOn(*OutputNode, declared, uri);
   return uri;
 }
@@ -78,10 +80,7 @@ bool AttributeInstruction::Resume() {
     OutputNode->SetOwnValue(std::move(value));
     Fragment.reset();
   }
-  if (OwnsOutput) {
-    OwnsOutput = false;
-    OutputNode = OutputNode->parent;
-  }
+  CloseOutput();
   Finish();
   return true;
 }

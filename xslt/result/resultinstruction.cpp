@@ -1,20 +1,35 @@
 #include "result/resultinstruction.h"
 
+#include "engine/declarations.h"
 #include "names/xsltnames.h"
 #include "result/resultscope.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 ResultInstruction::~ResultInstruction() {
-  if (OwnsOutput && Processor->Scopes != nullptr) Processor->Scopes->ForgetAttributes();
+  if (OwnsOutput) Processor->Scopes->ForgetAttributes();
+}
+
+void ResultInstruction::EndChildren() {
+  CloseOutput();
+  Instruction::EndChildren();
+}
+
+// An element that ends gets no more attributes; one that an attribute ends in may get many.
+void ResultInstruction::CloseOutput() {
+  if (!OwnsOutput) return;
+  OwnsOutput = false;
+  if (OutputNode->kind == XPathNodeKind::Element) Processor->Scopes->ForgetAttributes();
+  OutputNode = OutputNode->parent;
 }
 
 XPathNode* ResultInstruction::CopyResultNode(XPathNode& node, bool makeCurrent, bool literal) {
   OwnedTree made = ShallowCopy(node);
   PrefixText = PrefixOf(made->GetName());
-  const bool keepsXslt = !Processor->NamespaceAliases.empty() && ApplyAlias(*made, node);
+  const bool keepsXslt =
+      !Processor->Declared->NamespaceAliases().empty() && ApplyAlias(*made, node);
 
   XPathNode* copy = AppendOrDrop(*OutputNode, std::move(made));
   if (copy == nullptr) return nullptr;
@@ -24,7 +39,7 @@ XPathNode* ResultInstruction::CopyResultNode(XPathNode& node, bool makeCurrent, 
       copy->ShareScope(*OutputNode);
       Processor->Scopes->ProcessScope(
           *copy, {node, literal, keepsXslt, PrefixText, frame.ExcludedURIs, frame.ExtensionURIs,
-                  Processor->NamespaceAliases});
+                  Processor->Declared->NamespaceAliases()});
       break;
     case XPathNodeKind::Attribute:
       if (literal && node.GetValue().find_first_of(u"{}") != std::u16string_view::npos) {
@@ -46,8 +61,9 @@ bool ResultInstruction::ApplyAlias(XPathNode& copy, const XPathNode& node) {
   if (copy.kind == XPathNodeKind::Root || copy.IsText() || copy.kind == XPathNodeKind::Comment) {
     return false;  // they have no name
   }
-  const auto alias = Processor->NamespaceAliases.find(PrefixText);
-  if (alias == Processor->NamespaceAliases.end()) return false;
+  const NamespaceAliasMap& aliases = Processor->Declared->NamespaceAliases();
+  const auto alias = aliases.find(PrefixText);
+  if (alias == aliases.end()) return false;
   TQString name = alias->second;
   if (!name.IsEmpty()) name += u':';
   name += copy.GetLocalName();

@@ -15,6 +15,9 @@ class ResultInstruction : public Instruction {
   ~ResultInstruction() override;
 
  protected:
+  void EndChildren() override;
+  // OutputNode gives way to its parent, where it was made here.
+  void CloseOutput();
   // Appends a copy of `node` without its children and gives an element the declarations that it
   // needs. A literal copy takes the value of an attribute as a template. With `makeCurrent` the
   // copy becomes OutputNode. Null when it has no place in the result and was dropped.
@@ -30,6 +33,7 @@ class ResultInstruction : public Instruction {
   bool ApplyAlias(XPathNode& copy, const XPathNode& node);
 
   std::u16string_view PrefixText;  // prefix of the name of the copy at work
+  bool OwnsOutput = false;         // OutputNode was made here
 };
 
 // xsl:element and xsl:copy: the attribute sets run in front of the content.

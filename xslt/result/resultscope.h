@@ -10,11 +10,11 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
+#include "engine/declarations.h"
 #include "engine/resultconstruction.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
@@ -25,8 +25,6 @@ namespace kelmora {
 
 class ResultScopes {
  public:
-  using Aliases = std::map<TQString, TQString, TextLess>;  // they only grow during a run
-
   // How an element comes into the result.
   struct Origin {
     const XPathNode& node;  // of the stylesheet or source
@@ -35,7 +33,7 @@ class ResultScopes {
     std::u16string_view prefix;  // of the element's own name
     const URISet& excluded;
     const URISet& extension;
-    const Aliases& aliases;
+    const NamespaceAliasMap& aliases;
   };
 
   // Declares on `copy`, an element that has just been appended, what its origin has in scope and
@@ -56,6 +54,10 @@ class ResultScopes {
   // The first entry of the map, in its order, with the text of `uri` (a null URI is an empty text);
   // null without one. The entry lives as long as the map.
   const PrefixMap::Entry* FindURI(const PrefixMap& map, std::u16string_view uri);
+
+  TQString GeneratePrefix() {  // "prefix_1", "prefix_2", ...
+    return TQString::Format(u"prefix_%d", {++PrefixCounter});
+  }
 
   // The first leading attribute of an element with that very URI pointer and that local name.
   // Linear for few attributes, constant on average for many on one element after the other.
@@ -123,6 +125,7 @@ class ResultScopes {
   const PrefixMap::Entry* foundEntry_ = nullptr;
   bool searched_ = false;
 
+  std::int32_t PrefixCounter = 0;
   XPathNode* indexed_ = nullptr;      // the element whose attributes are in the index
   XPathNode* lastIndexed_ = nullptr;  // the last child that the index has seen
   std::unordered_set<XPathNode*, AttributeHash, AttributeEqual> attributes_;

@@ -8,6 +8,7 @@
 #include "engine/instruction.h"
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
+#include "variables/globalevaluation.h"
 
 namespace kelmora {
 
@@ -40,10 +41,11 @@ class DefinitionInstruction : public BindingInstruction {
 
  private:
   bool IsParameter() const { return ElementCode == ElementCode::Param; }
-  std::int32_t TakenError() const;
+  GlobalEvaluation::Role Role() const {
+    return IsParameter() ? GlobalEvaluation::Role::Parameter : GlobalEvaluation::Role::Variable;
+  }
   TemplateFrame& Scope() const;
   void CheckLocalName() const;
-  void MakeWayForGlobal();
 };
 
 class VariableInstruction final : public DefinitionInstruction {

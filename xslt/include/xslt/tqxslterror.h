@@ -68,18 +68,23 @@ class TQXSLTError {
 
   // Stores the numbers of the expression that failed; for code 1.
   TQXSLTError& SetXPathError(std::int32_t xpathCode, std::int32_t xpathFunction);
+  // Stores the expanded name of the variable that an expression did not find.
+  TQXSLTError& SetMissingVariable(const TQString& name);
 
   const TQString& Text() const;  // lives as long as the error
   XPathNode* Node() const { return node_; }
   std::int32_t Code() const { return code_; }
   std::int32_t XPathCode() const { return xpathCode_; }
   std::int32_t XPathFunction() const { return xpathFunction_; }
+  // Empty for another failure than an expression's reference to a variable that is not bound.
+  const TQString& MissingVariable() const { return missingVariable_; }
 
  private:
   const TQString& XPathText() const;
 
   mutable TQString message_;
   mutable TQString xpathMessage_;
+  TQString missingVariable_;
   std::int32_t code_;
   std::int32_t xpathCode_ = 0;
   std::int32_t xpathFunction_ = -1;

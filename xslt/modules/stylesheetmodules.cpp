@@ -1,7 +1,5 @@
-// Loading of stylesheets and documents during a run. xsl:include is done by surgery: its element
-// gives way to copies of what the named stylesheet holds, before any child of the including element
-// runs. Copies keep the sources of the nodes that they were made of, so errors in them name the
-// file that they stood in.
+#include "modules/stylesheetmodules.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
@@ -9,9 +7,12 @@
 
 #include "checks/elementdispatcher.h"
 #include "engine/instruction.h"
-#include "keys/keytable.h"
+#include "engine/kepttrees.h"
+#include "keys/keytables.h"
+#include "names/stylesheetindex.h"
+#include "names/xsltnames.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -29,18 +30,37 @@ void SetDocumentNumber(XPathNode* top, std::int32_t number) {
   }
 }
 
-XPathNode* BehindImports(XPathNode* element, const ElementDispatcher& dispatcher) {
+XPathNode* BehindImports(XPathNode* element, const StylesheetIndex& index) {
   XPathNode* place = FirstContent(element);
   for (XPathNode* child = place; child != nullptr; child = child->next) {
-    if (dispatcher.Code(child) == ElementCode::Import) place = child->next;
+    if (index.Code(child) == ElementCode::Import) place = child->next;
   }
   return place;
 }
 
+// The first child of code 29, else the first that is no declaration, comment or the like.
+XPathNode* StylesheetElementOf(XPathNode* root) {
+  XPathNode* top = nullptr;
+  for (XPathNode* child = root->firstChild; child != nullptr; child = child->next) {
+    if (XsltElementNames::Code(child) == ElementCode::Stylesheet) return child;
+    const XPathNodeRef::Kind kind = XPathNodeRef::KindOf(child);
+    if (top == nullptr && (kind == XPathNodeRef::Element || kind == XPathNodeRef::Text)) {
+      top = child;
+    }
+  }
+  return top;
+}
+
+// The name that a file has whichever way it is reached; a name that is no file stays as it is.
+TQString FileIdentity(const TQString& path) {
+  std::error_code error;
+  const std::filesystem::path file = std::filesystem::canonical(ToNative(path), error);
+  return error ? path : FromNative(file.native());
+}
+
 }  // namespace
 
-// Text nodes alone: a CDATA section keeps its white space.
-void XSLTProcessorBase::StripSpace(XPathNode* root) {
+void StripSpace(XPathNode* root) {
   XPathNode* node = root;
   while (node != nullptr) {
     XPathNode* next =
@@ -54,73 +74,66 @@ void XSLTProcessorBase::StripSpace(XPathNode* root) {
   }
 }
 
-TQString XSLTProcessorBase::ResolveHref(const XPathNode* baseNode, std::u16string_view href) {
+TQString ResolveHref(const XPathNode* baseNode, std::u16string_view href) {
   TQString path(href);
   if (!path.IsRelativePath(false)) return path;
   const InternedURI base = baseNode->BaseURI();
   return path.ResolveRelativePath(base != nullptr ? *base : TQString(), TQString());
 }
 
-XPathNode* XSLTProcessorBase::LoadTree(const TQString& path) {
+StylesheetModules::~StylesheetModules() {
+  for (const auto& [path, tree] : LoadedTrees) XPathNode::DeleteTree(tree);
+}
+
+void StylesheetModules::BeginRun() {
+  documentTrees_.clear();
+  OpenStylesheets.clear();
+}
+
+void StylesheetModules::Open(const XPathNode* stylesheetElement) {
+  const InternedURI file = stylesheetElement->BaseURI();
+  OpenStylesheets.push_back(file != nullptr ? FileIdentity(*file) : TQString());
+}
+
+XPathNode* StylesheetModules::LoadTree(const TQString& path) {
   const auto known = LoadedTrees.find(path.View());
   if (known != LoadedTrees.end()) return known->second;
-  XPathNode* root = BuildTree(LoadExternalDocument(path), path);
+  XPathNode* root = BuildTree(processor_->LoadExternalDocument(path), path);
   if (root == nullptr) return nullptr;
   LoadedTrees.emplace(path, root);
-  for (const auto& [name, table] : Keys) {
-    if (table->IsInUse()) table->Index(root, *this);
-  }
+  processor_->Keys->Index(root);
   return root;
 }
 
-XPathNode* XSLTProcessorBase::LoadDocumentTree(const TQString& uri) {
-  XTreeNode* source = LoadExternalDocument(uri);
+XPathNode* StylesheetModules::LoadDocumentTree(const TQString& uri) {
+  XTreeNode* source = processor_->LoadExternalDocument(uri);
   if (source == nullptr) return nullptr;
   XPathNode*& root = documentTrees_[source];
   if (root == nullptr) {
     root = BuildTree(source, uri);
-    KeepFragment(root);
+    processor_->Kept->KeepFragment(root);
   }
   return root;
 }
 
 // The tree without white space; null without a source.
-XPathNode* XSLTProcessorBase::BuildTree(XTreeNode* source, const TQString& path) {
+XPathNode* StylesheetModules::BuildTree(XTreeNode* source, const TQString& path) {
   if (source == nullptr) return nullptr;
-  const std::unique_ptr<TreeModel> model = NewModel();
-  XPathNode* root = TreeBuilder->Build(*source, *model, true, path);
+  const std::unique_ptr<TreeModel> model = processor_->NewModel();
+  XPathNode* root = processor_->TreeBuilder->Build(*source, *model, true, path);
   if (root == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   StripSpace(root);
   return root;
 }
 
-XPathNode* XSLTProcessorBase::StylesheetElementOf(XPathNode* root) {
-  XPathNode* top = nullptr;
-  for (XPathNode* child = root->firstChild; child != nullptr; child = child->next) {
-    if (XsltElementNames::Code(child) == ElementCode::Stylesheet) return child;
-    const XPathNodeRef::Kind kind = XPathNodeRef::KindOf(child);
-    if (top == nullptr && (kind == XPathNodeRef::Element || kind == XPathNodeRef::Text)) {
-      top = child;
-    }
-  }
-  return top;
-}
-
-// The name that a file has whichever way it is reached; a name that is no file stays as it is.
-TQString XSLTProcessorBase::FileIdentity(const TQString& path) {
-  std::error_code error;
-  const std::filesystem::path file = std::filesystem::canonical(ToNative(path), error);
-  return error ? path : FromNative(file.native());
-}
-
-void XSLTProcessorBase::CheckNotOpen(const TQString& path, XPathNode* element) const {
+void StylesheetModules::CheckNotOpen(const TQString& path, XPathNode* element) const {
   if (std::ranges::find(OpenStylesheets, FileIdentity(path)) != OpenStylesheets.end()) {
     throw TQXSLTError(XsltCode::RecursiveInclude, element);
   }
 }
 
 // A stylesheet whose includes are being replaced.
-struct XSLTProcessorBase::IncludeLevel {
+struct StylesheetModules::IncludeLevel {
   XPathNode* element;
   XPathNode* child;              // the next one to be looked at
   bool seenOther = false;        // something else than imports and includes
@@ -129,7 +142,7 @@ struct XSLTProcessorBase::IncludeLevel {
 
 // Includes may be nested as deep as there are files, so the open ones stand on a stack of their
 // own.
-void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
+void StylesheetModules::ExpandIncludes(XPathNode* element) {
   std::vector<IncludeLevel> levels{{element, FirstContent(element)}};
   while (true) {
     IncludeLevel& level = levels.back();
@@ -143,7 +156,7 @@ void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
       continue;
     }
     level.child = child->next;
-    const std::int32_t code = Dispatcher->Code(child);
+    const std::int32_t code = processor_->Index->Code(child);
     if (code == ElementCode::Include) {
       level.include = child;
       XPathNode* top = OpenInclude(child);
@@ -161,7 +174,7 @@ void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
 }
 
 // The element whose children an include brings in, entered in OpenStylesheets; null without one.
-XPathNode* XSLTProcessorBase::OpenInclude(XPathNode* include) {
+XPathNode* StylesheetModules::OpenInclude(XPathNode* include) {
   XPathNode* href = FindAttribute(include, u"href");
   if (href == nullptr) throw TQXSLTError(XsltCode::HrefExpected, include);
   const TQString path = ResolveHref(include, href->GetValue());
@@ -175,23 +188,24 @@ XPathNode* XSLTProcessorBase::OpenInclude(XPathNode* include) {
 
 // Copies of the children of `top` come in front of the include; imports go behind the last import
 // of the element that they come into.
-void XSLTProcessorBase::ReplaceInclude(IncludeLevel& level, XPathNode* top) {
+void StylesheetModules::ReplaceInclude(IncludeLevel& level, XPathNode* top) {
   XPathNode* element = level.element;
   XPathNode* include = std::exchange(level.include, nullptr);
   XPathNode* behindImports = nullptr;
   XPathNode* child = top != nullptr ? FirstContent(top) : nullptr;
   for (; child != nullptr; child = child->next) {
-    const bool isImport = Dispatcher->Code(child) == ElementCode::Import;
-    if (isImport && behindImports == nullptr) behindImports = BehindImports(element, *Dispatcher);
+    const bool isImport = processor_->Index->Code(child) == ElementCode::Import;
+    if (isImport && behindImports == nullptr)
+      behindImports = BehindImports(element, *processor_->Index);
     XPathNode* copy = XPathNode::Copy(*child, true, element);
     if (copy->OwnBaseURI() == nullptr) copy->SetBaseURI(top->Root()->OwnBaseURI());
     SetDocumentNumber(copy, element->documentNumber);
     element->InsertChild(isImport ? behindImports : include, copy);
-    Dispatcher->Validate(ElementCode::Stylesheet, copy);
+    processor_->Dispatcher->Validate(ElementCode::Stylesheet, copy);
     if (copy->kind == XPathNodeKind::Element && !isImport) level.seenOther = true;
   }
   element->RemoveChild(include);
-  Dispatcher->Forget(include);
+  processor_->Index->Forget(include);
   XPathNode::DeleteTree(include);
 }
 
