@@ -70,8 +70,8 @@ void XSLTProcessor::Start(XPathNode* stylesheetRoot, XPathNode* sourceRoot) {
   StylesheetRoot = stylesheetRoot;
   StripSpace(StylesheetRoot);
   Index->Clear();
-  Dispatcher->Validate(ElementCode::Literal, StylesheetRoot);
-  Dispatcher->Validate(ElementCode::Literal, process_->builtIn->Root());
+  Dispatcher->Validate(XsltElement::Literal, StylesheetRoot);
+  Dispatcher->Validate(XsltElement::Literal, process_->builtIn->Root());
   SourceRoot = sourceRoot;
   for (XPathNode* root : {StylesheetRoot, SourceRoot}) {
     if (root->OwnBaseURI() == nullptr) root->SetBaseURI(TreeBuilder->InternURI(u""));

@@ -12,15 +12,11 @@ struct CodeText {
   int resource;
 };
 
-// Ascending by code. Codes 3, 12, 30, 35, 37, 41 and 42 have a text but nobody raises them.
+// By code, ascending.
 constexpr CodeText kCodeTexts[] = {
-    {2, 7240},  {3, 7200},  {4, 7237},  {5, 7201},  {6, 7245},  {7, 7202},  {8, 7203},
-    {9, 7204},  {10, 7205}, {11, 7206}, {12, 7235}, {13, 7207}, {14, 7208}, {15, 7236},
-    {16, 7244}, {17, 7238}, {18, 7209}, {19, 7210}, {20, 7211}, {21, 7212}, {22, 7213},
-    {23, 7214}, {24, 7249}, {25, 7215}, {26, 7216}, {27, 7217}, {28, 7218}, {29, 7219},
-    {30, 7220}, {31, 7221}, {32, 7222}, {33, 7223}, {34, 7224}, {35, 7225}, {36, 7226},
-    {37, 7227}, {38, 7228}, {39, 7229}, {40, 7230}, {41, 7231}, {42, 7232}, {43, 7233},
-    {44, 7234}, {45, 7246}, {46, 7241}, {47, 7242}, {48, 7243}, {49, 7247}, {50, 7248},
+#define XSLT_CODE(number, enumerator, resource) {number, resource},
+#include "xslt/xsltcodes.def"
+#undef XSLT_CODE
 };
 
 // By XPath error number, ascending.
@@ -32,7 +28,6 @@ constexpr CodeText kXPathTexts[] = {
 
 constexpr int kFirstFunctionName = 7413;
 constexpr int kFunctionCount = 36;
-constexpr int kXPathIntroduction = 7250;
 
 // Empty for a code that the table lacks.
 template <std::size_t size>
@@ -45,7 +40,7 @@ TQString TextOf(const CodeText (&table)[size], std::int32_t code) {
 
 }  // namespace
 
-TQXSLTError::TQXSLTError(std::int32_t code, XPathNode* node) : code_(code), node_(node) {
+TQXSLTError::TQXSLTError(XsltCode code, XPathNode* node) : code_(code), node_(node) {
   while (node_ != nullptr && node_->synthetic) node_ = node_->parent;
 }
 
@@ -61,24 +56,18 @@ TQXSLTError& TQXSLTError::SetMissingVariable(const TQString& name) {
 }
 
 const TQString& TQXSLTError::Text() const {
-  if (!message_.IsEmpty() || code_ == 0) return message_;
-  if (code_ == XsltCode::XPathFailed) return XPathText();
-  message_ = TextOf(kCodeTexts, code_);
-  if (message_.IsEmpty()) message_ = u"Unknown error";
+  if (!message_.IsEmpty()) return message_;
+  message_ = TextOf(kCodeTexts, static_cast<std::int32_t>(code_));
+  if (code_ == XsltCode::XPathFailed) message_ += XPathText();
   return message_;
 }
 
-const TQString& TQXSLTError::XPathText() const {
-  if (!xpathMessage_.IsEmpty()) return xpathMessage_;
+TQString TQXSLTError::XPathText() const {
   TQString message = TextOf(kXPathTexts, xpathCode_);
-  if (xpathFunction_ >= 0 && xpathFunction_ < kFunctionCount) {
-    TQString function;
-    function.LoadResource(kFirstFunctionName + xpathFunction_);
-    message = TQString::Format(u"%s -> %s", {message, function});
-  }
-  xpathMessage_.LoadResource(kXPathIntroduction);
-  xpathMessage_ += message;
-  return xpathMessage_;
+  if (xpathFunction_ < 0 || xpathFunction_ >= kFunctionCount) return message;
+  TQString function;
+  function.LoadResource(kFirstFunctionName + xpathFunction_);
+  return TQString::Format(u"%s -> %s", {message, function});
 }
 
 }  // namespace kelmora

@@ -15,17 +15,15 @@ class XSLTProcessorBase;
 
 struct CheckedElement {
   XPathNode* node;
-  std::int32_t parentCode;
+  XsltElement parentCode;
   XSLTProcessorBase& processor;
-  std::array<XPathNode*, AttributeCode::kCount> attributes{};  // those in no namespace, by code
+  std::array<XPathNode*, kXsltAttributeCodes> attributes{};  // those in no namespace, by code
 
-  XPathNode* Attribute(std::int32_t code) const {
-    return attributes[static_cast<std::size_t>(code)];
-  }
-  std::u16string_view Value(std::int32_t code) const {
+  XPathNode* Attribute(XsltAttribute code) const { return attributes[IndexOf(code)]; }
+  std::u16string_view Value(XsltAttribute code) const {
     return Attribute(code) != nullptr ? Attribute(code)->GetValue() : std::u16string_view();
   }
-  bool IsYes(std::int32_t code) const { return Value(code) == u"yes"; }
+  bool IsYes(XsltAttribute code) const { return Value(code) == u"yes"; }
 };
 
 }  // namespace kelmora

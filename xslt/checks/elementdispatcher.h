@@ -20,10 +20,10 @@ class ElementDispatcher {
   explicit ElementDispatcher(XSLTProcessorBase* processor) : processor_(processor) {}
 
   // Linear in the tree, without recursion. `parentCode` is the code that `top`'s parent counts as.
-  void Validate(std::int32_t parentCode, XPathNode* top);
+  void Validate(XsltElement parentCode, XPathNode* top);
 
  private:
-  std::int32_t CheckNode(XPathNode* node, std::int32_t parentCode);
+  XsltElement CheckNode(XPathNode* node, XsltElement parentCode);
 
   XSLTProcessorBase* processor_;
 };

@@ -52,7 +52,7 @@ const ParsedExpression& XSLTProcessorBase::Parse(const ExpressionText& expressio
                                                  XPathNode* errorNode) {
   const ParsedExpression& parsed = TryParse(expression, patternKind);
   if (parsed.tree != nullptr) return parsed;
-  const std::int32_t code =
+  const XsltCode code =
       parsed.variableInPattern ? XsltCode::VariableInPattern : XsltCode::InvalidExpression;
   throw TQXSLTError(code, expression.Holder != nullptr ? expression.Holder : errorNode);
 }

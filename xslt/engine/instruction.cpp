@@ -69,7 +69,7 @@ XPathNode* Instruction::MakeFragmentRoot() const {
   return root;
 }
 
-std::int32_t Instruction::CodeOf(const XPathNode* node) const {
+XsltElement Instruction::CodeOf(const XPathNode* node) const {
   return Processor->Index->Code(node);
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/sizepool.h"
+#include "names/xsltnames.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xslt/templateframe.h"
@@ -31,7 +32,7 @@ class Instruction {
   virtual bool Resume();  // finishes the frame
 
   XSLTProcessorBase* Processor;
-  int ElementCode = 0;
+  XsltElement ElementCode = XsltElement::None;
   XPathNode* OutputNode = nullptr;  // receives the results of this instruction and its children
   const ElementRecord* Record = nullptr;
 
@@ -53,7 +54,7 @@ class Instruction {
   void Finish();               // pops the frame; the frame below learns of it by LastFinished
   // A new fragment root with the scope in force at OutputNode; the caller owns it.
   XPathNode* MakeFragmentRoot() const;
-  std::int32_t CodeOf(const XPathNode* node) const;  // the element code of a stylesheet node
+  XsltElement CodeOf(const XPathNode* node) const;  // the element code of a stylesheet node
 };
 
 // The first child that is no attribute, declaration, processing instruction or comment.
@@ -68,7 +69,7 @@ XPathNode* FindAttribute(const XPathNode* node, std::u16string_view localName);
 
 // Makes the instruction of an element code (see elementcodes.def); code 1 and codes without a class
 // of their own make a LiteralInstruction.
-std::unique_ptr<Instruction> MakeInstruction(int elementCode, XSLTProcessorBase* processor);
+std::unique_ptr<Instruction> MakeInstruction(XsltElement elementCode, XSLTProcessorBase* processor);
 std::unique_ptr<Instruction> MakeUseAttributeSetsInstruction(XSLTProcessorBase* processor);
 std::unique_ptr<Instruction> MakeFallbackHostInstruction(XSLTProcessorBase* processor);
 

@@ -87,7 +87,7 @@ namespace {
 // namespace, of an element of XSLT in none.
 bool IsUseAttributeSets(const XPathNode* node) {
   return node->kind == XPathNodeKind::Attribute &&
-         XsltAttributeNames::Code(node) == AttributeCode::UseAttributeSets &&
+         XsltAttributeNames::Code(node) == XsltAttribute::UseAttributeSets &&
          (node->namespaceURI != nullptr || IsXsltURI(node->parent->namespaceURI));
 }
 
@@ -97,7 +97,7 @@ void TemplateFrame::MakeInstruction() {
   // A stylesheet that was read as a DTD has no element to start with.
   if (CurrentNode == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   const StylesheetIndex::Entry entry = Processor->Index->Find(CurrentNode);
-  if (entry.code != ElementCode::Literal) {
+  if (entry.code != XsltElement::Literal) {
     Instruction = kelmora::MakeInstruction(entry.code, Processor);
   } else if (IsUseAttributeSets(CurrentNode)) {
     Instruction = MakeUseAttributeSetsInstruction(Processor);
@@ -107,7 +107,7 @@ void TemplateFrame::MakeInstruction() {
     }
     Instruction = MakeFallbackHostInstruction(Processor);
   } else {
-    Instruction = kelmora::MakeInstruction(ElementCode::Literal, Processor);
+    Instruction = kelmora::MakeInstruction(XsltElement::Literal, Processor);
   }
   Instruction->ElementCode = entry.code;
   Instruction->Record = entry.record;

@@ -74,13 +74,13 @@ void ApplyTemplatesInstruction::Select() {
 
 // Parameters see the context of the caller, though the frame's list may be the selected one.
 void ApplyTemplatesInstruction::StartChild(XPathNode* child) {
-  const std::int32_t code = CodeOf(child);
-  if (code == ElementCode::Sort) {
+  const XsltElement code = CodeOf(child);
+  if (code == XsltElement::Sort) {
     if (!Evaluated) Select();
     HasSort = true;
   }
   TemplateFrame* frame = PushChild(child);
-  if (code == ElementCode::WithParam) {
+  if (code == XsltElement::WithParam) {
     frame->NodeList = SavedContext;
     frame->Position = SavedPosition;
   }
@@ -104,7 +104,7 @@ void ApplyTemplatesInstruction::NextParameterOrSort() {
     ApplyOrFinish();
     return;
   }
-  if (CodeOf(next) == ElementCode::Sort && !Evaluated) Select();
+  if (CodeOf(next) == XsltElement::Sort && !Evaluated) Select();
   if (Evaluated && frame.NodeList->empty()) {
     Finish();
   } else {

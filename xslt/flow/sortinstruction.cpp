@@ -64,7 +64,7 @@ int SortInstruction::ChoiceOf(XPathNode* attribute, std::initializer_list<const 
 
 void SortInstruction::GiveToParent(std::unique_ptr<SortKey> key) {
   class Instruction* parent = Frame().Parent->Instruction.get();
-  if (parent->ElementCode == ElementCode::ApplyTemplates) {
+  if (parent->ElementCode == XsltElement::ApplyTemplates) {
     static_cast<ApplyTemplatesInstruction*>(parent)->SortKeys.push_back(std::move(key));
     return;
   }

@@ -17,7 +17,7 @@ bool ImportInstruction::Execute() {
   Processor->Modules->CheckNotOpen(path, element);
   XPathNode* tree = Processor->Modules->LoadTree(path);
   if (tree == nullptr) throw TQXSLTError(XsltCode::ImportFailed, href);
-  if (!Processor->Index->Holds(tree)) Processor->Dispatcher->Validate(ElementCode::Literal, tree);
+  if (!Processor->Index->Holds(tree)) Processor->Dispatcher->Validate(XsltElement::Literal, tree);
   XPathNode* top = tree->firstChild;
   while (top != nullptr && top->kind != XPathNodeKind::Element) top = top->next;
   if (top != nullptr) PushChild(top);

@@ -46,13 +46,13 @@ bool StylesheetInstruction::Resume() {
 bool StylesheetInstruction::StartFrom(XPathNode* node) {
   for (; node != nullptr; node = NextContent(node)) {
     if (!IsXsltURI(node->namespaceURI)) continue;
-    const std::int32_t code = CodeOf(node);
-    if (code == ElementCode::Import) {
+    const XsltElement code = CodeOf(node);
+    if (code == XsltElement::Import) {
       if (rulesRegistered_) throw TQXSLTError(XsltCode::ImportNotFirst, node);
     } else {
       RegisterRules();
     }
-    if (code == ElementCode::Template) continue;
+    if (code == XsltElement::Template) continue;
     PushChild(node);
     return true;
   }

@@ -19,7 +19,7 @@ namespace kelmora {
 namespace {
 
 bool IsXslText(const XPathNode* node) {
-  return node != nullptr && XsltElementNames::Code(node) == ElementCode::Text;
+  return node != nullptr && XsltElementNames::Code(node) == XsltElement::Text;
 }
 
 // A copy belongs to the document that it goes into, but it has no place in its order.
@@ -33,7 +33,7 @@ void SetDocumentNumber(XPathNode* top, std::int32_t number) {
 XPathNode* BehindImports(XPathNode* element, const StylesheetIndex& index) {
   XPathNode* place = FirstContent(element);
   for (XPathNode* child = place; child != nullptr; child = child->next) {
-    if (index.Code(child) == ElementCode::Import) place = child->next;
+    if (index.Code(child) == XsltElement::Import) place = child->next;
   }
   return place;
 }
@@ -42,7 +42,7 @@ XPathNode* BehindImports(XPathNode* element, const StylesheetIndex& index) {
 XPathNode* StylesheetElementOf(XPathNode* root) {
   XPathNode* top = nullptr;
   for (XPathNode* child = root->firstChild; child != nullptr; child = child->next) {
-    if (XsltElementNames::Code(child) == ElementCode::Stylesheet) return child;
+    if (XsltElementNames::Code(child) == XsltElement::Stylesheet) return child;
     const XPathNodeRef::Kind kind = XPathNodeRef::KindOf(child);
     if (top == nullptr && (kind == XPathNodeRef::Element || kind == XPathNodeRef::Text)) {
       top = child;
@@ -156,8 +156,8 @@ void StylesheetModules::ExpandIncludes(XPathNode* element) {
       continue;
     }
     level.child = child->next;
-    const std::int32_t code = processor_->Index->Code(child);
-    if (code == ElementCode::Include) {
+    const XsltElement code = processor_->Index->Code(child);
+    if (code == XsltElement::Include) {
       level.include = child;
       XPathNode* top = OpenInclude(child);
       if (top != nullptr) {
@@ -165,7 +165,7 @@ void StylesheetModules::ExpandIncludes(XPathNode* element) {
       } else {
         ReplaceInclude(level, nullptr);
       }
-    } else if (code == ElementCode::Import) {
+    } else if (code == XsltElement::Import) {
       if (level.seenOther) throw TQXSLTError(XsltCode::ImportNotFirst, child);
     } else if (child->kind == XPathNodeKind::Element || child->IsText()) {
       level.seenOther = true;
@@ -194,14 +194,14 @@ void StylesheetModules::ReplaceInclude(IncludeLevel& level, XPathNode* top) {
   XPathNode* behindImports = nullptr;
   XPathNode* child = top != nullptr ? FirstContent(top) : nullptr;
   for (; child != nullptr; child = child->next) {
-    const bool isImport = processor_->Index->Code(child) == ElementCode::Import;
+    const bool isImport = processor_->Index->Code(child) == XsltElement::Import;
     if (isImport && behindImports == nullptr)
       behindImports = BehindImports(element, *processor_->Index);
     XPathNode* copy = XPathNode::Copy(*child, true, element);
     if (copy->OwnBaseURI() == nullptr) copy->SetBaseURI(top->Root()->OwnBaseURI());
     SetDocumentNumber(copy, element->documentNumber);
     element->InsertChild(isImport ? behindImports : include, copy);
-    processor_->Dispatcher->Validate(ElementCode::Stylesheet, copy);
+    processor_->Dispatcher->Validate(XsltElement::Stylesheet, copy);
     if (copy->kind == XPathNodeKind::Element && !isImport) level.seenOther = true;
   }
   element->RemoveChild(include);

@@ -6,9 +6,9 @@ namespace kelmora {
 
 const LiteralRecord StylesheetIndex::kPlainLiteral;
 
-void StylesheetIndex::Enter(const XPathNode* node, std::int32_t code,
+void StylesheetIndex::Enter(const XPathNode* node, XsltElement code,
                             std::unique_ptr<ElementRecord> record) {
-  const ElementRecord* plain = code == ElementCode::Literal ? &kPlainLiteral : nullptr;
+  const ElementRecord* plain = code == XsltElement::Literal ? &kPlainLiteral : nullptr;
   entries_[node] = {code, record != nullptr ? record.get() : plain};
   if (record != nullptr) records_.push_back(std::move(record));
 }
@@ -26,8 +26,8 @@ void StylesheetIndex::Clear() {
 }
 
 StylesheetIndex::Entry StylesheetIndex::Unchecked(const XPathNode* node) {
-  const std::int32_t code = XsltElementNames::Code(node);
-  return {code, code == ElementCode::Literal ? &kPlainLiteral : nullptr};
+  const XsltElement code = XsltElementNames::Code(node);
+  return {code, code == XsltElement::Literal ? &kPlainLiteral : nullptr};
 }
 
 }  // namespace kelmora

@@ -17,22 +17,22 @@ class StylesheetIndex {
  public:
   // Every node of code 1 has a LiteralRecord.
   struct Entry {
-    std::int32_t code = 0;                  // 0: not checked
+    XsltElement code = XsltElement::None;   // not checked
     const ElementRecord* record = nullptr;  // lives until Clear; null for a code without records
   };
 
   // The entry, else the code computed from the node and no record. Constant time.
   Entry Find(const XPathNode* node) const {
-    if (node->kind != XPathNodeKind::Element) return {ElementCode::Literal, &kPlainLiteral};
+    if (node->kind != XPathNodeKind::Element) return {XsltElement::Literal, &kPlainLiteral};
     const Entry* entry = entries_.Find(node);
-    return entry != nullptr && entry->code != 0 ? *entry : Unchecked(node);
+    return entry != nullptr && entry->code != XsltElement::None ? *entry : Unchecked(node);
   }
-  std::int32_t Code(const XPathNode* node) const { return Find(node).code; }
+  XsltElement Code(const XPathNode* node) const { return Find(node).code; }
   const ElementRecord* Record(const XPathNode* node) const { return Find(node).record; }
   bool Holds(const XPathNode* node) const { return entries_.Find(node) != nullptr; }
 
   // Takes the record; null gives a literal element the plain one, any other none.
-  void Enter(const XPathNode* node, std::int32_t code, std::unique_ptr<ElementRecord> record);
+  void Enter(const XPathNode* node, XsltElement code, std::unique_ptr<ElementRecord> record);
   // For a subtree that is about to be deleted.
   void Forget(XPathNode* top);
   void Clear();  // records die here

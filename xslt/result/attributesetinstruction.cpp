@@ -28,7 +28,7 @@ bool AttributeSetInstruction::Execute() {
   if (user == nullptr || user->Instruction == nullptr) {
     throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   }
-  Registered = user->Instruction->ElementCode == ElementCode::Stylesheet;
+  Registered = user->Instruction->ElementCode == XsltElement::Stylesheet;
   const auto& record = static_cast<const AttributeSetRecord&>(*Record);
   if (Registered) {
     Register();
@@ -50,7 +50,7 @@ void AttributeSetInstruction::Register() {
 
 void AttributeSetInstruction::RunAttributes(XPathNode* child) {
   for (; child != nullptr; child = NextContent(child)) {
-    if (CodeOf(child) != ElementCode::Attribute) {
+    if (CodeOf(child) != XsltElement::Attribute) {
       throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
     }
     if (AttributeIsSet(child)) continue;

@@ -102,7 +102,7 @@ void ResultInstruction::AddResultAttribute(OwnedTree attribute) {
 
 bool IsUseAttributeSets(const XPathNode& node) {
   return node.kind == XPathNodeKind::Attribute &&
-         XsltAttributeNames::Code(&node) == AttributeCode::UseAttributeSets;
+         XsltAttributeNames::Code(&node) == XsltAttribute::UseAttributeSets;
 }
 
 void SetUsingInstruction::RunSetsAndChildren(XPathNode* useAttributeSets) {

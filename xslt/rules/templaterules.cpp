@@ -86,7 +86,7 @@ void TemplateRules::RegisterBuiltInRules(XPathNode* builtInRoot) {
 
 void TemplateRules::RegisterStylesheetRules(XPathNode* stylesheetElement) {
   for (XPathNode* child = stylesheetElement->firstChild; child != nullptr; child = child->next) {
-    if (processor_->Index->Code(child) == ElementCode::Template) {
+    if (processor_->Index->Code(child) == XsltElement::Template) {
       RegisterTemplate(child, ImportPrecedence);
     }
   }
@@ -164,7 +164,7 @@ void TemplateRules::FindShortcut(TemplateRule& rule) const {
   if (content == nullptr) rule.Effect = TemplateRule::Shortcut::Nothing;
   if (content == nullptr || NextContent(content) != nullptr) return;
   const StylesheetIndex::Entry entry = processor_->Index->Find(content);
-  if (entry.code != ElementCode::ValueOf) return;
+  if (entry.code != XsltElement::ValueOf) return;
   const auto& record = static_cast<const ValueOfRecord&>(*entry.record);
   if (!processor_->TryParse(record.SelectText, kNoPattern).isContextNode) return;
   rule.Effect = record.DisableOutputEscaping ? TemplateRule::Shortcut::UnescapedValue

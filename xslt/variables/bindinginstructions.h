@@ -40,7 +40,7 @@ class DefinitionInstruction : public BindingInstruction {
   void AtEnd() override;
 
  private:
-  bool IsParameter() const { return ElementCode == ElementCode::Param; }
+  bool IsParameter() const { return ElementCode == XsltElement::Param; }
   GlobalEvaluation::Role Role() const {
     return IsParameter() ? GlobalEvaluation::Role::Parameter : GlobalEvaluation::Role::Variable;
   }

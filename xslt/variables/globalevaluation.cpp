@@ -14,8 +14,8 @@ namespace {
 constexpr GlobalEvaluation::Role kRoles[] = {GlobalEvaluation::Role::Variable,
                                              GlobalEvaluation::Role::Parameter};
 
-bool IsDefinition(std::int32_t code) {
-  return code == ElementCode::Variable || code == ElementCode::Param;
+bool IsDefinition(XsltElement code) {
+  return code == XsltElement::Variable || code == XsltElement::Param;
 }
 
 bool RunsGlobalDefinition(const TemplateFrame& frame) {
