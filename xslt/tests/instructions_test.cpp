@@ -347,6 +347,15 @@ TEST(Instructions, ControlFlow) {
       {"sorts alone", "<xsl:for-each select='r/i'><xsl:sort/></xsl:for-each>.", "."},
       {"no current rule in a loop", "<xsl:for-each select='r'><xsl:apply-imports/></xsl:for-each>",
        "code 36 at nowhere [xsl:apply-imports xsl:for-each xsl:template xsl:stylesheet]"},
+      {"no list of the current rule beside a sort",
+       "<xsl:apply-templates select='r/i'><xsl:sort/><f:f xmlns:f='f'><xsl:apply-imports/></f:f>"
+       "</xsl:apply-templates>",
+       "code 36 at nowhere [xsl:apply-imports f:f xsl:apply-templates xsl:template "
+       "xsl:stylesheet]"},
+      {"the list of the current rule in an element in front of the sort, and in a parameter",
+       "<xsl:apply-templates select='r/i[1]'><f:f xmlns:f='f'><xsl:apply-imports/></f:f><xsl:sort/>"
+       "<xsl:with-param name='p'><xsl:apply-imports/></xsl:with-param></xsl:apply-templates>",
+       "[213-][323-][133-][211[213-][323-][133-]]"},
       {"no node set", "<xsl:for-each select='1'>x</xsl:for-each>",
        "code 29 at xsl:stylesheet/xsl:template/xsl:for-each/@select "
        "[xsl:for-each xsl:template xsl:stylesheet]"},
