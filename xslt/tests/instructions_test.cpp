@@ -307,6 +307,17 @@ TEST(Instructions, TextsCommentsAndMessages) {
        "<xsl:value-of select='r'/>|<xsl:value-of select='//@k'/>|"
        "<xsl:value-of select='//b'/>|<xsl:value-of select='2 div 4'/>|<xsl:value-of select='/..'/>",
        "x1y|&amp;|1|0.5|", "<r>x<b k='&amp;'>1</b>y</r>"},
+      {"a text with content below it",
+       "<xsl:variable name='v'><xsl:for-each select='r/text()[1]'><xsl:copy>+</xsl:copy>"
+       "</xsl:for-each></xsl:variable><a><xsl:value-of select='$v'/></a>"
+       "<xsl:if test='$v = \"x+\"'><xsl:value-of select='string-length($v)'/></xsl:if>",
+       "<a>x+</a>2", "<r>x<b/></r>"},
+      {"a comment and an attribute with content below them",
+       "<xsl:variable name='v'><e><xsl:for-each select='r/@k'><xsl:copy>+</xsl:copy>"
+       "</xsl:for-each><xsl:for-each select='r/comment()'><xsl:copy>-</xsl:copy></xsl:for-each>"
+       "<xsl:value-of select='r'/></e></xsl:variable><a><xsl:value-of select='$v'/></a>"
+       "<b><xsl:value-of select='string($v)'/></b>",
+       "<a>+-x</a><b>+-x</b>", "<r k='1'><!--c-->x</r>"},
       {"a message that ends the run", "<a/><xsl:message terminate='yes'>m<b>n</b></xsl:message>",
        "stopped: mn"},
       {"a message that doesn't", "<xsl:message>m</xsl:message><a/>", "<a/>"},
