@@ -9,6 +9,7 @@
 
 #include "checks/elementdispatcher.h"
 #include "engine/instruction.h"
+#include "engine/universes.h"
 #include "keys/keytable.h"
 #include "tqcore/tqtext.h"
 #include "xslt/xsltprocessor.h"
@@ -19,14 +20,6 @@ namespace {
 
 bool IsXslText(const XPathNode* node) {
   return node != nullptr && XsltElementNames::Code(node) == ElementCode::Text;
-}
-
-// A copy belongs to the document that it goes into, but it has no place in its order.
-void SetDocumentNumber(XPathNode* top, std::int32_t number) {
-  for (XPathNode* node = top; node != nullptr;
-       node = node->firstChild != nullptr ? node->firstChild : node->NextSkippingChildren(top)) {
-    node->documentNumber = number;
-  }
 }
 
 XPathNode* BehindImports(XPathNode* element, const ElementDispatcher& dispatcher) {
@@ -131,13 +124,14 @@ struct XSLTProcessorBase::IncludeLevel {
 // own.
 void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
   std::vector<IncludeLevel> levels{{element, FirstContent(element)}};
+  bool replaces = false;
   while (true) {
     IncludeLevel& level = levels.back();
     XPathNode* child = level.child;
     if (child == nullptr) {
       XPathNode* included = level.element;
       levels.pop_back();
-      if (levels.empty()) return;
+      if (levels.empty()) break;
       OpenStylesheets.pop_back();
       ReplaceInclude(levels.back(), included);
       continue;
@@ -145,6 +139,7 @@ void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
     level.child = child->next;
     const std::int32_t code = Dispatcher->Code(child);
     if (code == ElementCode::Include) {
+      replaces = true;
       level.include = child;
       XPathNode* top = OpenInclude(child);
       if (top != nullptr) {
@@ -158,6 +153,14 @@ void XSLTProcessorBase::ExpandIncludes(XPathNode* element) {
       level.seenOther = true;
     }
   }
+  if (replaces) TreeHasChanged(*element->Root());
+}
+
+// document('') shows the tree. An imported one was indexed by the keys in use when it was loaded.
+void XSLTProcessorBase::TreeHasChanged(XPathNode& root) {
+  TreeBuilder->Restamp(root);
+  universes_->Forget(root);
+  for (const auto& [name, table] : Keys) table->Forget(root);
 }
 
 // The element whose children an include brings in, entered in OpenStylesheets; null without one.
@@ -185,7 +188,6 @@ void XSLTProcessorBase::ReplaceInclude(IncludeLevel& level, XPathNode* top) {
     if (isImport && behindImports == nullptr) behindImports = BehindImports(element, *Dispatcher);
     XPathNode* copy = XPathNode::Copy(*child, true, element);
     if (copy->OwnBaseURI() == nullptr) copy->SetBaseURI(top->Root()->OwnBaseURI());
-    SetDocumentNumber(copy, element->documentNumber);
     element->InsertChild(isImport ? behindImports : include, copy);
     Dispatcher->Validate(ElementCode::Stylesheet, copy);
     if (copy->kind == XPathNodeKind::Element && !isImport) level.seenOther = true;

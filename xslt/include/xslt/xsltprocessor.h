@@ -190,6 +190,7 @@ class XSLTProcessorBase {
   bool RetryGlobal(const TQString& key);
   void BuildBuiltInStylesheet();
   struct IncludeLevel;
+  void TreeHasChanged(XPathNode& root);
   XPathNode* OpenInclude(XPathNode* include);
   void ReplaceInclude(IncludeLevel& level, XPathNode* top);
   XPathNode* BuildTree(XTreeNode* source, const TQString& path);
