@@ -212,7 +212,8 @@ TQString NumberPattern::FormatNumber(double number) const {
   auto append = [&](char16_t unit) { result.AppendUnitAt(unit, cursor, 32 + cursor); };
   auto appendDigit = [&](char digit) { append(static_cast<char16_t>(digit + digitBase)); };
   char16_t sign = sub.isPerMille ? format_.perMille : format_.percent;
-  if (!hasNegative_ && number < 0) append(format_.minusSign);
+  const bool isZero = digits.digits.empty();  // perhaps by rounding
+  if (!hasNegative_ && number < 0 && !isZero) append(format_.minusSign);
   if (sub.percentBefore) append(sign);
   result.AppendAt(sub.prefix.View(), cursor, 32);
   std::size_t group = sub.hasGrouping ? static_cast<std::size_t>(sub.groupSize) : 0;

@@ -67,8 +67,10 @@ bool LiesOnAxis(const SimpleStep& step, const XPathNode& node) {
     case XPathNodeKind::CData:
     case XPathNodeKind::PI:
     case XPathNodeKind::Comment:
-      return node.parent->kind == XPathNodeKind::Element ||
-             node.parent->kind == XPathNodeKind::Root;
+      // Not of an attribute or a declaration. In a result, texts and comments can have children.
+      return node.parent->kind < XPathNodeKind::XMLDeclaration &&
+             node.parent->kind != XPathNodeKind::Attribute &&
+             node.parent->kind != XPathNodeKind::Namespace;
     default:
       return false;
   }

@@ -219,9 +219,9 @@ bool XPathUnionNode::AcceptFirst(const XPathContext& context, const XPathValue& 
   return value.kind == XPathValue::NodeSet || context.Fail(XPathError::NotANodeSet, *this);
 }
 
-// Only the first operand must be a node set. Another one that is none has no nodes to give.
-bool XPathUnionNode::Combine(const XPathContext&, XPathOperator, XPathValue& left,
+bool XPathUnionNode::Combine(const XPathContext& context, XPathOperator, XPathValue& left,
                              const XPathValue& right) const {
+  if (right.kind != XPathValue::NodeSet) return context.Fail(XPathError::NotANodeSet, *this);
   left.nodes.insert(left.nodes.end(), right.nodes.begin(), right.nodes.end());
   return true;
 }
@@ -263,8 +263,7 @@ bool XPathUnionNode::Evaluate(XPathContext& context) const {
   for (int i = 0; i < operandCount_; ++i) {
     XPathOperand operand;
     if (!OperandValue(*operands_[i].node, context, operand)) return false;
-    if (i == 0 && !AcceptFirst(context, *operand.value)) return false;
-    Combine(context, operands_[i].op, all, *operand.value);
+    if (!Combine(context, operands_[i].op, all, *operand.value)) return false;
   }
   RemoveDuplicates(all.nodes);
   context.Output() = std::move(all);

@@ -135,7 +135,13 @@ TEST_F(Evaluation, ComparisonsAndArithmetic) {
       {"true() or $undefined", "error 6/-1"},
       {"false() and //u:x", "error 1/-1"},
       {"1 | $undefined", "error 4/-1"},
-      {"count(/r | 1 | 'x')", "1"},
+      {"count(/r | 1 | 'x')", "error 4/-1"},
+      {"a | 1", "error 4/-1"},
+      {"$two | a", "error 4/-1"},
+      {"boolean(a | $two)", "error 4/-1"},
+      {"string(a | //b | true())", "error 4/-1"},
+      {"a | (b | 'x')", "error 4/-1"},
+      {"//a[. | 1]", "error 4/-1"},
   });
 }
 

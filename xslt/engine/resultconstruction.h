@@ -17,7 +17,8 @@ struct TreeDeleter {
 };
 using OwnedTree = std::unique_ptr<XPathNode, TreeDeleter>;
 
-// The one road into a result tree: `node` becomes the last child and takes the document number.
+// The one road into a result tree: `node` becomes the last child, and all of its tree takes the
+// document number and no order number.
 // Raises TQXTreeException with code 1, and frees the node, where the data model has no such shape:
 // anything but text in an attribute or declaration, an attribute in a root, an attribute or
 // declaration behind content.

@@ -51,6 +51,7 @@ class StylesheetModules {
   struct IncludeLevel;
 
   XPathNode* BuildTree(XTreeNode* source, const TQString& path);
+  void TreeHasChanged(XPathNode& root);
   XPathNode* OpenInclude(XPathNode* include);
   void ReplaceInclude(IncludeLevel& level, XPathNode* top);
 

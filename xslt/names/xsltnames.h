@@ -21,7 +21,7 @@ enum class XsltElement : std::int32_t {
 #undef ELEMENT
 };
 inline constexpr std::size_t kXsltElementCodes = 1 + std::max<std::size_t>({
-                                                         // codes are below
+// codes are below
 #define ELEMENT(code, enumerator, name) code,
 #include "names/elementcodes.def"
 #undef ELEMENT
@@ -35,7 +35,7 @@ enum class XsltAttribute : std::int32_t {
 #undef ATTRIBUTE
 };
 inline constexpr std::size_t kXsltAttributeCodes = 1 + std::max<std::size_t>({
-                                                           // codes are below
+// codes are below
 #define ATTRIBUTE(code, enumerator, name) code,
 #include "names/attributecodes.def"
 #undef ATTRIBUTE

@@ -98,6 +98,7 @@ class XSLTProcessorBase {
   // "//node()" with the root, in order and numbered from 1; for an attribute as context node
   // "//@*" of its tree. Made once per document.
   const XPathNodeList& Universe(XPathNode* contextNode);
+  void ForgetUniverse(const XPathNode& root);  // for a tree that has been changed
   // The expression run from all nodes of the universe at once, in the order of the evaluation.
   XPathNodeList EvaluateOverUniverse(const ExpressionText& expression, XPathNode* contextNode,
                                      XPathNode* namespaceNode, XPathPatternKind patternKind);
