@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "checks/elementdispatcher.h"
-#include "result/resultscope.h"
+#include "result/starttags.h"
 #include "rules/templaterule.h"
 #include "xslt/xsltprocessor.h"
 
@@ -65,8 +65,8 @@ void Instruction::EndChildren() {
   Frame().Cursor = nullptr;
   if (OwnsOutput) {
     OwnsOutput = false;
+    Processor->Tags->Close(*OutputNode);
     OutputNode = OutputNode->parent;
-    Processor->Scopes->ForgetAttributes();
   }
   Finish();
 }

@@ -17,6 +17,7 @@
 #include "keys/keytable.h"
 #include "numbers/numbercounter.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "rules/templaterules.h"
 #include "sorting/collation.h"
 #include "tqcore/tqtext.h"
@@ -70,6 +71,7 @@ void XSLTProcessorBase::ClearRun() {
     }
   }
   Scopes.reset();
+  Tags.reset();
   Counts.reset();
   GlobalVariables.Clear();
   GlobalParameters.Clear();
@@ -102,6 +104,7 @@ void XSLTProcessorBase::Reset() {
   globalDefinitions_ = std::make_unique<GlobalDefinitions>();
   Evaluator = std::make_unique<XPathEvaluator>(this);
   Scopes = std::make_unique<ResultScopes>();
+  Tags = std::make_unique<StartTags>();
   Collators = std::make_unique<Collations>();
   Counts = std::make_unique<NumberCounts>();
   ImportPrecedence = 0;

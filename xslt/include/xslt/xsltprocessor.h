@@ -37,6 +37,7 @@ class GlobalDefinitions;
 class KeyTable;
 class NumberCounts;
 class ResultScopes;
+class StartTags;
 class TemplateRule;
 class TemplateRules;
 class Universes;
@@ -150,6 +151,7 @@ class XSLTProcessorBase {
   std::unique_ptr<XPathEvaluator> Evaluator;
   std::unique_ptr<TemplateRules> Rules;
   std::unique_ptr<ResultScopes> Scopes;
+  std::unique_ptr<StartTags> Tags;
   std::unique_ptr<Collations> Collators;
   std::unique_ptr<NumberCounts> Counts;
   std::map<TQString, TQString, TextLess> NamespaceAliases;  // stylesheet prefix -> result prefix
