@@ -12,6 +12,7 @@
 #include "names/stylesheetindex.h"
 #include "numbers/numbercounter.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "rules/templaterules.h"
 #include "sorting/collation.h"
 #include "tqcore/console.h"
@@ -36,6 +37,7 @@ struct XSLTProcessor::PartsOfRun {
   TemplateRules rules;
   GlobalEvaluation globals;
   ResultScopes scopes;
+  StartTags tags;
   Collations collators;
   NumberCounts counts;
 };
@@ -92,6 +94,7 @@ void XSLTProcessor::Reset() {
   Rules = &run_->rules;
   Globals = &run_->globals;
   Scopes = &run_->scopes;
+  Tags = &run_->tags;
   Collators = &run_->collators;
   Counts = &run_->counts;
   Modules->BeginRun();

@@ -159,6 +159,15 @@ void DeclareOn(XPathNode& element, std::u16string_view prefix, InternedURI uri) 
   if (!prefix.empty()) scope.attributeScopeMap.Set(prefix, uri);
 }
 
+std::u16string_view DeclaredPrefix(const XPathNode& declaration) {
+  return declaration.GetPrefix().empty() ? std::u16string_view() : declaration.GetLocalName();
+}
+
+bool TakesAttributes(const XPathNode& parent) {
+  return parent.kind == XPathNodeKind::Element &&
+         (parent.lastChild == nullptr || IsAttributeLike(*parent.lastChild));
+}
+
 XPathNode* BehindAttributes(const XPathNode& element) {
   XPathNode* child = element.firstChild;
   while (child != nullptr && IsAttributeLike(*child)) child = child->next;

@@ -41,6 +41,12 @@ bool JoinText(XPathNode& parent, std::u16string_view text, bool escapeOutput);
 // the prefix to nothing.
 void DeclareOn(XPathNode& element, std::u16string_view prefix, InternedURI uri);
 OwnedTree MakeDeclaration(std::u16string_view prefix, InternedURI uri);
+// The prefix that a declaration declares, empty for the default namespace. Not for a node of the
+// namespace axis, whose name is its prefix.
+std::u16string_view DeclaredPrefix(const XPathNode& declaration);
+
+// Whether an attribute can enter: an element without content.
+bool TakesAttributes(const XPathNode& parent);
 
 // Where leading attributes and declarations end: the first other child, null at the end.
 XPathNode* BehindAttributes(const XPathNode& element);

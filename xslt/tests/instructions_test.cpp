@@ -192,7 +192,7 @@ TEST(Instructions, CopyAndCopyOf) {
       {"the namespace node xml",
        "<a><xsl:for-each select='*/namespace::*'><xsl:copy>x</xsl:copy>"
        "</xsl:for-each></a>",
-       "<a d=\"u\"/>", source},
+       "<a xmlns:d=\"u\"/>", source},
       {"the document without its declaration", "<xsl:copy-of select='/'/>",
        "<!--c--><d:r xmlns:d=\"u\" a=\"{1}\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e></d:r><?p q?>",
        source},

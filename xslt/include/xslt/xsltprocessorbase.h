@@ -39,6 +39,7 @@ class KeptTrees;
 class KeyTables;
 class NumberCounts;
 class ResultScopes;
+class StartTags;
 class StylesheetIndex;
 class StylesheetModules;
 class TemplateRules;
@@ -152,6 +153,7 @@ class XSLTProcessorBase {
   KeyTables* Keys = nullptr;
   GlobalEvaluation* Globals = nullptr;
   ResultScopes* Scopes = nullptr;
+  StartTags* Tags = nullptr;
   Collations* Collators = nullptr;
   NumberCounts* Counts = nullptr;
   StylesheetModules* Modules = nullptr;
