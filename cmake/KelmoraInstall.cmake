@@ -1,6 +1,9 @@
 # What `cmake --install build` puts where, and the Debian package that `cpack` makes of it.
 include(GNUInstallDirs)
 
+# The program is all that is installed: neither "install" nor cpack has to build the tests first.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
 install(TARGETS kelmora RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES completions/kelmora.bash RENAME kelmora
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
