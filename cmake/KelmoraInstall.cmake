@@ -39,6 +39,11 @@ install(CODE "
     file(INSTALL \"\${sources}/completions/_kelmora\" DESTINATION \"\${data}/zsh/site-functions\")
   endif()")
 
+# The names of architecture and C library in a package are those of the machine that makes it.
+if(CMAKE_CROSSCOMPILING)
+  return()
+endif()
+
 # The executable is linked to the C library alone. What it loads at run time where it is there
 # stands in "Recommends".
 execute_process(COMMAND getconf GNU_LIBC_VERSION

@@ -225,8 +225,8 @@ std::optional<ParsoCode> ParsoCompiler::SharedBeginning(const ParsoChild& a, con
   std::size_t openNodes = opens;
   for (std::size_t i = 0; i < shared; ++i) {
     AppendCode(code, partsA[i]);
-    openNodes += IsOpen(partsA[i]) ? 1 : 0;
-    openNodes -= IsClose(partsA[i]) ? 1 : 0;
+    if (IsOpen(partsA[i])) ++openNodes;
+    if (IsClose(partsA[i])) --openNodes;
   }
   const ParsoCode codeB = JoinParts(restB);
   // A literal that only closes follow decides alone; else a choice point has to wait for the end.

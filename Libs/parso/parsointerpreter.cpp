@@ -94,7 +94,7 @@ void ParsoInterpreter::Attempt(const ParsoChild& child) {
   node->rule = &rule;
   node->text = frame.cursor;
   node->length = frame.available;
-  node->line = frame.line;
+  node->line = frame.line & ParsoNode::kLineBits;
   Start(node);
 }
 
