@@ -88,7 +88,7 @@ View DefinitionText(const XTreeDTDAttlist& list) {
 bool DtdReader::ReadAttlist(const XTreeDTDAttlist& list, const Place& place) {
   TQString elementName;
   if (!ResolveName(list, list.name, elementName)) return false;
-  if (elementName.IsEmpty()) return true;  // an unknown entity in the first pass
+  if (elementName.IsEmpty()) return true;  // it waits
   if (list.item == Item::Unformatted) {
     return ReadAttributeText(list, elementName, list.text, place);
   }
@@ -115,7 +115,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   const auto parsed =
       model_.ParseFragment(expanded, u"attlistText", XTreeKind::DTDAttlist, place.kind);
   if (parsed == nullptr) {
-    if (IsProvisional()) return true;
+    if (Postpone()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
   }
   // The root holds the items of the first definition, and a list for each further one.
@@ -123,6 +123,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   for (const auto* definition = static_cast<const XTreeDTDAttlist*>(parsed->root);
        definition != nullptr; definition = NextList(definition, parsed->root)) {
     if (!IsComplete(*definition)) {
+      if (Postpone()) return true;
       return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
     }
     if (!ReadDefinition(element, *definition, list)) return false;
@@ -181,6 +182,7 @@ bool DtdReader::ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlis
   if (!ExpandEntityReferences(&list, item.text, text, {.withParameterEntities = true})) {
     return false;
   }
+  if (Postpone()) return true;
   int at = 0;
   TQString word = text.Tokenize(u"()| \t\r\n", at);
   for (const TypeName& type : kTypes) {
@@ -215,7 +217,7 @@ bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item,
 bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
                                 const XTreeDTDAttlist& list) {
   attribute.JoinEnumeration();
-  if (attribute.isID) {
+  if (attribute.isID && !Postpone()) {
     if (element.idAttribute != nullptr) {
       return model_.Error().RecordError(ModelCode::SecondID, &list, attribute.name.local);
     }
@@ -227,7 +229,7 @@ bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
   if (!attribute.isEnumeration || attribute.defaultValue.IsEmpty()) return true;
   const auto& names = attribute.enumeration;
   if (std::find(names.begin(), names.end(), attribute.defaultValue) != names.end()) return true;
-  if (IsProvisional()) return true;
+  if (Postpone()) return true;
   return model_.Error().RecordError(ModelCode::DefaultNotInEnumeration, &list,
                                     attribute.defaultValue);
 }

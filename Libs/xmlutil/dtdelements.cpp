@@ -53,9 +53,13 @@ bool IsGroup(std::int32_t item) {
 bool DtdReader::ResolveName(const XTreeNode& node, View text, TQString& name) {
   name = text;
   if (text.find(u'%') == View::npos) return true;
+  const bool wasProvisional = std::exchange(provisional_, false);
   if (!ExpandEntityReferences(&node, text, name, {.withParameterEntities = true})) return false;
+  const bool waits = Postpone();
+  provisional_ |= wasProvisional;
   int cursor = 0;
   const TQString expanded = std::exchange(name, TQString());
+  if (waits) return true;
   for (char16_t unit : expanded.View()) {
     if (!IsXmlSpace(unit)) name.AppendUnitAt(unit, cursor, expanded.Length());
   }
@@ -65,7 +69,7 @@ bool DtdReader::ResolveName(const XTreeNode& node, View text, TQString& name) {
 bool DtdReader::ReadElement(const XTreeDTDElement& node, const Place& place) {
   TQString name;
   if (!ResolveName(node, node.name, name)) return false;
-  if (name.IsEmpty()) return true;  // an unknown entity in the first pass
+  if (name.IsEmpty()) return true;  // it waits
   ElementDecl& element = *model_.AddElement({name, nullptr});
   if (element.declared && model_.pass == 1) {
     return model_.Error().RecordError(ModelCode::DeclaredTwice, &node, name);
@@ -91,7 +95,7 @@ bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, c
     if (content.item == Item::PERef) break;  // a reference again: there is no end to that
     return ReadGroup(element, content, node);
   }
-  if (IsProvisional()) return true;
+  if (Postpone()) return true;
   return model_.Error().RecordError(ModelCode::BadContentModel, &node, element.name.local);
 }
 
@@ -124,7 +128,7 @@ bool DtdReader::ReadGroup(ElementDecl& element, const XTreeDTDElement& content,
         if (!ResolveName(node, name, resolved)) return false;
         name = resolved;
       }
-      if (name.empty()) continue;  // an unknown entity in the first pass
+      if (name.empty()) continue;  // it waits
       group->AddParticle(model_.AddElement({name, nullptr}), occurrence.least, occurrence.most);
     }
   }

@@ -87,6 +87,7 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
   value.TrimRight(kXmlSpaces);
   entity.sourceNode = &node;
   entity.baseUrl = place.url;
+  entity.provisional = provisional_;
   const bool isPublic = value.View().starts_with(kPublic);
   entity.external = isPublic || value.View().starts_with(kSystem);
   entity.publicText.Clear();
@@ -98,7 +99,7 @@ bool DtdReader::StoreValue(EntityDecl& entity, const XTreeNode& node, const Plac
     const int length = value.Length();
     const char16_t quote = length > 0 ? value[0] : u'\0';
     if (length < 2 || (quote != u'"' && quote != u'\'') || value[length - 1] != quote) {
-      if (IsProvisional()) return true;
+      if (Postpone()) return true;
       return model_.Error().RecordError(ModelCode::BadName, &node, entity.name);
     }
     value = value.Mid(1, length - 2);
@@ -160,11 +161,13 @@ bool DtdReader::ExpandReference(const XTreeNode* node, View reference, TQString&
   const auto entry = table.find(name);
   EntityDecl* entity = entry == table.end() ? nullptr : entry->second.get();
   if (entity == nullptr && model_.pass <= 1 && !options.inContent) {
-    model_.needAnotherPass = true;
+    model_.needAnotherPass = provisional_ = true;
     model_.passLimit = 2;
     return true;
   }
+  if (entity != nullptr && !options.inContent) provisional_ |= entity->provisional;
   if (entity != nullptr && entity->external) {
+    if (entity->provisional && !options.inContent && Postpone()) return true;
     LoadEntityDocument(*entity, node);
     if (entity->document == nullptr) entity = nullptr;
   }

@@ -74,11 +74,20 @@ bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   return complete;
 }
 
+bool DtdReader::Postpone() {
+  if (!provisional_ || model_.pass >= kDeclarationPasses) return false;
+  model_.needAnotherPass = true;
+  model_.passLimit = static_cast<std::int16_t>(model_.pass + 1);
+  return true;
+}
+
 bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& place) {
   const NestingGuard guard(nesting_);
   if (guard.IsTooDeep()) return model_.Error().RecordError(ModelCode::WrongEntityKind, &parent);
+  const bool wasProvisional = provisional_;
   for (const XTreeNode* child = parent.first; child != nullptr; child = child->next) {
     bool goOn = true;
+    provisional_ = place.isProvisional;
     switch (child->kind) {
       case XTreeKind::DocType:
         goOn = ReadDoctype(*child->AsContainer(), place);
@@ -102,7 +111,10 @@ bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& plac
         break;
     }
     if (!goOn) return false;
+    // The value of an entity can stay provisional until something asks for it.
+    if (child->kind != XTreeKind::DTDEntity && child->kind != XTreeKind::DTDNotation) Postpone();
   }
+  provisional_ = wasProvisional;
   return true;
 }
 
@@ -139,7 +151,7 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
   }
   if (expanded.Find(u'<') == TQString::kNotFound) {
     // Nothing but references that are not known yet: the next pass knows them.
-    if (IsProvisional()) return true;
+    if (Postpone()) return true;
     return model_.Error().RecordError(ModelCode::BadSection, &node, text);
   }
   return ReadReplacement(node, expanded, place);
@@ -148,10 +160,10 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
 bool DtdReader::ReadReplacement(const XTreeNode& node, View text, const Place& place) {
   auto parsed = model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
-    if (IsProvisional()) return true;
+    if (Postpone()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &node, node.GetText());
   }
-  return ReadDeclarations(model_.Keep(std::move(parsed)), place);
+  return ReadDeclarations(model_.Keep(std::move(parsed)), {place.url, place.kind, provisional_});
 }
 
 EntityDecl* DtdReader::FindParameterEntity(const XTreeNode& node, View reference, bool& goOn) {
@@ -176,10 +188,12 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
     return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, entity->name);
   }
   const ReadingGuard guard(*entity);
+  provisional_ |= entity->provisional;
   if (!entity->external) {
     model_.CountEntityText(entity->value.Length());
     return IsBlank(entity->value) || ReadReplacement(node, entity->value, place);
   }
+  if (entity->provisional && Postpone()) return true;  // half a location is another file's
   LoadEntityDocument(*entity, &node);
   if (entity->document == nullptr) return false;
   // The first reading is the size of the input; only further ones multiply it.
@@ -200,6 +214,8 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
     bool goOn = false;
     EntityDecl* entity = FindParameterEntity(node, keyword, goOn);
     if (entity == nullptr) return goOn;
+    provisional_ |= entity->provisional;
+    if (entity->provisional && Postpone()) return true;
     if (entity->external || !entity->simple) {
       return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, keyword);
     }
@@ -207,6 +223,7 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   }
   if (value == u"IGNORE") return true;
   if (value != u"INCLUDE") {
+    if (Postpone()) return true;
     return model_.Error().RecordError(
         value == keyword ? ModelCode::BadSection : ModelCode::WrongEntityKind, &node, keyword);
   }
@@ -218,7 +235,9 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   const View inside = text.substr(start + 1, end - start - 1);
   if (IsBlank(inside)) return true;
   auto parsed = model_.ParseFragment(inside, u"extSubsetDecl", XTreeKind::DocType, place.kind);
-  if (parsed == nullptr) return model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
+  if (parsed == nullptr) {
+    return Postpone() || model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
+  }
   return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }
 

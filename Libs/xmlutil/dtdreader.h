@@ -1,8 +1,11 @@
 // DtdReader reads the declarations of a DOCTYPE and its external subset into a DocumentModel.
 //
-// The declarations are read in passes, at most two, because a parameter entity can be used in a
-// declaration that stands in front of its own: the first pass leaves an unknown reference out and
-// asks for another one. The first problem ends the reading.
+// The declarations are read in passes, because a parameter entity can be used in a declaration that
+// stands in front of its own: the first pass leaves an unknown reference out and asks for another
+// one. A value in which a reference was left out is provisional, and so is a value made of such a
+// one. What hangs on a provisional value, a name, the word of a conditional section or something
+// that does not parse, waits for the next pass, up to kDeclarationPasses. Any other problem ends
+// the reading.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +15,10 @@
 #include "xmlutil/documentmodel.h"
 
 namespace kelmora {
+
+// Bound on the passes: a chain of values, each of them declared in front of the next, takes one
+// pass more with each link.
+inline constexpr std::int16_t kDeclarationPasses = 4;
 
 class DtdReader {
  public:
@@ -36,7 +43,8 @@ class DtdReader {
   // pieces of it parse.
   struct Place {
     TQString url;
-    std::uint32_t kind;  // a GrammarKind
+    std::uint32_t kind;          // a GrammarKind
+    bool isProvisional = false;  // the text of a provisional value
   };
 
   bool ReadDeclarations(const XTreeContainer& parent, const Place& place);
@@ -46,8 +54,9 @@ class DtdReader {
   bool ReadSection(const XTreeNode& node, const Place& place);
   bool ReadEntityReference(const XTreeNode& node, const Place& place);
   bool ReadReplacement(const XTreeNode& node, std::u16string_view text, const Place& place);
-  // What the first pass cannot read for references to what is declared further on, the second can.
-  bool IsProvisional() const { return model_.pass == 1 && model_.needAnotherPass; }
+  // Whether what is being read hangs on a provisional value, so that a problem with it is none yet;
+  // asks for another pass then.
+  bool Postpone();
   // "%name;" exactly: the entity, or null with the failure recorded or, in the first pass, another
   // pass asked for; `goOn` then tells whether reading may continue without it.
   EntityDecl* FindParameterEntity(const XTreeNode& node, std::u16string_view reference, bool& goOn);
@@ -65,7 +74,8 @@ class DtdReader {
   bool ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place);
   // `node` is the node of the document that the content, or the text of it, came from.
   bool ReadGroup(ElementDecl& element, const XTreeDTDElement& content, const XTreeDTDElement& node);
-  // A name that may be a parameter entity reference, without white space.
+  // A name that may be a parameter entity reference, without white space; empty while it is
+  // provisional, since half a name is another one's.
   bool ResolveName(const XTreeNode& node, std::u16string_view text, TQString& name);
 
   bool ReadAttlist(const XTreeDTDAttlist& list, const Place& place);
@@ -82,6 +92,7 @@ class DtdReader {
 
   DocumentModel& model_;
   int nesting_ = 0;
+  bool provisional_ = false;  // of the declaration that is being read
 };
 
 // True for "%name;" as a whole, by the name characters of the XML Schema regular expressions.

@@ -131,6 +131,7 @@ struct EntityDecl {
   bool parameter = false;
   bool loaded = false;
   bool simple = false;            // the value holds no white space and no character of markup
+  bool provisional = false;       // a reference in the value was left out, for a later pass
   bool fromPreviousPass = false;  // stood before the DTD was read: its value stays
   bool beingRead = false;         // its text is being read: a second entry would not end
   bool hasNormalised = false;
