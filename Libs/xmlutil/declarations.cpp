@@ -121,9 +121,13 @@ void ElementDecl::CopyDefinition(const ElementDecl& definition) {
   hasDefaults = true;
 }
 
-void ElementDecl::AddMissing(const ElementDecl& earlier) {
-  particles.insert(particles.end(), earlier.particles.begin(), earlier.particles.end());
+void ElementDecl::AddMissingParticles(const std::vector<Particle>& earlier) {
+  particles.insert(particles.end(), earlier.begin(), earlier.end());
   index_.reset();
+}
+
+void ElementDecl::AddMissing(const ElementDecl& earlier) {
+  AddMissingParticles(earlier.particles);
   DeclarationList<AttributeDecl> merged = earlier.attributes;
   for (AttributeDecl* attribute : attributes) merged.Set(attribute);
   attributes = merged;

@@ -29,13 +29,29 @@ const SchemaRow& XmlSchemaReader::Derivation::Row() const {
   return isRestriction ? kSimpleContentRestrictionRow : kSimpleContentExtensionRow;
 }
 
+ElementDecl& XmlSchemaReader::DeclarationOf(const XTreeNode& node) {
+  ElementDecl*& declaration = declarations_[{state_.targetNamespace, &node}];
+  if (declaration == nullptr) declaration = model_.MakeElement();
+  return *declaration;
+}
+
+// While the type is being read, its name stands for what the last pass left of it.
 bool XmlSchemaReader::ReadTopComplexType(const XTreeNode& node) {
-  ComplexTypeEntry read;
-  read.definition = model_.MakeElement();
   SchemaValues values;
+  if (!ReadAttributes(node, kComplexTypeRow, values)) return false;
+  ComplexTypeEntry read;
+  read.definition = &DeclarationOf(node);
+  ElementDecl earlier(&model_);
+  earlier.CopyDefinition(*read.definition);
+  const auto known = schema_.complexTypes.find(TargetName(values[Word::Name]));
+  const bool isKnown =
+      known != schema_.complexTypes.end() && known->second->definition == read.definition;
+  if (isKnown) known->second->definition = &earlier;
   Derivation derivation;
-  if (!ReadComplexType(node, *read.definition, values, derivation)) return false;
-  if (MissesAttribute(node, values, Word::Name)) return false;
+  const bool complete = ReadComplexType(node, values, *read.definition, derivation);
+  if (!complete) read.definition->CopyDefinition(earlier);
+  if (isKnown) known->second->definition = read.definition;
+  if (!complete || MissesAttribute(node, values, Word::Name)) return false;
   read.name = TargetName(values[Word::Name]);
   read.base = derivation.base;
   read.baseEntry = derivation.baseEntry;
@@ -49,9 +65,8 @@ bool XmlSchemaReader::ReadTopComplexType(const XTreeNode& node) {
   return true;
 }
 
-bool XmlSchemaReader::ReadComplexType(const XTreeNode& node, ElementDecl& definition,
-                                      SchemaValues& values, Derivation& derivation) {
-  if (!ReadAttributes(node, kComplexTypeRow, values)) return false;
+bool XmlSchemaReader::ReadComplexType(const XTreeNode& node, const SchemaValues& values,
+                                      ElementDecl& definition, Derivation& derivation) {
   definition.ClearDefinition();
   definition.isAbstract |= values.IsTrue(Word::Abstract);
   bool isMixed = values.IsTrue(Word::Mixed);

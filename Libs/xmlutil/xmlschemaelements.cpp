@@ -187,10 +187,11 @@ bool XmlSchemaReader::ReadInlineType(Word word, const XTreeNode& node, ElementDe
   if (!CheckNotDeclared(node, element, isLocal)) return false;
   if (word == Word::ComplexType) {
     SchemaValues values;
+    if (!ReadAttributes(node, kComplexTypeRow, values)) return false;
     Derivation derivation;
     ElementDecl earlier(&model_);
     earlier.CopyDefinition(element);
-    const bool complete = ReadComplexType(node, element, values, derivation);
+    const bool complete = ReadComplexType(node, values, element, derivation);
     if (!complete) element.AddMissing(earlier);
     return complete;
   }

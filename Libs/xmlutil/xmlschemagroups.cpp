@@ -93,14 +93,18 @@ bool XmlSchemaReader::ReadGroup(const XTreeNode& node, Word word, const Holder& 
     holder.group->AddParticle(group, bounds.minOccurs, bounds.maxOccurs);
     return true;
   }
-  ElementDecl* nested = model_.MakeElement();
-  nested->isGroup = true;
-  nested->sourceNode = &node;
+  ElementDecl& nested = DeclarationOf(node);
+  const std::vector<Particle> earlier = nested.particles;
+  nested.ClearDefinition();
+  nested.isGroup = true;
+  nested.sourceNode = &node;
   for (const GroupKind& kind : kGroupKinds) {
-    if (kind.word == word) nested->*kind.flag = true;
+    if (kind.word == word) nested.*kind.flag = true;
   }
-  holder.group->AddParticle(nested, bounds.minOccurs, bounds.maxOccurs);
-  return ReadGroupContent(node, {holder.element, nested, word == Word::All});
+  holder.group->AddParticle(&nested, bounds.minOccurs, bounds.maxOccurs);
+  const bool complete = ReadGroupContent(node, {holder.element, &nested, word == Word::All});
+  if (!complete) nested.AddMissingParticles(earlier);
+  return complete;
 }
 
 bool XmlSchemaReader::ReadGroupContent(const XTreeNode& node, const Holder& holder) {

@@ -5,14 +5,17 @@
 // one pass read is there for the next, which reads the same declarations again. Within a document
 // four sweeps over the children of `schema` read types before groups and groups before elements.
 //
-// Elements of a named type take a copy of the type's definition. Nothing is ever freed before the
-// model, so a copy may share attributes and particles with a definition that a later pass replaces.
+// Elements of a named type take a copy of the type's definition, of which the particles point to
+// the groups and local elements of the type itself. These belong to the node that declares them,
+// and each pass fills those of the one before: so a type may hold an element of its own, whose copy
+// was taken when the type was not known to its end. Nothing is ever freed before the model.
 //
 // Machine-stack depth: kSchemaNesting elements of a document, times kSchemaDocumentNesting for
 // documents, which name one another at the top level only.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <unordered_set>
@@ -145,7 +148,10 @@ class XmlSchemaReader final : private SchemaWalker {
     const SchemaRow& Row() const;
   };
   bool ReadTopComplexType(const XTreeNode& node);
-  bool ReadComplexType(const XTreeNode& node, ElementDecl& definition, SchemaValues& values,
+  // The declaration that the node makes, empty at first and the same in each pass.
+  ElementDecl& DeclarationOf(const XTreeNode& node);
+  // `values` are those of the node.
+  bool ReadComplexType(const XTreeNode& node, const SchemaValues& values, ElementDecl& definition,
                        Derivation& derivation);
   bool ReadContent(const XTreeNode& node, ElementDecl& definition, Derivation& derivation);
   bool ReadDerivation(const XTreeNode& node, ElementDecl& definition, Derivation& derivation);
@@ -214,6 +220,8 @@ class XmlSchemaReader final : private SchemaWalker {
   // Of the pass: a document may be read into several target namespaces.
   std::set<std::pair<InternedURI, const XTreeNode*>> documentsRead_;
   std::unordered_set<QName, NameHash, NameEqual> pendingNames_;
+  // Types and groups by their nodes, of all passes.
+  std::map<std::pair<InternedURI, const XTreeNode*>, ElementDecl*> declarations_;
   const std::int64_t stepsAtStart_ = XMLRegExp::steps;
   int passBudget_ = 0;
   int documentNesting_ = 0;

@@ -201,6 +201,7 @@ class ElementDecl final : public ElementDeclaration {
   void CopyDefinition(const ElementDecl& definition);
   // Adds what an earlier reading left, for one that broke off.
   void AddMissing(const ElementDecl& earlier);
+  void AddMissingParticles(const std::vector<Particle>& earlier);
 
   DocumentModel* owner;
   std::vector<Particle> particles;
