@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <string>
 
+#include "schema/schemawalker.h"
+#include "schema/xmlschemareader.h"
 #include "schematesting.h"
-#include "schemawalker.h"
-#include "xmlschemareader.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {

@@ -2,7 +2,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "xmlschemareader.h"
+#include "schema/xmlschemareader.h"
 
 namespace kelmora {
 namespace {

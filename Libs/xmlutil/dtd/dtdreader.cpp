@@ -1,6 +1,6 @@
 // The passes, and the text that the grammar keeps as it is: parameter entity references between
 // declarations, and conditional sections.
-#include "dtdreader.h"
+#include "dtd/dtdreader.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
-#include "schemawalker.h"
+#include "schema/schemawalker.h"
 
 #include <algorithm>
 
-#include "dtdreader.h"
-#include "schemadeclarations.h"
+#include "dtd/dtdreader.h"
+#include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

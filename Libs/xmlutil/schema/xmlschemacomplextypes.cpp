@@ -1,7 +1,7 @@
 // Complex types: the content of a type and what it derives from.
 #include <utility>
 
-#include "xmlschemareader.h"
+#include "schema/xmlschemareader.h"
 
 namespace kelmora {
 namespace {

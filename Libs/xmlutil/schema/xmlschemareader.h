@@ -22,9 +22,9 @@
 #include <utility>
 #include <vector>
 
-#include "schemadeclarations.h"
-#include "schemawalker.h"
-#include "xmlutil/facet.h"
+#include "model/schemadeclarations.h"
+#include "schema/schemawalker.h"
+#include "types/facet.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {

@@ -1,4 +1,4 @@
-#include "xmlutil/facet.h"
+#include "types/facet.h"
 
 #include <algorithm>
 #include <compare>
@@ -7,9 +7,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "datetimevalue.h"
 #include "tqcore/tqtext.h"
-#include "xmlutil/simpletype.h"
+#include "types/datetimevalue.h"
+#include "types/simpletype.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {

@@ -2,9 +2,9 @@
 // found or made, and what stays undeclared is found at the end.
 #include <utility>
 
-#include "olderschematypes.h"
-#include "schemadeclarations.h"
-#include "schemawalker.h"
+#include "model/schemadeclarations.h"
+#include "older/olderschematypes.h"
+#include "schema/schemawalker.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

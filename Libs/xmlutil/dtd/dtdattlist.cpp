@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "dtdreader.h"
+#include "dtd/dtdreader.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "dtdreader.h"
-#include "schemadeclarations.h"
+#include "dtd/dtdreader.h"
+#include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/fragmentparser.h"
 

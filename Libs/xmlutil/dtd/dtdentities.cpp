@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "dtdreader.h"
+#include "dtd/dtdreader.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/sourcewriter.h"
 

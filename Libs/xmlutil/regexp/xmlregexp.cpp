@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-#include "regexpgrammar.h"
+#include "regexp/regexpgrammar.h"
 #include "tqcore/tqtext.h"
 #include "unicode/unicodedata.h"
 

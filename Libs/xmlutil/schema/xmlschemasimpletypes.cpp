@@ -1,9 +1,9 @@
 // Simple types: restriction, list and union, and facets.
 #include <utility>
 
+#include "schema/xmlschemareader.h"
 #include "tqcore/tqtext.h"
-#include "xmlschemareader.h"
-#include "xmlutil/facet.h"
+#include "types/facet.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {

@@ -1,12 +1,12 @@
-#include "xmlutil/simpletype.h"
+#include "types/simpletype.h"
 
 #include <algorithm>
 #include <array>
 #include <memory>
 
-#include "datetimevalue.h"
 #include "tqcore/tqtext.h"
-#include "xmlutil/facet.h"
+#include "types/datetimevalue.h"
+#include "types/facet.h"
 #include "xmlutil/xmlregexp.h"
 
 namespace kelmora {
@@ -23,7 +23,7 @@ struct BuiltinType {
 constexpr BuiltinType kBuiltinTypes[] = {
 #define BUILTIN(code, xsdName, xdrName, pattern, stopAtPartial) \
   {xsdName, xdrName, pattern, stopAtPartial},
-#include "builtintype.def"
+#include "types/builtintype.def"
 #undef BUILTIN
 };
 constexpr std::size_t kBuiltinCount = std::size(kBuiltinTypes);

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "schematable.h"
+#include "schema/schematable.h"
 #include "tqcore/tqstring.h"
 #include "xmlutil/documentmodel.h"
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "tqcore/tqstring.h"
+#include "types/simpletype.h"
 #include "xmlutil/declarations.h"
-#include "xmlutil/simpletype.h"
 
 namespace kelmora {
 

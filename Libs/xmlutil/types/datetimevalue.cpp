@@ -1,9 +1,9 @@
-#include "datetimevalue.h"
+#include "types/datetimevalue.h"
 
 #include <algorithm>
 
 #include "tqcore/tqtext.h"
-#include "xmlutil/simpletype.h"
+#include "types/simpletype.h"
 
 namespace kelmora {
 namespace {

@@ -2,7 +2,7 @@
 #include <utility>
 #include <vector>
 
-#include "dtdreader.h"
+#include "dtd/dtdreader.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

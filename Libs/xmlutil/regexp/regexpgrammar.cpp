@@ -1,4 +1,4 @@
-#include "regexpgrammar.h"
+#include "regexp/regexpgrammar.h"
 
 #include <algorithm>
 #include <limits>
@@ -16,7 +16,7 @@ constexpr char16_t kRoot[] = u"regExp";
 
 constexpr std::u16string_view kRuleNames[] = {
 #define REGEXP_RULE(name, text) text,
-#include "regexprule.def"
+#include "regexp/regexprule.def"
 #undef REGEXP_RULE
 };
 

@@ -1,5 +1,5 @@
 // XMLRegExp::Sample: a walk of the expression's tree that writes one short text it describes.
-#include "regexpgrammar.h"
+#include "regexp/regexpgrammar.h"
 #include "unicode/unicodedata.h"
 #include "xmlutil/xmlregexp.h"
 

@@ -1,7 +1,7 @@
 // Attribute declarations.
 #include <utility>
 
-#include "xmlschemareader.h"
+#include "schema/xmlschemareader.h"
 
 namespace kelmora {
 namespace {

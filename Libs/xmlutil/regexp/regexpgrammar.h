@@ -16,7 +16,7 @@ namespace kelmora {
 // The rules that the walk tells apart. Sequence and Alternative are the anonymous groups.
 enum class RegExpRule : std::uint8_t {
 #define REGEXP_RULE(name, text) name,
-#include "regexprule.def"
+#include "regexp/regexprule.def"
 #undef REGEXP_RULE
   Sequence,
   Alternative,

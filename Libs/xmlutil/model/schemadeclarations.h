@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
+#include "types/simpletype.h"
 #include "xmlutil/declarations.h"
-#include "xmlutil/simpletype.h"
 #include "xpath/xpathexpression.h"
 
 namespace kelmora {

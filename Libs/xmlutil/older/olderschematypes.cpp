@@ -1,7 +1,7 @@
-#include "olderschematypes.h"
+#include "older/olderschematypes.h"
 
 #include "tqcore/tqtext.h"
-#include "xmlutil/facet.h"
+#include "types/facet.h"
 
 namespace kelmora {
 namespace {

@@ -1,8 +1,8 @@
 // Element declarations and identity constraints.
 #include <utility>
 
+#include "schema/xmlschemareader.h"
 #include "tqcore/tqtext.h"
-#include "xmlschemareader.h"
 
 namespace kelmora {
 namespace {

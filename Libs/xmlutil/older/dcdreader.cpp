@@ -4,9 +4,9 @@
 #include <array>
 #include <utility>
 
-#include "olderschematypes.h"
-#include "schemadeclarations.h"
-#include "schemawalker.h"
+#include "model/schemadeclarations.h"
+#include "older/olderschematypes.h"
+#include "schema/schemawalker.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

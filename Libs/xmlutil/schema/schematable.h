@@ -12,7 +12,7 @@ namespace kelmora {
 
 enum class SchemaWord : std::uint8_t {
 #define SCHEMA_WORD(name, text) name,
-#include "schemaword.def"
+#include "schema/schemaword.def"
 #undef SCHEMA_WORD
 };
 std::u16string_view TextOf(SchemaWord word);

@@ -1,4 +1,4 @@
-#include "schematable.h"
+#include "schema/schematable.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,7 @@ using View = std::u16string_view;
 
 constexpr View kTexts[] = {
 #define SCHEMA_WORD(name, text) text,
-#include "schemaword.def"
+#include "schema/schemaword.def"
 #undef SCHEMA_WORD
 };
 

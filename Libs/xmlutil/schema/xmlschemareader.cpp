@@ -1,5 +1,5 @@
 // Passes, documents and the names in them.
-#include "xmlschemareader.h"
+#include "schema/xmlschemareader.h"
 
 #include <algorithm>
 
