@@ -1,6 +1,6 @@
 // Comparisons and conversions against their definitions: pair by pair, digit by digit, with none of
 // the short cuts.
-#include "xpathcompare.h"
+#include "values/xpathcompare.h"
 
 #include <gtest/gtest.h>
 

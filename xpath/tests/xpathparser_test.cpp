@@ -1,4 +1,4 @@
-#include "xpathparser.h"
+#include "syntax/xpathparser.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ const char* RuleName(XPathRule rule) {
 #define XPATH_RULE(number, name) \
   case XPathRule::name:          \
     return #name;
-#include "xpathrule.def"
+#include "syntax/xpathrule.def"
 #undef XPATH_RULE
   }
   return "?";
