@@ -125,13 +125,6 @@ XPathNodeList XsltFunctionLibrary::Document(Call call, Context context) const {
 
 XPathNodeList XsltFunctionLibrary::Key(Call call, Context context) const {
   XPathEvaluation& evaluation = *context.evaluation;
-  if (evaluation.patternKind == kKeyPattern) {
-    Raise(XPathError::KeyFunctionInKey, XPathFunction::key);
-  }
-  constexpr int kArguments = 2;
-  if (call.ArgumentCount() < kArguments) Raise(XPathError::TooFewParameters, XPathFunction::key);
-  if (call.ArgumentCount() > kArguments) Raise(XPathError::TooManyParameters, XPathFunction::key);
-
   const XPathNodeList& input = context.Input().nodes;
   std::size_t index = static_cast<std::size_t>(context.position) - 1;
   XPathNode* node = nullptr;

@@ -263,7 +263,7 @@ bool XPathUnionNode::Evaluate(XPathContext& context) const {
   for (int i = 0; i < operandCount_; ++i) {
     XPathOperand operand;
     if (!OperandValue(*operands_[i].node, context, operand)) return false;
-    if (i == 0 && !AcceptFirst(context, *operand.value)) return false;
+    if (!AcceptFirst(context, *operand.value)) return false;
     Combine(context, operands_[i].op, all, *operand.value);
   }
   RemoveDuplicates(all.nodes);

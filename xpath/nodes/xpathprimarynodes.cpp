@@ -212,6 +212,9 @@ bool XPathFunctionCallNode::Resolve(const XPathContext& context) const {
   bool found = row_ != nullptr && row_->library != XPathFunctionRow::Never &&
                (row_->library == XPathFunctionRow::Core || context.evaluation->xsltFunctions);
   if (!found) return Fail(context, XPathError::UnknownFunction);
+  if (row_->function == XPathFunction::key && context.evaluation->patternKind == kKeyPattern) {
+    return Fail(context, XPathError::KeyFunctionInKey, XPathFunction::key);
+  }
   XPathFunction reported =
       row_->function == XPathFunction::not_ ? XPathFunction::boolean : row_->function;
   if (argumentCount_ < row_->fewest) {
