@@ -3,7 +3,6 @@
 #include <cmath>
 #include <limits>
 
-#include "nodes/xpathprimarynodes.h"
 #include "tqcore/tqtext.h"
 #include "unicode/unicodedata.h"
 #include "values/xpathnodeset.h"
@@ -12,11 +11,32 @@
 namespace kelmora {
 namespace {
 
-const XPathFunctionRow kFunctions[] = {
-#define XPATH_FUNCTION(number, id, name, library, slot, fewest, most) \
-  {XPathFunction::id, name, XPathFunctionRow::library, &XsltFunctionLibrary::slot, fewest, most},
-#include "functions/xpathfunctions.def"
+// The library has no data: one is made for each call.
+template <auto operation>
+auto RunOperation(const XPathFunctionCallNode& call, const XPathContext& context) {
+  return (XsltFunctionLibrary().*operation)(call, context);
+}
+
+using Row = XPathFunctionRow;
+const Row kFunctions[] = {
+#define ROW(isXslt, id, name, called, Operation, fewest, most, fails, reads) \
+  {XPathFunction::id,                                                        \
+   name,                                                                     \
+   Row::Called::called,                                                      \
+   isXslt,                                                                   \
+   RunOperation<&XsltFunctionLibrary::Operation>,                            \
+   fewest,                                                                   \
+   most,                                                                     \
+   Row::Fails::fails,                                                        \
+   Row::Reads::reads},
+#define XPATH_FUNCTION(number, id, name, called, Operation, Result, fewest, most, fails, reads) \
+  ROW(false, id, name, called, Operation, fewest, most, fails, reads)
+#define XSLT_FUNCTION(number, id, name, called, Operation, Result, fewest, most, fails, reads) \
+  ROW(true, id, name, called, Operation, fewest, most, fails, reads)
+#include "xpath/xpathfunctions.def"
+#undef XSLT_FUNCTION
 #undef XPATH_FUNCTION
+#undef ROW
 };
 
 }  // namespace
@@ -28,12 +48,11 @@ const XPathFunctionRow* FindFunction(std::u16string_view name) {
   return nullptr;
 }
 
-XPathParseNode::Type XPathFunctionRow::ResultType() const {
-  using Type = XPathParseNode::Type;
-  if (std::holds_alternative<SlotOf<double>>(slot)) return Type::Number;
-  if (std::holds_alternative<SlotOf<bool>>(slot)) return Type::Boolean;
-  if (std::holds_alternative<SlotOf<XPathNodeList>>(slot)) return Type::NodeSet;
-  return Type::String;
+std::u16string_view NameOfFunction(std::int32_t number) {
+  for (const Row& row : kFunctions) {
+    if (static_cast<std::int32_t>(row.function) == number) return row.name;
+  }
+  return {};
 }
 
 TQString ExpandName(const PrefixMap& map, std::u16string_view name) {
@@ -117,7 +136,7 @@ double XPathFunctionLibrary::Position(Call, Context context) const {
 
 double XPathFunctionLibrary::Count(Call call, Context context) const {
   std::size_t counted = 0;
-  if (!context.IsPlain() && call.Argument(0).effective->CountNodes(context, counted)) {
+  if (call.Argument(0).effective->CountNodes(context, counted)) {
     return static_cast<double>(counted);
   }
   XPathOperand operand;

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "functions/xpathfunctionlibrary.h"
-#include "nodes/xpathprimarynodes.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {

@@ -3,7 +3,6 @@
 #include <unordered_map>
 
 #include "functions/xpathfunctionlibrary.h"
-#include "nodes/xpathprimarynodes.h"
 #include "tqcore/tqtext.h"
 #include "values/xpathnodeset.h"
 
@@ -243,7 +242,7 @@ bool XsltFunctionLibrary::ElementAvailable(Call call, Context context) const {
 bool XsltFunctionLibrary::FunctionAvailable(Call call, Context context) const {
   TQString name = NameArgument(call, context, XPathFunction::functionAvailable);
   const XPathFunctionRow* row = FindFunction(name);
-  return row != nullptr && row->library != XPathFunctionRow::Never;
+  return row != nullptr && row->called == XPathFunctionRow::Called::Called;
 }
 
 }  // namespace kelmora

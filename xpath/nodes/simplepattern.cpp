@@ -1,7 +1,7 @@
 // The pattern is matched from its last step upwards: a step of the child or attribute axis delivers
 // a node exactly when its parent is among the step's input. The input of the first step is the
 // universe, which holds every node but attributes, namespace nodes and declarations, so any parent
-// that a root or element can be will do.
+// will do.
 
 #include "xpath/simplepattern.h"
 
@@ -21,79 +21,19 @@ bool MakeStep(const XPathStepNode& step, bool descendantBefore, const PrefixMap&
   made.descendantBefore = descendantBefore;
   const XPathNodeTestNode& test = step.Test();
   Form form = test.GetForm();
-  if (made.isAttribute && form != Form::Any && form != Form::AnyInPrefix && form != Form::Name) {
-    return false;
-  }
-  made.name = test.LocalName();
-  switch (form) {
-    case Form::Comment:
-      made.test = SimpleStep::AnyComment;
-      return true;
-    case Form::Text:
-      made.test = SimpleStep::AnyText;
-      return true;
-    case Form::AnyPI:
-    case Form::NamedPI:
-      made.test = SimpleStep::AnyPI;
-      return true;
-    case Form::Node:
-      made.test = SimpleStep::AnyNode;
-      return true;
-    case Form::Any:
-      made.test = SimpleStep::AnyName;
-      return true;
-    case Form::AnyInPrefix:
-    case Form::Name:
-      break;
-  }
-  made.test = form == Form::Name ? SimpleStep::Name : SimpleStep::Namespace;
-  if (test.Prefix().empty()) {
-    made.uri = made.isAttribute ? nullptr : prefixMap.Lookup(u"");
-    return true;
-  }
-  made.uri = prefixMap.Lookup(test.Prefix());
-  return made.uri != nullptr;
+  bool isName = form == Form::Any || form == Form::AnyInPrefix || form == Form::Name;
+  if (made.isAttribute && !isName) return false;
+  made.test = test.TestWithoutUri(step.GetAxis());
+  if (test.PrefixNumber(step.GetAxis()) < 0) return true;
+  made.test.uri = prefixMap.Lookup(test.Prefix());
+  return test.Prefix().empty() || made.test.uri != nullptr;
 }
 
-// The node lies on the axis of the step, and its parent can be an input at all.
-bool LiesOnAxis(const SimpleStep& step, const XPathNode& node) {
-  if (node.parent == nullptr) return false;
-  if (step.isAttribute) {
-    return node.kind == XPathNodeKind::Attribute && node.parent->kind == XPathNodeKind::Element;
-  }
-  switch (node.kind) {
-    case XPathNodeKind::Element:
-    case XPathNodeKind::Text:
-    case XPathNodeKind::CData:
-    case XPathNodeKind::PI:
-    case XPathNodeKind::Comment:
-      return node.parent->kind == XPathNodeKind::Element ||
-             node.parent->kind == XPathNodeKind::Root;
-    default:
-      return false;
-  }
-}
-
+// The node is one that the axis of the step gives to its parent.
 bool Passes(const SimpleStep& step, const XPathNode& node) {
-  if (!LiesOnAxis(step, node)) return false;
-  bool hasName = node.kind == XPathNodeKind::Element || node.kind == XPathNodeKind::Attribute;
-  switch (step.test) {
-    case SimpleStep::Name:
-      return hasName && node.namespaceURI == step.uri && HasLocalName(node, step.name);
-    case SimpleStep::Namespace:
-      return hasName && node.namespaceURI == step.uri;
-    case SimpleStep::AnyName:
-      return hasName;
-    case SimpleStep::AnyText:
-      return node.IsText();
-    case SimpleStep::AnyComment:
-      return node.kind == XPathNodeKind::Comment;
-    case SimpleStep::AnyPI:
-      return node.kind == XPathNodeKind::PI && (step.name.empty() || node.GetName() == step.name);
-    case SimpleStep::AnyNode:
-      return true;
-  }
-  return false;
+  bool isOnAxis =
+      step.isAttribute ? IsElementAttribute(node) : node.parent != nullptr && IsContentNode(node);
+  return isOnAxis && step.test.Matches(node);
 }
 
 }  // namespace

@@ -2,62 +2,43 @@
 // compared without values, and a simple path on one side is walked only until a node answers.
 
 #include <cmath>
+#include <iterator>
 
 #include "nodes/xpathcontext.h"
 #include "nodes/xpathoperatornodes.h"
+#include "values/xpathcompare.h"
 
 namespace kelmora {
 namespace {
 
-bool Compare(XPathOperator op, const XPathValue& a, const XPathValue& b) {
-  switch (op) {
-    case XPathOperator::Equal:
-      return Equal(a, b);
-    case XPathOperator::NotEqual:
-      return NotEqual(a, b);
-    case XPathOperator::Less:
-      return Less(a, b);
-    case XPathOperator::LessOrEqual:
-      return LessOrEqual(a, b);
-    case XPathOperator::Greater:
-      return Greater(a, b);
-    default:
-      return GreaterOrEqual(a, b);
-  }
-}
+// The six operators: on values, on numbers, and the operator seen from the other side.
+struct ComparisonRow {
+  XPathOperator op;
+  bool (*values)(const XPathValue& a, const XPathValue& b);
+  bool (*numbers)(double a, double b);
+  XPathOperator mirrored;
+};
+using Op = XPathOperator;
+constexpr ComparisonRow kComparisons[] = {
+    {Op::Equal, Equal, EqualNumbers, Op::Equal},
+    {Op::NotEqual, NotEqual, NotEqualNumbers, Op::NotEqual},
+    {Op::Less, Less, [](double a, double b) { return a < b; }, Op::Greater},
+    {Op::LessOrEqual, LessOrEqual, [](double a, double b) { return a <= b; }, Op::GreaterOrEqual},
+    {Op::Greater, Greater, [](double a, double b) { return a > b; }, Op::Less},
+    {Op::GreaterOrEqual, GreaterOrEqual, [](double a, double b) { return a >= b; },
+     Op::LessOrEqual},
+};
 
-bool CompareNumbers(XPathOperator op, double a, double b) {
-  switch (op) {
-    case XPathOperator::Equal:
-      return EqualNumbers(a, b);
-    case XPathOperator::NotEqual:
-      return NotEqualNumbers(a, b);
-    case XPathOperator::Less:
-      return a < b;
-    case XPathOperator::LessOrEqual:
-      return a <= b;
-    case XPathOperator::Greater:
-      return a > b;
-    default:
-      return a >= b;
-  }
+const ComparisonRow& RowOf(XPathOperator op) {
+  return kComparisons[static_cast<std::size_t>(op) - static_cast<std::size_t>(Op::Equal)];
 }
-
-// The operator seen from the other side.
-XPathOperator Mirrored(XPathOperator op) {
-  switch (op) {
-    case XPathOperator::Less:
-      return XPathOperator::Greater;
-    case XPathOperator::LessOrEqual:
-      return XPathOperator::GreaterOrEqual;
-    case XPathOperator::Greater:
-      return XPathOperator::Less;
-    case XPathOperator::GreaterOrEqual:
-      return XPathOperator::LessOrEqual;
-    default:
-      return op;
+static_assert([] {
+  for (std::size_t i = 0; i < std::size(kComparisons); ++i) {
+    if (kComparisons[i].op != static_cast<Op>(static_cast<std::size_t>(Op::Equal) + i))
+      return false;
   }
-}
+  return true;
+}());
 
 bool IsEquality(XPathOperator op) {
   return op == XPathOperator::Equal || op == XPathOperator::NotEqual;
@@ -87,7 +68,7 @@ class NumberVisitor final : public NodeVisitor {
   bool Visit(XPathNode& node) override {
     double value = TextToNumber(node.StringValue(scratch_));
     found = op_ == XPathOperator::NotEqual ? !(value == number_) && !std::isnan(number_)
-                                           : CompareNumbers(op_, value, number_);
+                                           : RowOf(op_).numbers(value, number_);
     return !found;
   }
   bool found = false;
@@ -100,7 +81,7 @@ class NumberVisitor final : public NodeVisitor {
 
 // Compares the nodes of a path, on the left, with a value that is no node set. False when the path
 // has to be made into a list.
-bool CompareWalked(const XPathParseNode& path, const XPathContext& context, XPathOperator op,
+bool CompareWalked(const XPathValueNode& path, const XPathContext& context, XPathOperator op,
                    const XPathValue& other, bool& value) {
   if (other.kind == XPathValue::String && IsEquality(op)) {
     TextVisitor visitor(op, other.string);
@@ -117,50 +98,32 @@ bool CompareWalked(const XPathParseNode& path, const XPathContext& context, XPat
 
 }  // namespace
 
-bool XPathComparisonNode::Combine(const XPathContext&, XPathOperator op, XPathValue& left,
-                                  const XPathValue& right) const {
-  left.SetBoolean(Compare(op, left, right));
-  return true;
-}
-
-bool XPathComparisonNode::Evaluate(XPathContext& context) const {
-  if (operandCount_ == 1 || context.IsPlain()) return XPathOperatorNode::Evaluate(context);
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  context.Output().SetBoolean(value);
-  context.Swap();
-  return true;
-}
-
-bool XPathComparisonNode::EvaluateOperand(const XPathContext& context,
-                                          XPathOperand& operand) const {
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  operand.own.SetBoolean(value);
-  return true;
+void XPathComparisonNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  operands_.Prepare(*this, Type::Boolean, tree);
 }
 
 bool XPathComparisonNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
   if (!CompareTypes(context, *operands_[0].node, operands_[1], value)) return false;
-  for (int i = 2; i < operandCount_; ++i) {
+  for (int i = 2; i < operands_.Count(); ++i) {
     XPathOperand right;
     if (!OperandValue(*operands_[i].node, context, right)) return false;
     XPathValue left;
     left.SetBoolean(value);
-    value = Compare(operands_[i].op, left, *right.value);
+    value = RowOf(operands_[i].op).values(left, *right.value);
   }
   return true;
 }
 
 // The first two operands.
 bool XPathComparisonNode::CompareTypes(const XPathContext& context, const XPathParseNode& left,
-                                       const Operand& right, bool& value) const {
+                                       const XPathOperands::Operand& right, bool& value) const {
   const XPathParseNode& rightNode = *right.node;
   if (left.type == Type::Number && rightNode.type == Type::Number) {
     double a = 0;
     double b = 0;
     if (!OperandNumber(left, context, a) || !OperandNumber(rightNode, context, b)) return false;
-    value = CompareNumbers(right.op, a, b);
+    value = RowOf(right.op).numbers(a, b);
     return true;
   }
   if (IsEquality(right.op) && left.type == Type::String && rightNode.type == Type::String) {
@@ -195,12 +158,12 @@ bool XPathComparisonNode::CompareTypes(const XPathContext& context, const XPathP
   } else {
     if (!OperandValue(left, context, a)) return false;
     if (rightNode.type == Type::NodeSet && a.value->kind != XPathValue::NodeSet &&
-        CompareWalked(*rightNode.effective, context, Mirrored(right.op), *a.value, value)) {
+        CompareWalked(*rightNode.effective, context, RowOf(right.op).mirrored, *a.value, value)) {
       return true;
     }
     if (!OperandValue(rightNode, context, b)) return false;
   }
-  value = Compare(right.op, *a.value, *b.value);
+  value = RowOf(right.op).values(*a.value, *b.value);
   return true;
 }
 

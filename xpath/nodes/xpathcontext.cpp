@@ -45,7 +45,6 @@ XPathContext::XPathContext(XPathEvaluation& state, const XPathValue& input)
 
 XPathContext::XPathContext(const XPathContext& outer)
     : lastStep(outer.lastStep),
-      axis(outer.axis),
       position(outer.position),
       inputSize(outer.inputSize),
       size(outer.size),

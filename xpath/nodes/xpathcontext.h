@@ -9,16 +9,14 @@
 #include <cstdint>
 #include <vector>
 
-#include "axes/xpathaxis.h"
-#include "syntax/xpathparsenode.h"
+#include "nodes/xpathvaluenode.h"
+#include "syntax/xpathparsetree.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
 #include "xpath/xpathexpression.h"
 #include "xpath/xpathvalue.h"
 
 namespace kelmora {
-
-class XPathNodeTest;
 
 // What one call of Evaluate works with. It is taken from the expression when the call starts, so
 // that the same expression object can be used anew while a host function runs.
@@ -34,7 +32,6 @@ struct XPathEvaluation {
   XPathNode* stylesheetNode = nullptr;
   XPathNode* stylesheetRoot = nullptr;
   bool xsltFunctions = false;
-  bool plain = false;
   XPathPatternKind patternKind = kNoPattern;
 
   XPathError errorCode = XPathError::None;
@@ -100,7 +97,6 @@ class XPathContext {
   bool Fail(XPathError code, const XPathParseNode& node) const {
     return evaluation->Fail(code, node.position);
   }
-  bool IsPlain() const { return evaluation->plain; }
   // No step of the tree can fail by its prefix or its axis.
   bool StepsCannotFail() const {
     return (inPredicate || evaluation->patternKind != kTemplatePattern) &&
@@ -109,13 +105,11 @@ class XPathContext {
   bool InputIsRefusedFragment() const { return lastStep == kFragmentMark && input_->IsFragment(); }
 
   char16_t lastStep = 0;
-  Axis axis = Axis::Child;
   std::int32_t position = 1;   // what position() returns
   std::int32_t inputSize = 0;  // nodes in the input, kept by Swap alone
   std::int32_t size = 0;       // what last() returns
   bool inPredicate = false;    // lifts the axis limit of patterns
   XPathEvaluation* evaluation;
-  const XPathNodeTest* test = nullptr;  // of the step that runs on the plain axes
 
  private:
   const XPathValue* input_;
@@ -138,30 +132,5 @@ class NodeSetLease {
  private:
   XPathEvaluation& evaluation_;
 };
-
-// Evaluates a child: by its effective node, or level by level in plain evaluation.
-inline bool Run(const XPathParseNode& node, XPathContext& context) {
-  return (context.IsPlain() ? &node : node.effective)->Evaluate(context);
-}
-
-// The same for an operand, as a value of the wanted kind.
-inline bool OperandValue(const XPathParseNode& node, const XPathContext& context,
-                         XPathOperand& operand) {
-  return context.IsPlain() ? node.XPathParseNode::EvaluateOperand(context, operand)
-                           : node.effective->EvaluateOperand(context, operand);
-}
-inline bool OperandBoolean(const XPathParseNode& node, const XPathContext& context, bool& value) {
-  return context.IsPlain() ? node.XPathParseNode::EvaluateBoolean(context, value)
-                           : node.effective->EvaluateBoolean(context, value);
-}
-inline bool OperandNumber(const XPathParseNode& node, const XPathContext& context, double& value) {
-  return context.IsPlain() ? node.XPathParseNode::EvaluateNumber(context, value)
-                           : node.effective->EvaluateNumber(context, value);
-}
-inline bool OperandText(const XPathParseNode& node, const XPathContext& context, TQString& scratch,
-                        std::u16string_view& text) {
-  return context.IsPlain() ? node.XPathParseNode::EvaluateText(context, scratch, text)
-                           : node.effective->EvaluateText(context, scratch, text);
-}
 
 }  // namespace kelmora

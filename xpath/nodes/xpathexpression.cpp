@@ -4,12 +4,12 @@
 #include <memory>
 #include <utility>
 
-#include "functions/xpathfunctionlibrary.h"
 #include "nodes/xpathcontext.h"
 #include "nodes/xpathpathnodes.h"
 #include "nodes/xpathprimarynodes.h"
 #include "syntax/xpathparser.h"
 #include "tqcore/tqtext.h"
+#include "xpath/xpathfunction.h"
 
 namespace kelmora {
 
@@ -30,7 +30,6 @@ XPathExpression::XPathExpression(const XPathExpression& other)
       stylesheetNode_(other.stylesheetNode_),
       stylesheetRoot_(other.stylesheetRoot_),
       xsltFunctions_(other.xsltFunctions_),
-      plainEvaluation_(other.plainEvaluation_),
       patternKind_(other.patternKind_) {}
 
 void XPathExpression::SetExpression(const PrefixMap* prefixMap, const TQString& text,
@@ -139,7 +138,6 @@ class XPathExpression::Evaluator {
     run_.stylesheetNode = std::exchange(expression.stylesheetNode_, nullptr);
     run_.stylesheetRoot = std::exchange(expression.stylesheetRoot_, nullptr);
     run_.xsltFunctions = expression.xsltFunctions_;
-    run_.plain = expression.plainEvaluation_;
     run_.patternKind = expression.patternKind_;
     expression.errorCode_ = XPathError::None;
     expression.errorFunction_ = -1;
@@ -166,26 +164,6 @@ class XPathExpression::Evaluator {
     std::u16string_view expression = tree_->Text();
     return std::greater_equal<>()(text.data(), expression.data()) &&
            std::less<>()(text.data(), expression.data() + expression.size());
-  }
-
-  // Evaluates an expression whose value is known to be no node set.
-  bool MakeResult(XPathParseNode::Type type, XPathValue& result) {
-    if (type == XPathParseNode::Type::Number) {
-      double number = 0;
-      if (!OperandNumber(Root(), context_, number)) return false;
-      result.SetNumber(number);
-    } else if (type == XPathParseNode::Type::Boolean) {
-      bool boolean = false;
-      if (!OperandBoolean(Root(), context_, boolean)) return false;
-      result.SetBoolean(boolean);
-    } else {
-      TQString scratch;
-      std::u16string_view text;
-      if (!OperandText(Root(), context_, scratch, text)) return false;
-      bool isScratch = text.data() == scratch.c_str();
-      result.SetString(isScratch ? std::move(scratch) : TQString(text));
-    }
-    return true;
   }
 
   // Calls `evaluate` unless something that an evaluation needs is missing, and leaves the error in
@@ -232,8 +210,8 @@ bool XPathExpression::Evaluate(XPathNode* documentNode, XPathNode* contextNode, 
   return evaluator.Do([&] {
     using Type = XPathParseNode::Type;
     Type type = evaluator.Root().type;
-    if (!context.IsPlain() && type != Type::NodeSet && type != Type::Unknown) {
-      return evaluator.MakeResult(type, result);
+    if (type != Type::NodeSet && type != Type::Unknown) {
+      return OperandScalar(evaluator.Root(), context, result);
     }
     // The list that the caller brings serves for the new value.
     context.Output().nodes.swap(result.nodes);

@@ -14,7 +14,8 @@ void XPathIdentityNode::Prepare(XPathParseTree&) {
 bool XPathIdentityNode::Evaluate(XPathContext& context) const {
   XPathNodeList all;
   for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
-    const XPathParseNode& path = child == firstChild ? *child : *child->lastChild;
+    const auto& path =
+        static_cast<const XPathIdentityPathNode&>(child == firstChild ? *child : *child->lastChild);
     XPathContext run(context);
     if (!path.Evaluate(run)) return false;
     const XPathNodeList& found = run.Input().nodes;
@@ -27,7 +28,6 @@ bool XPathIdentityNode::Evaluate(XPathContext& context) const {
 }
 
 void XPathIdentityPathNode::Prepare(XPathParseTree&) {
-  effective = this;
   type = Type::NodeSet;
 }
 
@@ -35,18 +35,17 @@ bool XPathIdentityPathNode::Evaluate(XPathContext& context) const {
   for (const XPathParseNode* child = firstChild; child != nullptr; child = child->nextSibling) {
     if (child->rule == XPathRule::FieldDescendantStart ||
         child->rule == XPathRule::SelectorDescendantStart) {
-      if (!RunDescendantStep(context, *this)) return false;
+      if (!TakeDescendants(context, *this)) return false;
       continue;
     }
-    context.axis = Axis::Child;
     const XPathParseNode* step = child;
     if (child->rule == XPathRule::FieldSeparatedStep) step = child->firstChild;
     if (child->rule == XPathRule::SelectorSeparatedStep) step = child->lastChild;
     if (child->rule == XPathRule::FieldLastStep) step = child->firstChild;
-    if (step->rule == XPathRule::FieldAttribute) context.axis = Axis::Attribute;
+    Axis axis = step->rule == XPathRule::FieldAttribute ? Axis::Attribute : Axis::Child;
     const XPathParseNode& test = *step->lastChild;
     if (test.rule == XPathRule::Token) continue;  // "."
-    if (!test.Evaluate(context)) return false;
+    if (!static_cast<const XPathNodeTestNode&>(test).EvaluateOn(axis, context)) return false;
   }
   return true;
 }

@@ -1,9 +1,19 @@
+// Operators that make a truth value or a number, and the union of node sets.
+//
+// An operand is asked for its value in the kind that the operator needs, so a sum of paths or a
+// condition of three comparisons makes no XPathValue at all. The trap is the order in which things
+// fail: every operand is evaluated, from the left, though the value may be settled before. Leaving
+// one out is right only where it is harmless: it can neither fail nor call the host.
+
 #include "nodes/xpathoperatornodes.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "nodes/xpathcontext.h"
 #include "nodes/xpathpathnodes.h"
+#include "syntax/xpathparsetree.h"
+#include "values/xpathcompare.h"
 #include "values/xpathnodeset.h"
 
 namespace kelmora {
@@ -30,101 +40,49 @@ XPathOperator OperatorOf(std::u16string_view token) {
 }
 
 double Calculate(XPathOperator op, double a, double b) {
-  switch (op) {
-    case XPathOperator::Add:
-      return a + b;
-    case XPathOperator::Subtract:
-      return a - b;
-    case XPathOperator::Multiply:
-      return a * b;
-    case XPathOperator::Divide:
-      return a / b;
-    default:
-      return Modulo(a, b);
-  }
+  if (op == XPathOperator::Add) return a + b;
+  if (op == XPathOperator::Subtract) return a - b;
+  if (op == XPathOperator::Multiply) return a * b;
+  if (op == XPathOperator::Divide) return a / b;
+  return Modulo(a, b);
 }
 
 }  // namespace
 
-// --- what the operators share -----------------------------------------------------------------
-
-void XPathOperatorNode::Prepare(XPathParseTree& tree) {
+void XPathOperands::Prepare(XPathParseNode& owner, XPathParseNode::Type type,
+                            XPathParseTree& tree) {
   int count = 0;
-  for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) ++count;
+  for (const XPathParseNode* child = owner.firstChild; child; child = child->nextSibling) ++count;
   auto* operands = static_cast<Operand*>(tree.GetArena().Allocate(
       static_cast<std::size_t>(count) * sizeof(Operand), alignof(Operand)));
-  harmless = true;
-  bool allSets = true;
-  for (const XPathParseNode* child = firstChild; child; child = child->nextSibling) {
+  owner.harmless = true;
+  for (const XPathParseNode* child = owner.firstChild; child; child = child->nextSibling) {
     Operand operand{child, XPathOperator::Or};
-    if (child != firstChild) {
+    if (child != owner.firstChild) {
       const XPathParseNode* tail =
           child->rule == XPathRule::MultiplicativeTail ? child->firstChild : child;
       operand = {tail->lastChild, OperatorOf(LeafText(*tail))};
     }
-    harmless = harmless && operand.node->harmless;
-    usesPosition = usesPosition || operand.node->usesPosition;
-    allSets = allSets && operand.node->type == Type::NodeSet;
-    operands[operandCount_++] = operand;
+    owner.harmless = owner.harmless && operand.node->harmless;
+    owner.usesPosition = owner.usesPosition || operand.node->usesPosition;
+    operands[count_++] = operand;
   }
-  operands_ = operands;
-  bool passesOn = count == 1;
-  effective = passesOn ? firstChild->effective : this;
-  type = passesOn ? firstChild->type : ResultType();
-  if (type == Type::NodeSet && !passesOn && !allSets) harmless = false;
-}
-
-bool XPathOperatorNode::EvaluatePlain(XPathContext& context) const {
-  XPathValue left;
-  for (int i = 0; i < operandCount_; ++i) {
-    XPathContext operand(context);
-    if (!Run(*operands_[i].node, operand)) return false;
-    if (i == 0) {
-      left = operand.TakeInput();
-      if (!AcceptFirst(context, left)) return false;
-    } else if (!Combine(context, operands_[i].op, left, operand.Input())) {
-      return false;
-    }
-  }
-  context.Output() = std::move(left);
-  context.Swap();
-  return true;
-}
-
-bool XPathOperatorNode::Evaluate(XPathContext& context) const {
-  return operandCount_ == 1 ? Run(*firstChild, context) : EvaluatePlain(context);
+  first_ = operands;
+  owner.type = count == 1 ? owner.firstChild->type : type;
+  if (count == 1) owner.effective = owner.firstChild->effective;
 }
 
 // --- or, and ----------------------------------------------------------------------------------
 
-bool XPathLogicalNode::Combine(const XPathContext&, XPathOperator op, XPathValue& left,
-                               const XPathValue& right) const {
-  bool a = ToBoolean(left);
-  bool b = ToBoolean(right);
-  left.SetBoolean(op == XPathOperator::Or ? a || b : a && b);
-  return true;
-}
-
-bool XPathLogicalNode::Evaluate(XPathContext& context) const {
-  if (operandCount_ == 1 || context.IsPlain()) return XPathOperatorNode::Evaluate(context);
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  context.Output().SetBoolean(value);
-  context.Swap();
-  return true;
-}
-
-bool XPathLogicalNode::EvaluateOperand(const XPathContext& context, XPathOperand& operand) const {
-  bool value = false;
-  if (!EvaluateBoolean(context, value)) return false;
-  operand.own.SetBoolean(value);
-  return true;
+void XPathLogicalNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  operands_.Prepare(*this, Type::Boolean, tree);
 }
 
 bool XPathLogicalNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
   if (!OperandBoolean(*operands_[0].node, context, value)) return false;
   bool stepsCannotFail = context.StepsCannotFail();
-  for (int i = 1; i < operandCount_; ++i) {
+  for (int i = 1; i < operands_.Count(); ++i) {
     bool decided = value == (operands_[i].op == XPathOperator::Or);
     if (decided && stepsCannotFail && operands_[i].node->harmless) continue;
     bool next = false;
@@ -136,32 +94,14 @@ bool XPathLogicalNode::EvaluateBoolean(const XPathContext& context, bool& value)
 
 // --- arithmetic -------------------------------------------------------------------------------
 
-bool XPathArithmeticNode::Combine(const XPathContext&, XPathOperator op, XPathValue& left,
-                                  const XPathValue& right) const {
-  left.SetNumber(Calculate(op, ToNumber(left), ToNumber(right)));
-  return true;
-}
-
-bool XPathArithmeticNode::Evaluate(XPathContext& context) const {
-  if (operandCount_ == 1 || context.IsPlain()) return XPathOperatorNode::Evaluate(context);
-  double value = 0;
-  if (!EvaluateNumber(context, value)) return false;
-  context.Output().SetNumber(value);
-  context.Swap();
-  return true;
-}
-
-bool XPathArithmeticNode::EvaluateOperand(const XPathContext& context,
-                                          XPathOperand& operand) const {
-  double value = 0;
-  if (!EvaluateNumber(context, value)) return false;
-  operand.own.SetNumber(value);
-  return true;
+void XPathArithmeticNode::Prepare(XPathParseTree& tree) {
+  effective = this;
+  operands_.Prepare(*this, Type::Number, tree);
 }
 
 bool XPathArithmeticNode::EvaluateNumber(const XPathContext& context, double& value) const {
   if (!OperandNumber(*operands_[0].node, context, value)) return false;
-  for (int i = 1; i < operandCount_; ++i) {
+  for (int i = 1; i < operands_.Count(); ++i) {
     double right = 0;
     if (!OperandNumber(*operands_[i].node, context, right)) return false;
     value = Calculate(operands_[i].op, value, right);
@@ -173,38 +113,17 @@ bool XPathArithmeticNode::EvaluateNumber(const XPathContext& context, double& va
 
 void XPathUnaryNode::Prepare(XPathParseTree&) {
   const XPathParseNode& child = *firstChild;
-  if (child.rule != XPathRule::NegationExpr) {
-    effective = child.effective;
-    type = child.type;
-    harmless = child.harmless;
-    usesPosition = child.usesPosition;
-    operand_ = &child;
-    return;
+  operand_ = &child;
+  if (child.rule == XPathRule::NegationExpr) {
+    const auto* inner = static_cast<const XPathUnaryNode*>(child.lastChild);
+    operand_ = inner->operand_;
+    oddSigns_ = !inner->oddSigns_;
   }
-  negates_ = true;
-  effective = this;
-  type = Type::Number;
-  const auto* inner = static_cast<const XPathUnaryNode*>(child.lastChild);
-  operand_ = inner->operand_;
-  oddSigns_ = !inner->oddSigns_;
+  bool negates = operand_ != &child;
+  effective = negates ? this : child.effective;
+  type = negates ? Type::Number : child.type;
   harmless = operand_->harmless;
   usesPosition = operand_->usesPosition;
-}
-
-bool XPathUnaryNode::Evaluate(XPathContext& context) const {
-  if (!negates_) return Run(*operand_, context);
-  double value = 0;
-  if (!EvaluateNumber(context, value)) return false;
-  context.Output().SetNumber(value);
-  context.Swap();
-  return true;
-}
-
-bool XPathUnaryNode::EvaluateOperand(const XPathContext& context, XPathOperand& operand) const {
-  double value = 0;
-  if (!EvaluateNumber(context, value)) return false;
-  operand.own.SetNumber(value);
-  return true;
 }
 
 bool XPathUnaryNode::EvaluateNumber(const XPathContext& context, double& value) const {
@@ -215,22 +134,14 @@ bool XPathUnaryNode::EvaluateNumber(const XPathContext& context, double& value) 
 
 // --- union ------------------------------------------------------------------------------------
 
-bool XPathUnionNode::AcceptFirst(const XPathContext& context, const XPathValue& value) const {
-  return value.kind == XPathValue::NodeSet || context.Fail(XPathError::NotANodeSet, *this);
-}
-
-// Only the first operand must be a node set. Another one that is none has no nodes to give.
-bool XPathUnionNode::Combine(const XPathContext&, XPathOperator, XPathValue& left,
-                             const XPathValue& right) const {
-  left.nodes.insert(left.nodes.end(), right.nodes.begin(), right.nodes.end());
-  return true;
-}
-
 void XPathUnionNode::Prepare(XPathParseTree& tree) {
-  XPathOperatorNode::Prepare(tree);
-  areSteps_ = std::all_of(operands_, operands_ + operandCount_, [](const Operand& operand) {
-    return OnlyStepOf(*operand.node) != nullptr;
-  });
+  effective = this;
+  operands_.Prepare(*this, Type::NodeSet, tree);
+  areSteps_ = true;
+  for (const XPathOperands::Operand& operand : operands_) {
+    areSteps_ = areSteps_ && OnlyStepOf(*operand.node) != nullptr;
+    if (operands_.Count() > 1) harmless = harmless && operand.node->type == Type::NodeSet;
+  }
 }
 
 const XPathStepNode* XPathUnionNode::OnlyStepOf(const XPathParseNode& operand) {
@@ -242,12 +153,12 @@ const XPathStepNode* XPathUnionNode::OnlyStepOf(const XPathParseNode& operand) {
 bool XPathUnionNode::EvaluateSteps(XPathContext& context) const {
   const XPathNodeList& input = context.Input().nodes;
   XPathNodeList& output = context.OutputNodes();
-  for (int i = 0; i < operandCount_; ++i) {
-    const XPathStepNode& step = *OnlyStepOf(*operands_[i].node);
+  for (const XPathOperands::Operand& operand : operands_) {
+    const XPathStepNode& step = *OnlyStepOf(*operand.node);
     StepTest test;
     if (!step.Test().Resolve(step.GetAxis(), context, test)) return false;
     if (!AxisIsAllowed(step.GetAxis(), context, step.Test())) return false;
-    RunQuickAxis(step.GetAxis(), test, input.data(), input.size(), output);
+    RunAxis(step.GetAxis(), test, input.data(), input.size(), output);
   }
   RemoveDuplicates(output);
   if (context.Swap()) context.SortInput();
@@ -255,19 +166,20 @@ bool XPathUnionNode::EvaluateSteps(XPathContext& context) const {
 }
 
 bool XPathUnionNode::Evaluate(XPathContext& context) const {
-  if (operandCount_ == 1) return Run(*firstChild, context);
   bool startsFromOneNode = context.Input().kind == XPathValue::NodeSet &&
                            context.Input().nodes.size() == 1 && !context.InputIsRefusedFragment();
-  if (areSteps_ && startsFromOneNode && !context.IsPlain()) return EvaluateSteps(context);
-  XPathValue all;
-  for (int i = 0; i < operandCount_; ++i) {
+  if (areSteps_ && startsFromOneNode) return EvaluateSteps(context);
+  XPathNodeList all;
+  for (const XPathOperands::Operand& item : operands_) {
     XPathOperand operand;
-    if (!OperandValue(*operands_[i].node, context, operand)) return false;
-    if (!AcceptFirst(context, *operand.value)) return false;
-    Combine(context, operands_[i].op, all, *operand.value);
+    if (!OperandValue(*item.node, context, operand)) return false;
+    if (operand.value->kind != XPathValue::NodeSet) {
+      return context.Fail(XPathError::NotANodeSet, *this);
+    }
+    all.insert(all.end(), operand.value->nodes.begin(), operand.value->nodes.end());
   }
-  RemoveDuplicates(all.nodes);
-  context.Output() = std::move(all);
+  RemoveDuplicates(all);
+  context.Output().SetNodes(std::move(all));
   if (context.Swap()) context.SortInput();
   return true;
 }

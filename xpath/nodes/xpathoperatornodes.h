@@ -1,10 +1,10 @@
-// The nodes of operators. One node holds all operands of its level, so a long sum is one loop.
+// The nodes of operators. One node holds all operands of its level, so a long sum is one loop. A
+// level with one operand is no operator: whoever runs it runs the operand.
 #pragma once
 
 #include <cstdint>
 
-#include "syntax/xpathparsenode.h"
-#include "values/xpathcompare.h"
+#include "nodes/xpathvaluenode.h"
 
 namespace kelmora {
 
@@ -27,81 +27,63 @@ enum class XPathOperator : std::uint8_t {
   Union,
 };
 
-class XPathOperatorNode : public XPathParseNode {
+// The operands of a node, from the left. Each is seen from the unchanged context, so that none
+// sees the steps of another.
+class XPathOperands {
  public:
-  // Each operand runs in a private copy of the context, so that none sees the steps of another;
-  // the values are combined from the left.
-  bool Evaluate(XPathContext& context) const override;
-  void Prepare(XPathParseTree& tree) override;
-
- protected:
   struct Operand {
     const XPathParseNode* node;
     XPathOperator op;  // in front of the operand
   };
-  ~XPathOperatorNode() = default;
 
-  // `left` becomes the value of the two.
-  virtual bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
-                       const XPathValue& right) const = 0;
-  virtual Type ResultType() const = 0;
-  // Looks at the first operand before the second runs.
-  virtual bool AcceptFirst(const XPathContext& context, const XPathValue& value) const {
-    static_cast<void>(context);
-    static_cast<void>(value);
-    return true;
-  }
-  // The nodes to run: the effective ones.
-  const Operand* operands_ = nullptr;
-  int operandCount_ = 0;
+  // Lists the operands of `owner` and sets what they tell of it; `type` is that of its result.
+  void Prepare(XPathParseNode& owner, XPathParseNode::Type type, XPathParseTree& tree);
+
+  const Operand* begin() const { return first_; }
+  const Operand* end() const { return first_ + count_; }
+  const Operand& operator[](int index) const { return first_[index]; }
+  int Count() const { return count_; }
 
  private:
-  bool EvaluatePlain(XPathContext& context) const;
+  const Operand* first_ = nullptr;
+  int count_ = 0;
 };
 
 // or, and. All operands are evaluated, so that an error in a later one shows.
-class XPathLogicalNode final : public XPathOperatorNode {
+class XPathLogicalNode final : public XPathScalarNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
   bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
-  bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
+  void Prepare(XPathParseTree& tree) override;
 
  private:
-  bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
-               const XPathValue& right) const override;
-  Type ResultType() const override { return Type::Boolean; }
+  XPathOperands operands_;
 };
 
 // = != < <= > >=
-class XPathComparisonNode final : public XPathOperatorNode {
+class XPathComparisonNode final : public XPathScalarNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
   bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
-  bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
+  void Prepare(XPathParseTree& tree) override;
 
  private:
-  bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
-               const XPathValue& right) const override;
-  Type ResultType() const override { return Type::Boolean; }
-  bool CompareTypes(const XPathContext& context, const XPathParseNode& left, const Operand& right,
-                    bool& value) const;
+  bool CompareTypes(const XPathContext& context, const XPathParseNode& left,
+                    const XPathOperands::Operand& right, bool& value) const;
+
+  XPathOperands operands_;
 };
 
 // + - * div mod
-class XPathArithmeticNode final : public XPathOperatorNode {
+class XPathArithmeticNode final : public XPathScalarNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
   bool EvaluateNumber(const XPathContext& context, double& value) const override;
-  bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
+  void Prepare(XPathParseTree& tree) override;
 
  private:
-  bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
-               const XPathValue& right) const override;
-  Type ResultType() const override { return Type::Number; }
+  XPathOperands operands_;
 };
 
 // Each operand must be a node set. The union is in document order.
-class XPathUnionNode final : public XPathOperatorNode {
+class XPathUnionNode final : public XPathValueNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
@@ -111,24 +93,18 @@ class XPathUnionNode final : public XPathOperatorNode {
   bool EvaluateSteps(XPathContext& context) const;
   static const XPathStepNode* OnlyStepOf(const XPathParseNode& operand);
 
+  XPathOperands operands_;
   bool areSteps_ = false;
-  bool Combine(const XPathContext& context, XPathOperator op, XPathValue& left,
-               const XPathValue& right) const override;
-  Type ResultType() const override { return Type::NodeSet; }
-  bool AcceptFirst(const XPathContext& context, const XPathValue& value) const override;
 };
 
 // A union, or a row of minus signs in front of one.
-class XPathUnaryNode final : public XPathParseNode {
+class XPathUnaryNode final : public XPathScalarNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
   bool EvaluateNumber(const XPathContext& context, double& value) const override;
-  bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
   void Prepare(XPathParseTree& tree) override;
 
  private:
   const XPathParseNode* operand_ = nullptr;
-  bool negates_ = false;  // there is a sign at all, so the value is a number
   bool oddSigns_ = false;
 };
 

@@ -16,68 +16,60 @@ bool AxisIsAllowed(Axis axis, const XPathContext& context, const XPathParseNode&
   return context.Fail(XPathError::AxisNotAllowedInPattern, node);
 }
 
-bool RunAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node) {
+bool TakeAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node) {
   if (!AxisIsAllowed(axis, context, node)) return false;
   const XPathNodeList& input = context.Input().nodes;
-  XPathNodeList& output = context.OutputNodes();
-  if (!context.IsPlain()) {
-    RunQuickAxis(axis, test, input.data(), input.size(), output);
-    return true;
-  }
-  PlainTest plain(test);
-  context.test = plain.Get();
-  RunPlainAxis(axis, context.test, input, output);
-  context.test = nullptr;
+  RunAxis(axis, test, input.data(), input.size(), context.OutputNodes());
+  context.Swap();
   return true;
 }
 
-bool RunDescendantStep(XPathContext& context, const XPathParseNode& node) {
+bool TakeDescendants(XPathContext& context, const XPathParseNode& node) {
   StepTest test;
   test.kind = StepTest::NotNamespace;
-  if (!RunAxis(Axis::DescendantOrSelf, test, context, node)) return false;
-  context.Swap();
-  return true;
+  return TakeAxis(Axis::DescendantOrSelf, test, context, node);
 }
 
 // --- paths ------------------------------------------------------------------------------------
 
 void XPathLocationPathNode::Prepare(XPathParseTree&) {
   effective = this;
+  path_ = firstChild->effective;
   type = Type::NodeSet;
   harmless = firstChild->harmless;
 }
 
 bool XPathLocationPathNode::Evaluate(XPathContext& context) const {
-  if (!Run(*firstChild, context)) return false;
+  if (!path_->Evaluate(context)) return false;
   context.evaluation->expression->OnLocationPath(context.Input());
   return true;
 }
 
 bool XPathLocationPathNode::EvaluateOperand(const XPathContext& context,
                                             XPathOperand& operand) const {
-  if (!firstChild->EvaluateOperand(context, operand)) return false;
+  if (!path_->EvaluateOperand(context, operand)) return false;
   context.evaluation->expression->OnLocationPath(*operand.value);
   return true;
 }
 
 bool XPathLocationPathNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
-  return firstChild->EvaluateBoolean(context, value);
+  return path_->EvaluateBoolean(context, value);
 }
 bool XPathLocationPathNode::EvaluateNumber(const XPathContext& context, double& value) const {
-  return firstChild->EvaluateNumber(context, value);
+  return path_->EvaluateNumber(context, value);
 }
 bool XPathLocationPathNode::EvaluateText(const XPathContext& context, TQString& scratch,
                                          std::u16string_view& result) const {
-  return firstChild->EvaluateText(context, scratch, result);
+  return path_->EvaluateText(context, scratch, result);
 }
 bool XPathLocationPathNode::CanVisit(const XPathContext& context) const {
-  return firstChild->CanVisit(context);
+  return path_->CanVisit(context);
 }
 bool XPathLocationPathNode::VisitNodes(const XPathContext& context, NodeVisitor& visitor) const {
-  return firstChild->VisitNodes(context, visitor);
+  return path_->VisitNodes(context, visitor);
 }
 bool XPathLocationPathNode::CountNodes(const XPathContext& context, std::size_t& count) const {
-  return firstChild->CountNodes(context, count);
+  return path_->CountNodes(context, count);
 }
 
 const XPathStepNode* XPathLocationPathNode::OnlyStep() const {
@@ -164,7 +156,7 @@ bool XPathQuickNode::CountNodes(const XPathContext& context, std::size_t& count)
 
 bool XPathQuickNode::EvaluateBoolean(const XPathContext& context, bool& value) const {
   ExistenceVisitor visitor;
-  if (!VisitNodes(context, visitor)) return XPathParseNode::EvaluateBoolean(context, value);
+  if (!VisitNodes(context, visitor)) return XPathValueNode::EvaluateBoolean(context, value);
   value = visitor.found;
   return true;
 }
@@ -183,7 +175,7 @@ bool XPathQuickNode::FindFirst(const XPathContext& context, XPathNode*& first) c
 
 bool XPathQuickNode::EvaluateNumber(const XPathContext& context, double& value) const {
   XPathNode* first = nullptr;
-  if (!FindFirst(context, first)) return XPathParseNode::EvaluateNumber(context, value);
+  if (!FindFirst(context, first)) return XPathValueNode::EvaluateNumber(context, value);
   value = first != nullptr ? NodeNumber(*first) : TextToNumber({});
   return true;
 }
@@ -191,7 +183,7 @@ bool XPathQuickNode::EvaluateNumber(const XPathContext& context, double& value) 
 bool XPathQuickNode::EvaluateText(const XPathContext& context, TQString& scratch,
                                   std::u16string_view& result) const {
   XPathNode* first = nullptr;
-  if (!FindFirst(context, first)) return XPathParseNode::EvaluateText(context, scratch, result);
+  if (!FindFirst(context, first)) return XPathValueNode::EvaluateText(context, scratch, result);
   result = first != nullptr ? first->StringValue(scratch) : std::u16string_view();
   return true;
 }
@@ -239,7 +231,7 @@ bool XPathRelativePathNode::EvaluateOperand(const XPathContext& context,
                                             XPathOperand& operand) const {
   bool isSelf = stepCount_ == 1 && steps_[0].step->GetForm() == XPathStepNode::Form::Self;
   if (!isSelf || context.InputIsRefusedFragment()) {
-    return XPathParseNode::EvaluateOperand(context, operand);
+    return XPathValueNode::EvaluateOperand(context, operand);
   }
   operand.value = &context.Input();
   return true;
@@ -251,7 +243,6 @@ XPathQuickNode::Starts XPathRelativePathNode::StartsOf(const XPathContext& conte
 }
 
 void XPathRootPathNode::Prepare(XPathParseTree&) {
-  effective = this;
   type = Type::NodeSet;
   if (!HasOneChild()) path_ = static_cast<const XPathRelativePathNode*>(lastChild);
   harmless = path_ == nullptr || path_->harmless;
@@ -259,9 +250,7 @@ void XPathRootPathNode::Prepare(XPathParseTree&) {
 }
 
 bool XPathRootPathNode::Evaluate(XPathContext& context) const {
-  if (path_ == nullptr) return true;
-  context.axis = Axis::Child;
-  return path_->EvaluateFrom(context, IsDescendant());
+  return path_ == nullptr || path_->EvaluateFrom(context, IsDescendant());
 }
 
 void XPathAbsolutePathNode::Prepare(XPathParseTree&) {
@@ -284,7 +273,7 @@ bool XPathAbsolutePathNode::Evaluate(XPathContext& context) const {
   output.Clear();
   if (XPathNode* root = context.evaluation->Root()) output.nodes.emplace_back(root, 1);
   context.Swap();
-  return firstChild->Evaluate(context);
+  return static_cast<const XPathRootPathNode&>(*firstChild).Evaluate(context);
 }
 
 XPathQuickNode::Starts XPathAbsolutePathNode::StartsOf(const XPathContext& context,
@@ -329,7 +318,6 @@ bool XPathFilterNode::Evaluate(XPathContext& context) const {
 // --- axes and tests ---------------------------------------------------------------------------
 
 void XPathAxisNode::Prepare(XPathParseTree&) {
-  effective = this;
   harmless = true;
   std::u16string_view name = LeafText(*this);
   if (rule == XPathRule::AbbreviatedAxis) {
@@ -341,13 +329,7 @@ void XPathAxisNode::Prepare(XPathParseTree&) {
   }
 }
 
-bool XPathAxisNode::Evaluate(XPathContext& context) const {
-  context.axis = axis_;
-  return true;
-}
-
 void XPathNodeTestNode::Prepare(XPathParseTree& tree) {
-  effective = this;
   harmless = true;
   if (rule == XPathRule::NodeTypeTest) {
     std::u16string_view word = LeafText(*this);
@@ -443,13 +425,10 @@ bool XPathNodeTestNode::Resolve(Axis axis, const XPathContext& context, StepTest
   return true;
 }
 
-bool XPathNodeTestNode::Evaluate(XPathContext& context) const {
-  if (IsSkipped(context.axis)) return true;
+bool XPathNodeTestNode::EvaluateOn(Axis axis, XPathContext& context) const {
+  if (IsSkipped(axis)) return true;
   StepTest test;
-  if (!Resolve(context.axis, context, test)) return false;
-  if (!RunAxis(context.axis, test, context, *this)) return false;
-  context.Swap();
-  return true;
+  return Resolve(axis, context, test) && TakeAxis(axis, test, context, *this);
 }
 
 }  // namespace kelmora

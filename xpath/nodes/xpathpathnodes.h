@@ -4,16 +4,15 @@
 #include <cstdint>
 
 #include "axes/xpathaxis.h"
-#include "axes/xpathnodetest.h"
 #include "nodes/xpathquickpath.h"
-#include "syntax/xpathparsenode.h"
+#include "nodes/xpathvaluenode.h"
 
 namespace kelmora {
 
 class XPathStepNode;
 
 // Calls the expression's OnLocationPath behind its path.
-class XPathLocationPathNode final : public XPathParseNode {
+class XPathLocationPathNode final : public XPathValueNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   bool EvaluateOperand(const XPathContext& context, XPathOperand& operand) const override;
@@ -27,10 +26,13 @@ class XPathLocationPathNode final : public XPathParseNode {
   void Prepare(XPathParseTree& tree) override;
   // The step of a path that is one step without predicates along an axis; null for all others.
   const XPathStepNode* OnlyStep() const;
+
+ private:
+  const XPathValueNode* path_ = nullptr;
 };
 
 // A path that, when its steps are simple, needs no list for a value of another kind.
-class XPathQuickNode : public XPathParseNode {
+class XPathQuickNode : public XPathValueNode {
  public:
   bool EvaluateBoolean(const XPathContext& context, bool& value) const override;
   bool EvaluateNumber(const XPathContext& context, double& value) const override;
@@ -60,7 +62,6 @@ class XPathQuickNode : public XPathParseNode {
 
 class XPathAxisNode final : public XPathParseNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
   Axis GetAxis() const { return axis_; }
 
@@ -68,10 +69,11 @@ class XPathAxisNode final : public XPathParseNode {
   Axis axis_ = Axis::Child;
 };
 
-// One of the three node tests. Evaluation runs the axis of the context with it.
+// One of the three node tests.
 class XPathNodeTestNode final : public XPathParseNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
+  // Runs the axis with it, from the input to the input.
+  bool EvaluateOn(Axis axis, XPathContext& context) const;
   void Prepare(XPathParseTree& tree) override;
 
   enum class Form : std::uint8_t { Comment, Text, AnyPI, Node, NamedPI, Any, AnyInPrefix, Name };
@@ -99,7 +101,7 @@ class XPathNodeTestNode final : public XPathParseNode {
   int prefixNumber_ = -1;  // -1: the name has none and needs none
 };
 
-class XPathPredicateNode final : public XPathParseNode {
+class XPathPredicateNode final : public XPathValueNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
@@ -116,7 +118,6 @@ class XPathPredicateNode final : public XPathParseNode {
 
  private:
   bool Keeps(const XPathContext& inner, std::int32_t index, bool& keeps) const;
-  bool EvaluatePlain(XPathContext& context) const;
 
   const XPathParseNode* expression_ = nullptr;
   std::int32_t onlyIndex_ = 0;
@@ -126,7 +127,7 @@ class XPathPredicateNode final : public XPathParseNode {
 // A step, in full or "." or "..".
 class XPathStepNode final : public XPathParseNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
+  bool Evaluate(XPathContext& context) const;
   void Prepare(XPathParseTree& tree) override;
 
   enum class Form : std::uint8_t { Full, Self, Parent };
@@ -140,7 +141,6 @@ class XPathStepNode final : public XPathParseNode {
   bool EvaluateBelow(XPathContext& context) const;
 
  private:
-  bool EvaluatePlain(XPathContext& context) const;
   bool EvaluateForEach(XPathContext& context) const;
   bool EvaluateTogether(XPathContext& context, Axis axis) const;
   bool CanFilterTogether(const XPathContext& context) const;
@@ -182,7 +182,7 @@ class XPathRelativePathNode final : public XPathQuickNode {
 // "/" or "//" with the path behind it, from the root in the input.
 class XPathRootPathNode final : public XPathParseNode {
  public:
-  bool Evaluate(XPathContext& context) const override;
+  bool Evaluate(XPathContext& context) const;
   void Prepare(XPathParseTree& tree) override;
   const XPathRelativePathNode* Path() const { return path_; }  // null for "/" alone
   bool IsDescendant() const { return rule == XPathRule::RootDescendantPath; }
@@ -201,14 +201,14 @@ class XPathAbsolutePathNode final : public XPathQuickNode {
 };
 
 // A filter with a path behind it.
-class XPathFilterPathNode final : public XPathParseNode {
+class XPathFilterPathNode final : public XPathValueNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
 };
 
 // A primary with its predicates.
-class XPathFilterNode final : public XPathParseNode {
+class XPathFilterNode final : public XPathValueNode {
  public:
   bool Evaluate(XPathContext& context) const override;
   void Prepare(XPathParseTree& tree) override;
@@ -216,10 +216,10 @@ class XPathFilterNode final : public XPathParseNode {
 
 // False, with error 12 at `node`, for an axis that a template pattern may not use here.
 bool AxisIsAllowed(Axis axis, const XPathContext& context, const XPathParseNode& node);
-// Checks the axis limit of patterns and runs the axis from the input to the output. The caller
-// swaps.
-bool RunAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node);
+// The step of an axis: checks the axis limit of patterns, runs the axis on the input and makes what
+// it delivers the input.
+bool TakeAxis(Axis axis, const StepTest& test, XPathContext& context, const XPathParseNode& node);
 // One descendant-or-self::node() step, as "//" stands for.
-bool RunDescendantStep(XPathContext& context, const XPathParseNode& node);
+bool TakeDescendants(XPathContext& context, const XPathParseNode& node);
 
 }  // namespace kelmora

@@ -1,5 +1,14 @@
+// A path as a chain of walks: each node that a step meets is handed to the next step at once, and
+// the last one shows its nodes to the visitor. So no list is made, and a visitor that has what it
+// wanted ends all walks.
+//
+// What such a walk gives up is what lists are for: dropping nodes that are met twice, and sorting.
+// Judge keeps account, while the steps are added, of what the walk can promise all the same: that
+// no node is met twice, that nodes come in document order, and whether that depends on stamps.
+
 #include "nodes/xpathquickpath.h"
 
+#include "axes/xpathaxiswalk.h"
 #include "nodes/xpathcontext.h"
 #include "nodes/xpathpathnodes.h"
 
@@ -71,113 +80,47 @@ void XPathQuickPath::Judge(const Step& step) {
   atMostOne_ = atMostOne_ && isSingle;
 }
 
+// The nodes of the steps from one on, from one node. Recurs once for each step.
 class XPathQuickPath::Walk {
  public:
   Walk(const XPathQuickPath& path, const XPathContext& context, NodeVisitor& visitor)
       : path_(path), bindings_(context.evaluation->bindings), visitor_(visitor) {}
 
-  // The nodes of the steps from `index` on. Recurs once for each step.
+  // False when the visitor stopped.
   bool From(XPathNode* node, int index) {
     if (index == path_.count_) return visitor_.Visit(*node);
-    Position at{index, 0};
-    switch (path_.steps_[index].axis) {
-      case Axis::Self:
-        return Take(node, at) != Flow::Stop;
-      case Axis::Parent:
-        return node->parent == nullptr || TakeAncestor(node->parent, at) != Flow::Stop;
-      case Axis::AncestorOrSelf:
-        return Ancestors(node, at);
-      case Axis::Ancestor:
-        return Ancestors(node->parent, at);
-      case Axis::Attribute:
-        return node->kind != XPathNodeKind::Element || Attributes(node, at);
-      case Axis::Child:
-        return Children(node, at);
-      case Axis::Descendant:
-        return Descendants(node, at);
-      default:
-        return Siblings(node, at);
-    }
+    OneStep step(*this, index);
+    WalkAxis(path_.steps_[index].axis, node, step);
+    return !step.stopped;
   }
 
  private:
-  enum class Flow { GoOn, StepIsDone, Stop };
-  struct Position {
-    int step;
-    std::int32_t met;  // nodes of the step that passed its test
+  // Goes on from each node of the step that passes.
+  class OneStep {
+   public:
+    OneStep(Walk& walk, int index) : walk_(walk), step_(walk.path_.steps_[index]), index_(index) {}
+    bool Take(XPathNode* node) {
+      if (!walk_.Matches(step_, *node)) return true;
+      if (step_.onlyIndex != 0 && ++met_ != step_.onlyIndex) return true;
+      stopped = !walk_.From(node, index_ + 1);
+      return !stopped && step_.onlyIndex == 0;
+    }
+    static bool Enter(XPathNode*) { return true; }
+
+    bool stopped = false;
+
+   private:
+    Walk& walk_;
+    const Step& step_;
+    int index_;
+    std::int32_t met_ = 0;  // nodes that passed the test
   };
 
-  // A node on the axis of the step: goes on from it if it passes.
-  Flow Take(XPathNode* node, Position& at) {
-    const Step& step = path_.steps_[at.step];
-    if (!Matches(step, *node)) return Flow::GoOn;
-    std::int32_t onlyIndex = step.onlyIndex;
-    if (onlyIndex != 0 && ++at.met != onlyIndex) return Flow::GoOn;
-    if (!From(node, at.step + 1)) return Flow::Stop;
-    return onlyIndex != 0 ? Flow::StepIsDone : Flow::GoOn;
-  }
   bool Matches(const Step& step, const XPathNode& node) const {
     if (step.prefixNumber < 0) return step.test.Matches(node);
     StepTest test = step.test;
     test.SetUri(bindings_->entries[static_cast<std::size_t>(step.prefixNumber)].uri);
     return test.Matches(node);
-  }
-  Flow TakeAncestor(XPathNode* node, Position& at) {
-    return IsDeclaration(*node) ? Flow::GoOn : Take(node, at);
-  }
-
-  bool Ancestors(XPathNode* node, Position& at) {
-    Flow flow = Flow::GoOn;
-    for (; node != nullptr && flow == Flow::GoOn; node = node->parent) {
-      flow = TakeAncestor(node, at);
-    }
-    return flow != Flow::Stop;
-  }
-
-  bool Attributes(XPathNode* top, Position& at) {
-    Flow flow = Flow::GoOn;
-    for (XPathNode* node = top->firstChild; node && flow == Flow::GoOn; node = node->next) {
-      if (node->kind == XPathNodeKind::Attribute) {
-        flow = Take(node, at);
-      } else if (node->kind != XPathNodeKind::Namespace) {
-        break;  // they stand in front
-      }
-    }
-    return flow != Flow::Stop;
-  }
-
-  bool Children(XPathNode* top, Position& at) {
-    if (IsDeclarationKind(*top)) return true;
-    Flow flow = Flow::GoOn;
-    for (XPathNode* node = top->firstChild; node && flow == Flow::GoOn; node = node->next) {
-      if (!IsDeclarationKind(*node) && !IsElementAttribute(*node)) flow = Take(node, at);
-    }
-    return flow != Flow::Stop;
-  }
-
-  bool Siblings(XPathNode* start, Position& at) {
-    if (start->kind == XPathNodeKind::Root || start->kind == XPathNodeKind::Attribute ||
-        IsDeclarationKind(*start)) {
-      return true;
-    }
-    bool forward = path_.steps_[at.step].axis == Axis::FollowingSibling;
-    XPathNode* node = forward ? start->next : start->previous;
-    Flow flow = Flow::GoOn;
-    for (; node && flow == Flow::GoOn; node = forward ? node->next : node->previous) {
-      if (!IsDeclaration(*node)) flow = Take(node, at);
-    }
-    return flow != Flow::Stop;
-  }
-
-  bool Descendants(XPathNode* top, Position& at) {
-    Flow flow = Flow::GoOn;
-    XPathNode* node = IsDeclarationKind(*top) ? nullptr : top->firstChild;
-    while (node != nullptr && flow == Flow::GoOn) {
-      if (!IsDeclarationKind(*node) && !IsElementAttribute(*node)) flow = Take(node, at);
-      bool goesBelow = node->firstChild != nullptr && !IsDeclarationKind(*node);
-      node = goesBelow ? node->firstChild : node->NextSkippingChildren(top);
-    }
-    return flow != Flow::Stop;
   }
 
   const XPathQuickPath& path_;

@@ -10,9 +10,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "axes/xpathaxis.h"
-#include "axes/xpathnodetest.h"
-#include "syntax/xpathparsenode.h"
+#include "nodes/xpathvaluenode.h"
+#include "syntax/xpathaxisnames.h"
+#include "syntax/xpathparsetree.h"
+#include "xpath/steptest.h"
 
 namespace kelmora {
 

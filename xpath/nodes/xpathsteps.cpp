@@ -2,14 +2,15 @@
 //
 // A step without predicates runs its axis once for all input nodes. One with predicates runs once
 // for each, since position() and last() are counted for each; what comes out of all is sorted and
-// numbered anew. The fast form does the same with one set of lists for all input nodes, and stops
-// an axis early where a predicate [n] can keep nothing that lies behind.
+// numbered anew. All input nodes share one set of lists, an axis stops early where a predicate [n]
+// can keep nothing that lies behind, and where no predicate asks for positions the step may run
+// over the nodes of all inputs at once.
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_set>
 
 #include "nodes/xpathcontext.h"
+#include "nodes/xpathfunctioncall.h"
 #include "nodes/xpathpathnodes.h"
 #include "nodes/xpathprimarynodes.h"
 #include "values/xpathnodeset.h"
@@ -19,7 +20,6 @@ namespace kelmora {
 // --- steps ------------------------------------------------------------------------------------
 
 void XPathStepNode::Prepare(XPathParseTree& tree) {
-  effective = this;
   type = Type::Unknown;
   harmless = true;
   const XPathParseNode& body = *firstChild;
@@ -61,24 +61,17 @@ bool XPathStepNode::Evaluate(XPathContext& context) const {
   if (form_ == Form::Parent) {
     StepTest test;
     test.kind = StepTest::Content;
-    if (!RunAxis(Axis::Parent, test, context, *this)) return false;
-    context.Swap();
-    return true;
+    return TakeAxis(Axis::Parent, test, context, *this);
   }
-  if (predicateCount_ != 0) {
-    if (context.IsPlain()) return EvaluatePlain(context);
-    return CanFilterTogether(context) ? EvaluateTogether(context, axis_) : EvaluateForEach(context);
-  }
-  if (context.IsPlain()) return firstChild->Evaluate(context);
-  context.axis = axis_;
-  return test_->Evaluate(context);
+  if (predicateCount_ == 0) return test_->EvaluateOn(axis_, context);
+  return CanFilterTogether(context) ? EvaluateTogether(context, axis_) : EvaluateForEach(context);
 }
 
 // From one node, or where the order of delivery does not show in the end, "//" and a child step are
 // one walk.
 bool XPathStepNode::EvaluateBelow(XPathContext& context) const {
   const XPathNodeList& input = context.Input().nodes;
-  if (!context.IsPlain() && form_ == Form::Full && axis_ == Axis::Child) {
+  if (form_ == Form::Full && axis_ == Axis::Child) {
     if (predicateCount_ == 0 && input.size() == 1) {
       StepTest test;
       if (!test_->Resolve(axis_, context, test)) return false;
@@ -94,7 +87,7 @@ bool XPathStepNode::EvaluateBelow(XPathContext& context) const {
       return EvaluateTogether(context, Axis::Descendant);
     }
   }
-  return RunDescendantStep(context, *this) && Evaluate(context);
+  return TakeDescendants(context, *this) && Evaluate(context);
 }
 
 // Predicates that look at the node alone may run over the nodes of all inputs at once. Where they
@@ -112,31 +105,11 @@ bool XPathStepNode::EvaluateTogether(XPathContext& context, Axis axis) const {
     StepTest test;
     if (!test_->Resolve(axis_, context, test)) return false;
     if (!AxisIsAllowed(axis_, context, *test_)) return false;
-    RunQuickAxis(axis, test, input.data(), input.size(), output);
+    RunAxis(axis, test, input.data(), input.size(), output);
     NodeSetLease scratch(context);
     if (!output.empty() && !FilterOne(context, 0, output, scratch.value.nodes)) return false;
   }
   if (context.Swap()) context.SortInput();
-  return true;
-}
-
-bool XPathStepNode::EvaluatePlain(XPathContext& context) const {
-  XPathNodeList result;
-  std::unordered_set<const XPathNode*> met;
-  for (const XPathNodeRef& node : context.Input().nodes) {
-    XPathValue single;
-    single.nodes.push_back(node);
-    XPathContext step(context);
-    step.size = 0;
-    step.BorrowInput(single);
-    if (!firstChild->Evaluate(step)) return false;
-    for (const XPathNodeRef& found : step.Input().nodes) {
-      if (met.insert(found.node).second) result.push_back(found);
-    }
-  }
-  context.Output().SetNodes(std::move(result));
-  context.Swap();
-  context.SortInput();
   return true;
 }
 
@@ -163,7 +136,7 @@ bool XPathStepNode::EvaluateForEach(XPathContext& context) const {
     if (skipsAxis) {
       found.push_back(node);
     } else {
-      RunQuickAxis(axis_, test, &node, 1, found, limit);
+      RunAxis(axis_, test, &node, 1, found, limit);
       size = static_cast<std::int32_t>(found.size());
     }
     if (found.empty()) continue;
@@ -220,35 +193,10 @@ bool XPathPredicateNode::Evaluate(XPathContext& context) const {
   if (context.Input().kind != XPathValue::NodeSet) {
     return context.Fail(XPathError::NotANodeSet, *this);
   }
-  if (context.IsPlain()) return EvaluatePlain(context);
   if (!Filter(context, context.inputSize, context.Input().nodes, context.OutputNodes())) {
     return false;
   }
   context.Swap();
-  return true;
-}
-
-bool XPathPredicateNode::EvaluatePlain(XPathContext& context) const {
-  bool former = context.inPredicate;
-  context.inPredicate = true;
-  XPathContext inner(context);
-  inner.size = context.inputSize;
-  XPathNodeList kept;
-  std::int32_t index = 0;
-  for (const XPathNodeRef& node : context.Input().nodes) {
-    ++index;
-    XPathValue single;
-    single.nodes.push_back(node);
-    inner.BorrowInput(single);
-    inner.position = node.position;
-    if (!Run(*expression_, inner)) return false;
-    const XPathValue& result = inner.Input();
-    bool keeps = result.kind == XPathValue::Number ? result.number == index : ToBoolean(result);
-    if (keeps) kept.emplace_back(node.node, static_cast<std::int32_t>(kept.size()) + 1);
-  }
-  context.Output().SetNodes(std::move(kept));
-  context.Swap();
-  context.inPredicate = former;
   return true;
 }
 

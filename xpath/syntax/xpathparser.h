@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "syntax/xpathparsenode.h"
+#include "syntax/xpathparsetree.h"
 
 namespace kelmora {
 

@@ -1,4 +1,4 @@
-#include "axes/xpathaxis.h"
+#include "syntax/xpathaxisnames.h"
 #include "syntax/xpathparser.h"
 
 namespace kelmora {

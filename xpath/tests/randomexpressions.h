@@ -135,8 +135,11 @@ class Generator {
       const char16_t* name;
       int fewest, most;
     } kFunctions[] = {
-#define XPATH_FUNCTION(number, id, name, library, slot, fewest, most) {name, fewest, most},
-#include "functions/xpathfunctions.def"
+#define XPATH_FUNCTION(number, id, name, called, Operation, Result, fewest, most, fails, reads) \
+  {name, fewest, most},
+#define XSLT_FUNCTION XPATH_FUNCTION
+#include "xpath/xpathfunctions.def"
+#undef XSLT_FUNCTION
 #undef XPATH_FUNCTION
     };
     const auto& function = kFunctions[Below(static_cast<int>(std::size(kFunctions)))];

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "axes/xpathaxis.h"
-#include "functions/xpathfunctionlibrary.h"
+#include "nodes/xpathfunctioncall.h"
 #include "tqcore/tqtext.h"
 #include "values/xpathcompare.h"
 
@@ -638,7 +638,7 @@ bool R::FunctionCall(const XPathParseNode& node, State& state) {
     if (host_.prefixMap->Find(name.prefix) == nullptr) return Fail(XPathError::InvalidPrefix, node);
     return Fail(XPathError::FunctionNotInNamespace, node, number());
   }
-  if (row == nullptr || row->library == XPathFunctionRow::Never) {
+  if (row == nullptr || row->called == XPathFunctionRow::Called::Uncalled) {
     return Fail(XPathError::UnknownFunction, node);
   }
   std::vector<const XPathParseNode*> arguments;

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "axes/xpathaxis.h"
-#include "syntax/xpathparsenode.h"
+#include "syntax/xpathaxisnames.h"
+#include "syntax/xpathparsetree.h"
 #include "xpath/xpathexpression.h"
 
 namespace kelmora {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "nodes/xpathvaluenode.h"
 #include "testtree.h"
 
 namespace kelmora {
