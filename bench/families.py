@@ -86,6 +86,27 @@ def rules(directory, size):
                                                             XSL % '\n'.join(body))
 
 
+PATTERN_ENDS = ('para', 'emph', 'link', 'item', 'title', 'para/emph', 'list/item', 'para/link')
+PATTERN_FORMS = ('section[{0}]/para[@role=\'{1}\']', 'section//para[{0}]', 'para[{0}]/emph',
+                 'article//section[@id=\'s{0}\']/title', 'list/item[position() = {0}]',
+                 'para[@role=\'{1}\'][last()]', 'section/para[last()]/link[@to]',
+                 'section[position() mod {0} = 1]//item[last()]', 'article/section/para[{0}]/link',
+                 'para[emph and @role=\'{1}\']//text()[{0}]', 'section[not(list)]//item',
+                 'section[title]/list[count(item) = {0}]/item[1]')
+
+
+def patterns(directory, size):
+    """Sixty rules of several steps with predicates, on top of one rule for each element."""
+    body = [f'<xsl:template match="{name}"><{name[0]}><xsl:apply-templates/></{name[0]}>'
+            '</xsl:template>' for name in ('article', 'section', *PATTERN_ENDS)]
+    for i in range(60 - len(body)):
+        pattern = PATTERN_FORMS[i % len(PATTERN_FORMS)].format(2 + i % 7, WORDS[i % len(WORDS)])
+        body.append(f'<xsl:template match="{pattern}"><r n="{i}"><xsl:apply-templates/></r>'
+                    '</xsl:template>')
+    return (write(directory, 'in.xml', article(size)),
+            write(directory, 'in.xsl', XSL % '\n'.join(body)))
+
+
 def text_sheet(directory, source, body, templates=''):
     """A stylesheet with text as its result, whose template for the root has this body."""
     sheet = f'<xsl:output method="text"/>{templates}<xsl:template match="/">{body}</xsl:template>'
@@ -263,6 +284,7 @@ FAMILIES = {
     'load': (load, (500, 2000, 8000)),
     'identity': (identity, (500, 1000, 2000, 4000)),
     'rules': (rules, (1000, 2000, 4000)),
+    'patterns': (patterns, (850, 1700, 3400)),
     'keys-join': (keys_join, (25000, 50000, 100000)),
     'keys-grouping': (keys_grouping, (25000, 50000, 100000)),
     'sorts-text': (sorts(TEXT_KEY), (5000, 20000, 100000)),

@@ -125,10 +125,11 @@ void MatchSimplePattern(benchmark::State& state) {
   XPathExpression expression;
   expression.SetExpression(&prefixes, u"rows//row/b", kTemplatePattern);
   if (!expression.Parse(true, kExprGrammar)) state.SkipWithError("does not parse");
-  const auto pattern = SimplePattern::Classify(expression.TakeTree(), prefixes);
+  auto pattern =
+      SimplePattern::Classify(expression.TakeTree(), prefixes, SimplePattern::Predicates::Tested);
   for (auto _ : state) {
     int matches = 0;
-    for (const XPathNode* node = rows.Root(); node != nullptr; node = node->NextInDocument(true)) {
+    for (XPathNode* node = rows.Root(); node != nullptr; node = node->NextInDocument(true)) {
       matches += pattern->Matches(node) ? 1 : 0;
     }
     benchmark::DoNotOptimize(matches);

@@ -424,6 +424,37 @@ class Bounds(Hostile):
         self.check_end(Run({'in.xml': '<r %s xsi:noNamespaceSchemaLocation="s.xsd"/>' % XSI,
                             's.xsd': schema}))
 
+    def count_matches(self, source, node, rows):
+        """How many of the nodes each pattern matches, in the document and in a fragment."""
+        asks = ''.join('<xsl:variable name="v%d"><xsl:apply-templates select="//%s" mode="m%d"/>'
+                       '</xsl:variable><xsl:value-of select="string-length($v%d)"/>,'
+                       % (n, node, n, n) for n in range(len(rows)))
+        rules = ''.join('<xsl:template match="%s" mode="m%d">x</xsl:template><xsl:template '
+                        'match="%s" mode="m%d" priority="-1"/>' % (pattern, n, node, n)
+                        for n, (pattern, _) in enumerate(rows))
+        sheet = XSL % ('<xsl:output method="text"/><xsl:template match="/"><xsl:variable name="f">'
+                       '<xsl:copy-of select="/"/></xsl:variable>%s<xsl:apply-templates '
+                       'select="$f" mode="ask"/></xsl:template><xsl:template match="/" mode="ask">'
+                       '%s</xsl:template>%s' % (asks, asks, rules))
+        expected = ''.join('%d,' % count for _, count in rows)
+        self.check_result(Run({'in.xml': source, 'in.xsl': sheet}), expected * 2)
+
+    def test_deep_patterns(self):
+        levels = 20000 if IS_SANITIZED else 100000
+        deep = '<r><b k="1">' + '<b>' * (levels - 1) + '</b>' * levels + '</r>'
+        self.count_matches(deep, 'b', [
+            ('zz//b', 0), ('r//b', levels), ('b//b//b', levels - 2), ('zz//b/b//b', 0),
+            ('b[1]', levels), ('b[last()]', levels), ('b[2]//b', 0), ('b[@k]//b', levels - 1),
+            ('zz/b[1]//b[position()=last()]//b', 0), ('b[b[not(b)]]/b', 1),
+            ('b[generate-id() = 1]', 0)])
+
+    def test_wide_patterns(self):
+        count = 20000 if IS_SANITIZED else 100000
+        wide = '<r>' + '<a/>' * (count - 1) + '<a k="1"/></r>'
+        self.count_matches(wide, 'a', [
+            ('a[1]', 1), ('a[position()=1]', 1), ('a[2]', 1), ('a[last()]', 1), ('a[@k][1]', 1),
+            ('a[position() &gt; 1][last()]', 1), ('r[zz]/a', 0), ('r[a[@k]]//a[@k]', 1)])
+
     def test_frames(self):
         count = 20000 if IS_SANITIZED else 300000  # each takes three frames
         recursion = XSL % ('<xsl:template match="/"><xsl:call-template name="t"><xsl:with-param '

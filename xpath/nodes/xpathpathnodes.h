@@ -136,6 +136,12 @@ class XPathStepNode final : public XPathParseNode {
   const XPathNodeTestNode& Test() const { return *test_; }  // of a full step
   bool HasPredicates() const { return predicateCount_ != 0; }
   std::int32_t OnlyIndex() const;  // n when [n] is the only predicate, else 0
+  // No predicate asks for positions.
+  bool FiltersByNode() const { return filtersByNode_; }
+  // Keeps what passes all predicates of what the step delivers from one node, as XPathPredicateNode
+  // does for one.
+  bool FilterOne(const XPathContext& step, std::int32_t size, XPathNodeList& found,
+                 XPathNodeList& scratch) const;
 
   // The step with the "//" in front of it. False for an error.
   bool EvaluateBelow(XPathContext& context) const;
@@ -144,8 +150,6 @@ class XPathStepNode final : public XPathParseNode {
   bool EvaluateForEach(XPathContext& context) const;
   bool EvaluateTogether(XPathContext& context, Axis axis) const;
   bool CanFilterTogether(const XPathContext& context) const;
-  bool FilterOne(const XPathContext& step, std::int32_t size, XPathNodeList& found,
-                 XPathNodeList& scratch) const;
 
   Form form_ = Form::Full;
   Axis axis_ = Axis::Child;

@@ -108,11 +108,10 @@ class Generator {
     return path;
   }
 
-  // Of the form that can be tested on one node.
-  std::string Pattern() {
-    auto step = [this] {
-      return Pick({"a", "b", "c", "*", "p:*", "p:a", "node()", "text()", "comment()", "@x", "@*",
-                   "@p:x", "processing-instruction()", "processing-instruction('t')"});
+  // Of the form that can be tested on one node, but for what stands in predicates.
+  std::string Pattern(bool hasPredicates) {
+    auto step = [this, hasPredicates] {
+      return StepOfPattern() + (hasPredicates && Below(2) == 0 ? Predicates(0) : "");
     };
     if (Below(12) == 0) return "/";
     std::string pattern = Pick({"", "", "/", "//"}) + step();
@@ -129,6 +128,11 @@ class Generator {
   }
 
  private:
+  std::string StepOfPattern() {
+    return Pick({"a", "b", "c", "*", "p:*", "p:a", "node()", "text()", "comment()", "@x", "@*",
+                 "@p:x", "processing-instruction()", "processing-instruction('t')"});
+  }
+
   // Of any function that the product has, most often with as many arguments as it takes.
   std::string Call(int depth) {
     static constexpr struct {

@@ -105,7 +105,7 @@ class NumberCounts {
     std::unordered_map<const XPathNode*, XPathNode*> climbs;  // node to the target above it
 
     bool IsSimple() const { return isName || !alternatives.empty(); }
-    bool Matches(const XPathNode* node) const;
+    bool Matches(XPathNode* node);
   };
   enum class Climb { Found, None, Declined };
 

@@ -59,14 +59,14 @@ std::size_t NumberCounts::NameHash::operator()(const Name& name) const {
          (std::hash<InternedURI>()(name.uri) * kSpread) ^ (name.isAttribute ? 1 : 0);
 }
 
-bool NumberCounts::Test::Matches(const XPathNode* node) const {
+bool NumberCounts::Test::Matches(XPathNode* node) {
   if (isName) {
     const auto kind = name.isAttribute ? XPathNodeKind::Attribute : XPathNodeKind::Element;
     return node->kind == kind && node->namespaceURI == name.uri && node->parent != nullptr &&
            node->GetLocalName() == name.localName;
   }
-  return std::ranges::any_of(
-      alternatives, [node](const SimplePattern& pattern) { return pattern.Matches(node); });
+  return std::ranges::any_of(alternatives,
+                             [node](SimplePattern& pattern) { return pattern.Matches(node); });
 }
 
 NumberFormat& NumberCounts::FormatOf(const TQString& format, const NumberGrouping& grouping) {
@@ -132,7 +132,8 @@ std::unique_ptr<NumberCounts::Test> NumberCounts::MakeTest(const NumberQuery& qu
     // The plain way raises it for a text that doesn't parse, if that is ever reached.
     const XPathParseNodeRef& tree = query.processor.TryParse(alternative, kNoPattern).tree;
     if (tree == nullptr) return std::make_unique<Test>();
-    auto pattern = SimplePattern::Classify(tree, query.element->AttributeScopeMap());
+    auto pattern = SimplePattern::Classify(tree, query.element->AttributeScopeMap(),
+                                           SimplePattern::Predicates::Refused);
     if (!pattern.has_value()) return std::make_unique<Test>();
     test->isSingleStep = test->isSingleStep && pattern->IsSingleStep();
     test->alternatives.push_back(std::move(*pattern));

@@ -155,8 +155,9 @@ void TemplateRules::Classify(TemplateRule& rule) {
   if (rule.Simple != nullptr) return;
   const ParsedExpression& parsed = processor_->TryParse(rule.Pattern, kTemplatePattern);
   if (parsed.tree == nullptr) return;
-  auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap());
-  if (simple) rule.Simple = std::make_unique<const SimplePattern>(std::move(*simple));
+  auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap(),
+                                        SimplePattern::Predicates::Tested);
+  if (simple) rule.Simple = std::make_unique<SimplePattern>(std::move(*simple));
 }
 
 void TemplateRules::FindShortcut(TemplateRule& rule) const {
@@ -207,7 +208,7 @@ TemplateRule* TemplateRules::FirstMatch(XPathNode* node, ModeId mode, std::int32
 
 bool TemplateRules::Holds(TemplateRule& rule, XPathNode* node) {
   if (rule.Simple != nullptr) return rule.Simple->Matches(node);
-  const DocumentKey document = DocumentKeyOf(node);
+  const DocumentKey document = documents_.KeyOf(node);
   if (const MatchSet* known = rule.Matches.Find(document)) return known->Contains(node);
   const XPathNodeList nodes = processor_->EvaluateOverUniverse(
       rule.Pattern, node->Root(), rule.NamespaceNode(), kTemplatePattern);

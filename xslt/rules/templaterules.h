@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/documentkey.h"
 #include "rules/ruleindex.h"
 #include "rules/templaterule.h"
 
@@ -60,6 +61,7 @@ class TemplateRules {
   std::vector<std::unique_ptr<TemplateRule>> rules_;  // by ascending Rank: the reverse of Rules
   std::size_t sorted_ = 0;                            // rules_ up to here are in order and indexed
   RuleIndex index_;
+  DocumentKeys documents_;
   std::unordered_map<std::u16string_view, NamedRules> named_;  // by ExpandedName
   std::unordered_map<TQString, ModeId, TextHash, TextEqual> modes_{{u"", kNoMode},
                                                                    {u"?", kAnyMode}};

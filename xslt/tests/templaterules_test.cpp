@@ -1,6 +1,8 @@
 // Which rule is taken for a node.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <iostream>
 #include <random>
 
 #include "rules/templaterule.h"
@@ -155,23 +157,50 @@ TEST(TemplateRulesTest, ImportedRules) {
 }
 
 // Patterns that are tested node by node must select as the same patterns do when they run as
-// queries, which a predicate enforces.
+// queries, which current() in a predicate enforces. KELMORA_SEED repeats a failure.
 TEST(TemplateRulesTest, DirectTestsEqualQueries) {
-  std::minstd_rand random(7);
+  const char* given = std::getenv("KELMORA_SEED");
+  const auto seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
+                                     : std::random_device()();
+  std::cout << "KELMORA_SEED=" << seed << "\n";
+  std::minstd_rand random(seed);
   const auto pick = [&random](auto& list) { return list[random() % std::size(list)]; };
   const char* const steps[] = {
       "a",  "b",  "*",   "p:a", "p:*", "text()", "node()", "comment()", "processing-instruction()",
       "@k", "@*", "@p:k"};
-  const char* const parents[] = {"a/", "*/", "p:b//", "/", "//", "r//", "node()/", "r/*/"};
+  const char* const parents[] = {"a/",    "*/",     "p:b//",   "/",
+                                 "//",    "r//",    "node()/", "r/*/",
+                                 "*[2]/", "a[1]//", "*[@k]/",  "node()[last()]//"};
+  const char* const predicates[] = {"",
+                                    "",
+                                    "",
+                                    "[1]",
+                                    "[2]",
+                                    "[last()]",
+                                    "[@k]",
+                                    "[. = 't']",
+                                    "[*][1]",
+                                    "[position() > 1]",
+                                    "[../@k]",
+                                    "[p:a]",
+                                    "[@k][last()]"};
   const std::string source =
       "<r xmlns:p='u'><a k='1' p:k='2'>t<b k='3'><p:a>u</p:a><!--c--></b></a>"
       "<p:b p:k='4'><a><p:a k='5'/>v</a><?x y?><b/></p:b><a/></r>";
+  // A fragment of copies, of what was made, and of texts that have children.
+  const std::string fragment =
+      "<xsl:variable name='f'><a k='1'><xsl:copy-of select='r/node()'/><b/>t</a>"
+      "<xsl:for-each select='//text()'><xsl:copy><a k='2'/><xsl:copy-of select='//b'/></xsl:copy>"
+      "</xsl:for-each><xsl:copy-of select='r'/></xsl:variable>";
   const std::string walk = "<xsl:apply-templates select='//node() | //@* | /' mode='m'/>";
+  const std::string start =
+      Rule("/", (walk + fragment + "<xsl:apply-templates select='$f' mode='walk'/>").c_str()) +
+      Rule("/", walk.c_str(), "mode='walk'");
   for (int round = 0; round < 60; ++round) {
-    std::string direct = Rule("/", walk.c_str());
-    std::string queries = direct;
+    std::string direct = start;
+    std::string queries = start;
     for (int i = 0; i < 6; ++i) {
-      std::string pattern = pick(steps);
+      std::string pattern = std::string(pick(steps)) + pick(predicates);
       for (int depth = static_cast<int>(random() % 3); depth > 0 && pattern[0] != '/'; --depth) {
         pattern = pick(parents) + pattern;
       }
@@ -179,11 +208,11 @@ TEST(TemplateRulesTest, DirectTestsEqualQueries) {
           "mode='m' xmlns:p='u' priority='" + std::to_string(random() % 3) + "'";
       const std::string text = std::to_string(i) + ",";
       direct += Rule(pattern.c_str(), text.c_str(), more.c_str());
-      queries += Rule((pattern + "[true()]").c_str(), text.c_str(), more.c_str());
+      queries += Rule((pattern + "[current()]").c_str(), text.c_str(), more.c_str());
     }
-    ASSERT_EQ((StylesheetRun{Sheet(direct), source}.Result()),
-              (StylesheetRun{Sheet(queries), source}.Result()))
-        << direct;
+    const std::string result = StylesheetRun{Sheet(direct), source}.Result();
+    ASSERT_EQ(result, (StylesheetRun{Sheet(queries), source}.Result())) << direct;
+    ASSERT_FALSE(result.starts_with("code")) << result << direct;
   }
 }
 
