@@ -114,7 +114,7 @@ class NumberCounts {
   std::unique_ptr<Test> MakeTest(const NumberQuery& query, const ExpressionText& text);
   // The two tests of a query; false when one can't be used for the level.
   bool FindTests(const NumberQuery& query, bool byChain, Test*& count, Test*& from);
-  Climb FindTarget(Test& count, const Test* from, XPathNode* node, XPathNode*& target);
+  Climb FindTarget(Test& count, Test* from, XPathNode* node, XPathNode*& target);
   std::int32_t CountSiblings(Test& count, XPathNode* target);
   const OrderNumbers* ChildrenOf(Test& count, XPathNode* parent);
   const OrderNumbers* NodesOf(Test& test, XPathNode* node);

@@ -157,7 +157,7 @@ bool NumberCounts::FindTests(const NumberQuery& query, bool byChain, Test*& coun
 // -------------------------------------------------------------------------- single and multiple
 
 // The innermost node at or above `node` that counts, within a from.
-NumberCounts::Climb NumberCounts::FindTarget(Test& count, const Test* from, XPathNode* node,
+NumberCounts::Climb NumberCounts::FindTarget(Test& count, Test* from, XPathNode* node,
                                              XPathNode*& target) {
   std::vector<const XPathNode*> passed;
   target = nullptr;
@@ -236,8 +236,7 @@ std::int32_t NumberCounts::CountSiblings(Test& count, XPathNode* target) {
   if (isKnown && last.target == target) return last.number;
   std::int32_t number = 1;
   int walked = 0;
-  for (const XPathNode* sibling = target->previous; sibling != nullptr;
-       sibling = sibling->previous) {
+  for (XPathNode* sibling = target->previous; sibling != nullptr; sibling = sibling->previous) {
     if (isKnown && sibling == last.target) {
       number += last.number - (sibling->kind == XPathNodeKind::Element ? 0 : 1);
       break;
