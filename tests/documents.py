@@ -45,6 +45,37 @@ def check_libraries(read):
         yield 'docs/ARCHITECTURE.md does not tell of the library ' + name
 
 
+def room_of(path, rooms):
+    """The number of the room that a source or private header stands in; None for public headers."""
+    folder = path.parent.name
+    return rooms.index(folder) if folder in rooms else None
+
+
+def check_rooms(read, sources):
+    """In a library with rooms no include points to a room further up."""
+    table = rows(read('docs/ARCHITECTURE.md'), r'^\| (\w+) \| (\w+(?:, \w+)+) \|$')
+    rooms_of = {name: names.split(', ') for name, names in table
+                if (sources / FOLDERS.get(name, name) / names.split(', ')[0]).is_dir()}
+    if set(rooms_of) != {'xmlutil', 'xpath', 'xslt'}:
+        yield 'docs/ARCHITECTURE.md: the table of rooms tells of ' + ', '.join(sorted(rooms_of))
+    for name, rooms in rooms_of.items():
+        folder = sources / FOLDERS.get(name, name)
+        files = [path for pattern in ('*.cpp', '*.h') for path in folder.rglob(pattern)
+                 if 'tests' not in path.relative_to(folder).parts]
+        by_source = {path.stem: room_of(path, rooms) for path in files if path.suffix == '.cpp'}
+        for path in files:
+            own = room_of(path, rooms)
+            own = by_source.get(path.stem) if own is None else own
+            if own is None and path.suffix == '.cpp':
+                yield '%s stands in no room of %s' % (path.name, name)
+            for place, header in rows(read(path), r'^#include "(\w+)/(\w+)\.'):
+                there = rooms.index(place) if place in rooms else None
+                if place == name:
+                    there = by_source.get(header)
+                if own is not None and there is not None and there > own:
+                    yield '%s: %s stands further up than %s' % (path.name, header, rooms[own])
+
+
 def anchors(text):
     heads = rows(text, r'^#+ (.*)$')
     return {re.sub(r'[^\w\- ]', '', head.lower()).replace(' ', '-') for head in heads}
@@ -73,7 +104,8 @@ def main():
     def read(path):
         return (sources / path).read_text(encoding='utf-8')
 
-    problems = [*check_reference(read), *check_libraries(read), *check_pointers(read, sources)]
+    problems = [*check_reference(read), *check_libraries(read), *check_rooms(read, sources),
+                *check_pointers(read, sources)]
     for line in problems:
         print(line)
     return 1 if problems else 0

@@ -1,4 +1,7 @@
 // The names of XSLT: a code for each element and each attribute. Both tables lie in .def files.
+//
+// This room holds what the nodes of a stylesheet are and have: codes, records, and the index of
+// both.
 #pragma once
 
 #include <algorithm>

@@ -9,6 +9,8 @@
 // search. It declines whatever it can't answer exactly, such as trees without order numbers.
 //
 // Numbers come from the innermost to the outermost.
+//
+// This room holds xsl:number: counting and formatting.
 #pragma once
 
 #include <cstdint>

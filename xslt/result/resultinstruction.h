@@ -1,5 +1,8 @@
 // ResultInstruction: what the instructions share that hang an element, attribute or copy into the
 // result and may make it the output of their children.
+//
+// This room holds the instructions that make nodes of the result, and the namespaces of what they
+// make.
 #pragma once
 
 #include <string_view>
