@@ -76,6 +76,18 @@ def check_rooms(read, sources):
                     yield '%s: %s stands further up than %s' % (path.name, header, rooms[own])
 
 
+def check_state(read, sources):
+    """The table of the process's state names all parts of it."""
+    table = read('docs/ARCHITECTURE.md').partition("| part of the process's state |")[2]
+    told = set(rows(table.partition('\n\n')[0], r'`(\w+)`(?=.* \| )'))
+    found = set()
+    for path in sources.rglob('*.cpp'):
+        if not path.relative_to(sources).parts[0].startswith('build'):
+            found.update(rows(read(path), r'ProcessState::Of<(?:\w+::)*(\w+)>'))
+    for name in sorted(told ^ found):
+        yield 'docs/ARCHITECTURE.md and the sources differ about the state ' + name
+
+
 def anchors(text):
     heads = rows(text, r'^#+ (.*)$')
     return {re.sub(r'[^\w\- ]', '', head.lower()).replace(' ', '-') for head in heads}
@@ -105,7 +117,7 @@ def main():
         return (sources / path).read_text(encoding='utf-8')
 
     problems = [*check_reference(read), *check_libraries(read), *check_rooms(read, sources),
-                *check_pointers(read, sources)]
+                *check_state(read, sources), *check_pointers(read, sources)]
     for line in problems:
         print(line)
     return 1 if problems else 0

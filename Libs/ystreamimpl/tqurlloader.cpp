@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tqcore/processstate.h"
 #include "tqcore/tqsingleton.h"
 #include "tqcore/tqtext.h"
 #include "tqinternetsession.h"
@@ -53,7 +54,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 // What a failed transfer took comes off the time that later ones may wait.
 UrlResponse PerformPatiently(UrlRequest& request) {
   using Clock = std::chrono::steady_clock;
-  Patience& patience = TQSingleton<Patience>::Instance();
+  Patience& patience = ProcessState::Of<Patience>();
   if (patience.IsSpent()) return {};
   request.limits.connectSeconds = patience.Grant(request.limits.connectSeconds);
   request.limits.stallSeconds = patience.Grant(request.limits.stallSeconds);

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <string>
-#include <unordered_map>
 
 #include "functions/xpathfunctionlibrary.h"
 #include "tqcore/tqtext.h"
@@ -42,22 +41,12 @@ std::u16string_view XsltLocalName(const PrefixMap& map, std::u16string_view name
   return uri != nullptr && *uri == kXsltNamespace ? LocalPartOf(name) : std::u16string_view();
 }
 
-// Numbers of the nodes that bear no stamp: those of result trees and of the namespace axis, and the
-// copies that an xsl:include makes. They are given in the order of asking, so that a run that is
-// repeated gives the same ones.
-std::int64_t NumberOfUnstamped(const XPathNode* node) {
-  static std::unordered_map<const XPathNode*, std::int64_t> numbers;
-  auto [at, isNew] = numbers.try_emplace(node, 0);
-  if (isNew) at->second = static_cast<std::int64_t>(numbers.size());
-  return at->second;
-}
-
 // All have ten digits, so that a name which ends in digits leads to no ambiguity.
 std::int64_t NodeNumberOf(const XPathNode* node) {
   constexpr std::int64_t kFirstStamped = 1'000'000'000;
   constexpr std::int64_t kFirstUnstamped = 5'000'000'000;
   bool stamped = node->documentNumber > 0 && node->orderNumber > 0;
-  return stamped ? kFirstStamped + node->orderNumber : kFirstUnstamped + NumberOfUnstamped(node);
+  return stamped ? kFirstStamped + node->orderNumber : kFirstUnstamped + node->NumberOfItsOwn();
 }
 
 void NumberFromOne(XPathNodeList& list) {
