@@ -47,8 +47,7 @@ const XPathNode* OutputSerializer::StartHtml(const XPathNode& node, bool escapeT
     case XPathNodeKind::Attribute:
       WriteHtmlAttribute(node);
       return nullptr;
-    case XPathNodeKind::Namespace:
-      WriteNamespace(node);
+    case XPathNodeKind::Namespace:  // that of an element is part of its tag
       return nullptr;
     case XPathNodeKind::PI:
       if (onLine) Tabs(Depth);

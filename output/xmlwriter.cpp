@@ -67,7 +67,7 @@ const XPathNode* OutputSerializer::StartXml(const XPathNode& node, bool breakHer
       Write(u"\"");
       return nullptr;
     case XPathNodeKind::Namespace:
-      WriteNamespace(node);
+      if (node.parent->kind == XPathNodeKind::Element) WriteNamespace(node);
       return nullptr;
     case XPathNodeKind::PI:
       if (breakHere) Tabs(Depth);

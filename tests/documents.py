@@ -23,7 +23,7 @@ def check_reference(read):
     known = [text for text in rows(read('Libs/tqcore/resourcestrings.def'), r'u"([^"]+)"\)$')]
     known += ['`%s`' % name for name in rows(read('xslt/names/attributecodes.def'), r'u"([^"]+)"\)$')]
     known += ['xsl:' + name for name in rows(read('xslt/names/elementcodes.def'), r'u"([^"]+)"\)$')]
-    known += ['`%s(' % name for name in rows(read('xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
+    known += ['`%s(' % name for name in rows(read('xpath/include/xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
     if len(known) < 200:
         yield 'only %d names and messages were found in the sources' % len(known)
     for name in known:

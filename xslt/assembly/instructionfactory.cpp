@@ -37,13 +37,11 @@ std::unique_ptr<Instruction> Create(XSLTProcessorBase* processor) {
   return std::make_unique<Class>(processor);
 }
 
-constexpr std::size_t kCodes = 37;  // codes are below
-
 // Codes that are not listed, those of elements that only the checks read among them, are literal.
-constexpr std::array<Creator, kCodes> MakeCreators() {
-  std::array<Creator, kCodes> creators{};
+constexpr std::array<Creator, kXsltElementCodes> MakeCreators() {
+  std::array<Creator, kXsltElementCodes> creators{};
   creators.fill(&Create<LiteralInstruction>);
-#define CREATOR(element) creators[ElementCode::element] = &Create<element##Instruction>
+#define CREATOR(element) creators[IndexOf(XsltElement::element)] = &Create<element##Instruction>
   CREATOR(ApplyImports);
   CREATOR(ApplyTemplates);
   CREATOR(Attribute);
@@ -79,14 +77,13 @@ constexpr std::array<Creator, kCodes> MakeCreators() {
   return creators;
 }
 
-constexpr std::array<Creator, kCodes> kCreators = MakeCreators();
+constexpr std::array<Creator, kXsltElementCodes> kCreators = MakeCreators();
 
 }  // namespace
 
-std::unique_ptr<Instruction> MakeInstruction(std::int32_t elementCode,
+std::unique_ptr<Instruction> MakeInstruction(XsltElement elementCode,
                                              XSLTProcessorBase* processor) {
-  const auto code = static_cast<std::size_t>(elementCode);
-  return kCreators[code < kCodes ? code : 0](processor);
+  return kCreators[IndexOf(elementCode)](processor);
 }
 
 std::unique_ptr<Instruction> MakeUseAttributeSetsInstruction(XSLTProcessorBase* processor) {

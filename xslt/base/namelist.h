@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "tqcore/tqtext.h"
+#include "xmltree/xpathnode.h"
 
 namespace kelmora {
 
@@ -18,5 +20,9 @@ void ForEachName(std::u16string_view list, Each each) {
     if (at > start) each(list.substr(start, at - start));
   }
 }
+
+// URIs of a list of prefixes, as the value of `attribute`, "#default" being the empty one. Raises
+// code 10 at the attribute for a prefix that is not bound.
+std::vector<InternedURI> PrefixListURIs(XPathNode* attribute);
 
 }  // namespace kelmora

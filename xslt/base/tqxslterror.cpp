@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "xpath/xpathfunction.h"
+
 namespace kelmora {
 
 namespace {
@@ -12,27 +14,31 @@ struct CodeText {
   int resource;
 };
 
-// Ascending by code. Codes 3, 12, 30, 35, 37, 41 and 42 have a text but nobody raises them.
+// By code, ascending.
 constexpr CodeText kCodeTexts[] = {
-    {2, 7240},  {3, 7200},  {4, 7237},  {5, 7201},  {6, 7245},  {7, 7202},  {8, 7203},
-    {9, 7204},  {10, 7205}, {11, 7206}, {12, 7235}, {13, 7207}, {14, 7208}, {15, 7236},
-    {16, 7244}, {17, 7238}, {18, 7209}, {19, 7210}, {20, 7211}, {21, 7212}, {22, 7213},
-    {23, 7214}, {24, 7249}, {25, 7215}, {26, 7216}, {27, 7217}, {28, 7218}, {29, 7219},
-    {30, 7220}, {31, 7221}, {32, 7222}, {33, 7223}, {34, 7224}, {35, 7225}, {36, 7226},
-    {37, 7227}, {38, 7228}, {39, 7229}, {40, 7230}, {41, 7231}, {42, 7232}, {43, 7233},
-    {44, 7234}, {45, 7246}, {46, 7241}, {47, 7242}, {48, 7243}, {49, 7247}, {50, 7248},
+#define XSLT_CODE(number, enumerator, resource) {number, resource},
+#include "xslt/xsltcodes.def"
+#undef XSLT_CODE
 };
 
 // By XPath error number, ascending.
 constexpr CodeText kXPathTexts[] = {
-    {1, 7401},  {2, 7402},  {3, 7403},  {4, 7404},  {5, 7405},  {6, 7406},
-    {7, 7454},  {8, 7407},  {9, 7408},  {10, 7409}, {11, 7410}, {12, 7411},
-    {13, 7449}, {14, 7450}, {15, 7451}, {16, 7453}, {17, 7455},
+#define XPATH_ERROR(number, id, message) {number, message},
+#include "xpath/xpatherrors.def"
+#undef XPATH_ERROR
 };
 
 constexpr int kFirstFunctionName = 7413;
-constexpr int kFunctionCount = 36;
-constexpr int kXPathIntroduction = 7250;
+constexpr int kLastFunctionName = 7448;
+
+// Functions without a text show the name that calls use.
+TQString FunctionText(std::int32_t function) {
+  TQString text(NameOfFunction(function));
+  if (function <= kLastFunctionName - kFirstFunctionName) {
+    text.LoadResource(kFirstFunctionName + function);
+  }
+  return text;
+}
 
 // Empty for a code that the table lacks.
 template <std::size_t size>
@@ -45,7 +51,7 @@ TQString TextOf(const CodeText (&table)[size], std::int32_t code) {
 
 }  // namespace
 
-TQXSLTError::TQXSLTError(std::int32_t code, XPathNode* node) : code_(code), node_(node) {
+TQXSLTError::TQXSLTError(XsltCode code, XPathNode* node) : code_(code), node_(node) {
   while (node_ != nullptr && node_->synthetic) node_ = node_->parent;
 }
 
@@ -55,25 +61,22 @@ TQXSLTError& TQXSLTError::SetXPathError(std::int32_t xpathCode, std::int32_t xpa
   return *this;
 }
 
+TQXSLTError& TQXSLTError::SetMissingVariable(const TQString& name) {
+  missingVariable_ = name;
+  return *this;
+}
+
 const TQString& TQXSLTError::Text() const {
-  if (!message_.IsEmpty() || code_ == 0) return message_;
-  if (code_ == XsltCode::XPathFailed) return XPathText();
-  message_ = TextOf(kCodeTexts, code_);
-  if (message_.IsEmpty()) message_ = u"Unknown error";
+  if (!message_.IsEmpty()) return message_;
+  message_ = TextOf(kCodeTexts, static_cast<std::int32_t>(code_));
+  if (code_ == XsltCode::XPathFailed) message_ += XPathText();
   return message_;
 }
 
-const TQString& TQXSLTError::XPathText() const {
-  if (!xpathMessage_.IsEmpty()) return xpathMessage_;
+TQString TQXSLTError::XPathText() const {
   TQString message = TextOf(kXPathTexts, xpathCode_);
-  if (xpathFunction_ >= 0 && xpathFunction_ < kFunctionCount) {
-    TQString function;
-    function.LoadResource(kFirstFunctionName + xpathFunction_);
-    message = TQString::Format(u"%s -> %s", {message, function});
-  }
-  xpathMessage_.LoadResource(kXPathIntroduction);
-  xpathMessage_ += message;
-  return xpathMessage_;
+  if (NameOfFunction(xpathFunction_).empty()) return message;
+  return TQString::Format(u"%s -> %s", {message, FunctionText(xpathFunction_)});
 }
 
 }  // namespace kelmora

@@ -4,29 +4,30 @@
 
 #include <cstdint>
 
-#include "checks/elementrules.h"
+#include "checks/checkedelement.h"
+#include "xslt/tqxslterror.h"
 
 namespace kelmora::checks {
 
 using Element = const CheckedElement&;
 
 // Of any attribute.
-void Required(Element element, XPathNode* attribute, std::int32_t error);         // at the element
-void RequiredNowhere(Element element, XPathNode* attribute, std::int32_t error);  // with no node
-void IsName(Element element, XPathNode* attribute, std::int32_t error);           // a QName
-void NotEmpty(Element element, XPathNode* attribute, std::int32_t error);
-void YesOrNo(Element element, XPathNode* attribute, std::int32_t error);
-void OneUnit(Element element, XPathNode* attribute, std::int32_t error);
-void PrefixBound(Element element, XPathNode* attribute, std::int32_t error);
+void Required(Element element, XPathNode* attribute, XsltCode error);         // at the element
+void RequiredNowhere(Element element, XPathNode* attribute, XsltCode error);  // with no node
+void IsName(Element element, XPathNode* attribute, XsltCode error);           // a QName
+void NotEmpty(Element element, XPathNode* attribute, XsltCode error);
+void YesOrNo(Element element, XPathNode* attribute, XsltCode error);
+void OneUnit(Element element, XPathNode* attribute, XsltCode error);
+void PrefixBound(Element element, XPathNode* attribute, XsltCode error);
 // Each of the names, separated by white space: a QName, else `error`, with a bound prefix, else 10.
-void NameList(Element element, XPathNode* attribute, std::int32_t error);
+void NameList(Element element, XPathNode* attribute, XsltCode error);
 
 // Of one attribute or element.
-void LevelValue(Element element, XPathNode* attribute, std::int32_t error);
-void MethodValue(Element element, XPathNode* attribute, std::int32_t error);
-void NoContentBeside(Element element, XPathNode* attribute, std::int32_t error);  // at the element
-void ParamPlace(Element element, XPathNode* attribute, std::int32_t error);       // at the element
-void IsDocumentElement(Element element, XPathNode* attribute, std::int32_t error);  // with no node
-void TextContent(Element element, XPathNode* attribute, std::int32_t error);        // at the child
+void LevelValue(Element element, XPathNode* attribute, XsltCode error);
+void MethodValue(Element element, XPathNode* attribute, XsltCode error);
+void NoContentBeside(Element element, XPathNode* attribute, XsltCode error);    // at the element
+void ParamPlace(Element element, XPathNode* attribute, XsltCode error);         // at the element
+void IsDocumentElement(Element element, XPathNode* attribute, XsltCode error);  // with no node
+void TextContent(Element element, XPathNode* attribute, XsltCode error);        // at the child
 
 }  // namespace kelmora::checks

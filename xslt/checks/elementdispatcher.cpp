@@ -6,47 +6,49 @@
 #include "checks/elementrules.h"
 #include "checks/recordmakers.h"
 #include "engine/instruction.h"
+#include "names/stylesheetindex.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 namespace {
 
-void CheckPlace(XPathNode* node, std::int32_t parentCode, ElementRule::Place place) {
-  const bool isTopLevel = parentCode == ElementCode::Stylesheet;
+void CheckPlace(XPathNode* node, XsltElement parentCode, ElementRule::Place place) {
+  const bool isTopLevel = parentCode == XsltElement::Stylesheet;
   const bool passes =
       place == ElementRule::Anywhere || isTopLevel == (place == ElementRule::TopLevel);
   if (!passes) throw TQXSLTError(XsltCode::UnexpectedChild, node);
 }
 
 // Several attributes of any code that XSLT does not know, or of use-attribute-sets, are no fault.
-constexpr bool IsRepeatable(std::int32_t code) {
-  return code == AttributeCode::Other || code == AttributeCode::UseAttributeSets;
+constexpr bool IsRepeatable(XsltAttribute code) {
+  return code == XsltAttribute::Other || code == XsltAttribute::UseAttributeSets;
 }
 
 // Enters the attributes in no namespace in `element`. A repeated one is reported at its second
 // place, when the walk is at its first.
 void CheckAttributes(CheckedElement& element, CodeSet allowed) {
-  std::array<bool, AttributeCode::kCount> seen{};
-  std::array<XPathNode*, AttributeCode::kCount> second{};
+  std::array<bool, kXsltAttributeCodes> seen{};
+  std::array<XPathNode*, kXsltAttributeCodes> second{};
   const auto forEachAttribute = [&element](auto each) {
     for (XPathNode* child = element.node->firstChild; child != nullptr; child = child->next) {
       if (child->kind != XPathNodeKind::Attribute) continue;
-      each(child, static_cast<std::size_t>(XsltAttributeNames::Code(child)));
+      each(child, XsltAttributeNames::Code(child));
     }
   };
-  forEachAttribute([&](XPathNode* attribute, std::size_t code) {
-    if (seen[code] && second[code] == nullptr) second[code] = attribute;
-    seen[code] = true;
-    XPathNode*& plain = element.attributes[code];
+  forEachAttribute([&](XPathNode* attribute, XsltAttribute code) {
+    const std::size_t index = IndexOf(code);
+    if (seen[index] && second[index] == nullptr) second[index] = attribute;
+    seen[index] = true;
+    XPathNode*& plain = element.attributes[index];
     if (attribute->namespaceURI == nullptr && plain == nullptr) plain = attribute;
   });
-  forEachAttribute([&](XPathNode* attribute, std::size_t index) {
-    const auto code = static_cast<std::int32_t>(index);
+  forEachAttribute([&](XPathNode* attribute, XsltAttribute code) {
     if (Has(allowed, code)) {
-      if (!IsRepeatable(code) && second[index] != nullptr) {
-        throw TQXSLTError(XsltCode::RepeatedAttribute, second[index]);
+      XPathNode* repeated = second[IndexOf(code)];
+      if (!IsRepeatable(code) && repeated != nullptr) {
+        throw TQXSLTError(XsltCode::RepeatedAttribute, repeated);
       }
     } else if (attribute->namespaceURI == nullptr) {
       throw TQXSLTError(XsltCode::UnexpectedAttribute, attribute);
@@ -67,13 +69,11 @@ void CheckChildren(const XPathNode* node, CodeSet allowed) {
 
 }  // namespace
 
-const LiteralRecord ElementDispatcher::kPlainLiteral;
-
-void ElementDispatcher::Validate(std::int32_t parentCode, XPathNode* top) {
-  std::vector<std::int32_t> parentCodes{parentCode};  // of the node and all that stand open
+void ElementDispatcher::Validate(XsltElement parentCode, XPathNode* top) {
+  std::vector<XsltElement> parentCodes{parentCode};  // of the node and all that stand open
   XPathNode* node = top;
   while (true) {
-    const std::int32_t code = CheckNode(node, parentCodes.back());
+    const XsltElement code = CheckNode(node, parentCodes.back());
     if (node->firstChild != nullptr) {
       parentCodes.push_back(code);
       node = node->firstChild;
@@ -88,9 +88,9 @@ void ElementDispatcher::Validate(std::int32_t parentCode, XPathNode* top) {
   }
 }
 
-std::int32_t ElementDispatcher::CheckNode(XPathNode* node, std::int32_t parentCode) {
+XsltElement ElementDispatcher::CheckNode(XPathNode* node, XsltElement parentCode) {
   const bool isElement = node->kind == XPathNodeKind::Element;
-  const std::int32_t code = isElement ? XsltElementNames::Code(node) : ElementCode::Literal;
+  const XsltElement code = isElement ? XsltElementNames::Code(node) : XsltElement::Literal;
   if (!isElement && node->kind != XPathNodeKind::Root) return code;
 
   const ElementRule* rule = FindElementRule(code);
@@ -108,31 +108,8 @@ std::int32_t ElementDispatcher::CheckNode(XPathNode* node, std::int32_t parentCo
     }
     if (rule->makeRecord != nullptr) record = rule->makeRecord(element);
   }
-  Entry& entry = entries_[node];
-  entry.code = code;
-  entry.record = rule == nullptr ? &kPlainLiteral : nullptr;
-  if (record != nullptr) {
-    entry.record = record.get();
-    records_.push_back(std::move(record));
-  }
+  processor_->Index->Enter(node, code, std::move(record));
   return code;
-}
-
-void ElementDispatcher::Clear() {
-  entries_.Clear();
-  records_.clear();
-}
-
-void ElementDispatcher::Forget(XPathNode* top) {
-  for (XPathNode* node = top; node != nullptr;
-       node = node->firstChild != nullptr ? node->firstChild : node->NextSkippingChildren(top)) {
-    if (Entry* entry = entries_.Find(node)) *entry = Entry();
-  }
-}
-
-ElementDispatcher::Entry ElementDispatcher::Unchecked(const XPathNode* node) {
-  const std::int32_t code = XsltElementNames::Code(node);
-  return {code, code == ElementCode::Literal ? &kPlainLiteral : nullptr};
 }
 
 }  // namespace kelmora

@@ -11,9 +11,9 @@ namespace kelmora {
 
 namespace {
 
-namespace A = AttributeCode;
-namespace E = ElementCode;
-namespace X = XsltCode;
+using A = XsltAttribute;
+using E = XsltElement;
+using X = XsltCode;
 using namespace checks;
 
 constexpr CodeSet kNone = 0;
@@ -175,7 +175,7 @@ constexpr ElementRule kRules[] = {
 
 const CodeSet kContentChildren = kContent;
 
-const ElementRule* FindElementRule(std::int32_t code) {
+const ElementRule* FindElementRule(XsltElement code) {
   const auto* rule = std::ranges::lower_bound(kRules, code, {}, &ElementRule::code);
   return rule != std::end(kRules) && rule->code == code ? rule : nullptr;
 }

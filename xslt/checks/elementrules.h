@@ -3,62 +3,47 @@
 // order, and the maker of its record.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <span>
-#include <string_view>
 
+#include "checks/checkedelement.h"
 #include "names/elementrecord.h"
-#include "names/xsltnames.h"
 #include "xmltree/xpathnode.h"
+#include "xslt/tqxslterror.h"
 
 namespace kelmora {
 
-class XSLTProcessorBase;
-
 using CodeSet = std::uint64_t;  // of element codes or attribute codes, one bit each
 
-constexpr CodeSet Codes(std::initializer_list<int> codes) {
+static_assert(kXsltElementCodes <= 64 && kXsltAttributeCodes <= 64);
+
+template <class Code>
+constexpr CodeSet Codes(std::initializer_list<Code> codes) {
   CodeSet set = 0;
-  for (const int code : codes) set |= CodeSet{1} << code;
+  for (const Code code : codes) set |= CodeSet{1} << IndexOf(code);
   return set;
 }
-constexpr bool Has(CodeSet set, std::int32_t code) {
-  return (set >> code & 1) != 0;
+template <class Code>
+constexpr bool Has(CodeSet set, Code code) {
+  return (set >> IndexOf(code) & 1) != 0;
 }
-
-// An element while it is checked.
-struct CheckedElement {
-  XPathNode* node;
-  std::int32_t parentCode;
-  XSLTProcessorBase& processor;
-  std::array<XPathNode*, AttributeCode::kCount> attributes{};  // those in no namespace, by code
-
-  XPathNode* Attribute(std::int32_t code) const {
-    return attributes[static_cast<std::size_t>(code)];
-  }
-  std::u16string_view Value(std::int32_t code) const {
-    return Attribute(code) != nullptr ? Attribute(code)->GetValue() : std::u16string_view();
-  }
-  bool IsYes(std::int32_t code) const { return Value(code) == u"yes"; }
-};
 
 // One further check: `test` gets the attribute, null when the element lacks it, and raises `error`.
 struct ElementCheck {
-  using Test = void (*)(const CheckedElement& element, XPathNode* attribute, std::int32_t error);
+  using Test = void (*)(const CheckedElement& element, XPathNode* attribute, XsltCode error);
 
-  std::int32_t attribute;
+  XsltAttribute attribute;
   Test test;
-  std::int32_t error;
+  XsltCode error;
 };
 
 struct ElementRule {
   enum Place { Instruction, TopLevel, Anywhere };
   using RecordMaker = std::unique_ptr<ElementRecord> (*)(const CheckedElement& element);
 
-  std::int32_t code;
+  XsltElement code;
   Place place;
   CodeSet attributes;
   CodeSet children;
@@ -69,7 +54,7 @@ struct ElementRule {
 inline constexpr CodeSet kAnyChild = ~CodeSet{0};  // what the checks test by themselves
 
 // Null for a code without a row: everything that is no element of XSLT.
-const ElementRule* FindElementRule(std::int32_t code);
+const ElementRule* FindElementRule(XsltElement code);
 
 extern const CodeSet kContentChildren;  // of a template body
 

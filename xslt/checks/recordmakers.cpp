@@ -2,15 +2,15 @@
 
 #include "base/namelist.h"
 #include "engine/instruction.h"
-#include "keys/keytable.h"
+#include "keys/keytables.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora::makers {
 
 namespace {
 
-namespace A = AttributeCode;
+using A = XsltAttribute;
 
 TQString ExpandedName(Element element) {
   return XSLTProcessorBase::ExpandName(element.Value(A::Name), element.node->ScopeMap());
@@ -23,7 +23,7 @@ TQString NameOrLocalPart(std::u16string_view name, const PrefixMap& map) {
   return XSLTProcessorBase::ExpandName(name, map);
 }
 
-ExpressionText TextOf(Element element, std::int32_t attribute) {
+ExpressionText TextOf(Element element, XsltAttribute attribute) {
   XPathNode* node = element.Attribute(attribute);
   return node != nullptr ? ExpressionText(node) : ExpressionText();
 }
@@ -32,11 +32,11 @@ TQString AliasPrefix(std::u16string_view value) {
   return value == u"#default" ? std::u16string_view() : value;
 }
 
-void SetUnit(char16_t& unit, Element element, std::int32_t attribute) {
+void SetUnit(char16_t& unit, Element element, XsltAttribute attribute) {
   if (element.Attribute(attribute) != nullptr) unit = element.Value(attribute).front();
 }
 
-void SetText(TQString& text, Element element, std::int32_t attribute) {
+void SetText(TQString& text, Element element, XsltAttribute attribute) {
   if (element.Attribute(attribute) != nullptr) text = element.Value(attribute);
 }
 
@@ -70,7 +70,7 @@ RecordPtr Binding(Element element) {
   record->SelectNode = element.Attribute(A::Select);
   record->Name = ExpandedName(element);
   record->SelectText = TextOf(element, A::Select);
-  record->IsGlobal = element.parentCode == ElementCode::Stylesheet;
+  record->IsGlobal = element.parentCode == XsltElement::Stylesheet;
   return record;
 }
 
@@ -120,9 +120,8 @@ RecordPtr Import(Element element) {
 }
 
 RecordPtr Key(Element element) {
-  auto& table = element.processor.Keys[ExpandedName(element)];
-  if (table == nullptr) table = std::make_unique<KeyTable>();
-  table->Add(element.node, element.Value(A::Match), element.Value(A::Use));
+  KeyTable& table = (*element.processor.Keys)[ExpandedName(element)];
+  table.Add(element.node, element.Value(A::Match), element.Value(A::Use));
   return nullptr;
 }
 
@@ -249,7 +248,7 @@ RecordPtr Literal(const XPathNode* element) {
   XPathNode* extensions = nullptr;
   for (XPathNode* child = element->firstChild; child != nullptr; child = child->next) {
     if (child->kind != XPathNodeKind::Attribute) continue;
-    const std::int32_t code = XsltAttributeNames::Code(child);
+    const XsltAttribute code = XsltAttributeNames::Code(child);
     const bool isXslt = child->namespaceURI != nullptr;
     if (code == A::Version && !isXslt) {
       made().ForwardCompatible = child->GetValue() != u"1.0";
@@ -260,9 +259,9 @@ RecordPtr Literal(const XPathNode* element) {
     }
   }
   // Of two faulty lists the excluded prefixes are reported, wherever they stand.
-  if (excluded != nullptr) made().ExcludedPrefixes = XSLTProcessorBase::PrefixListURIs(excluded);
+  if (excluded != nullptr) made().ExcludedPrefixes = PrefixListURIs(excluded);
   if (extensions != nullptr) {
-    made().ExtensionPrefixes = XSLTProcessorBase::PrefixListURIs(extensions);
+    made().ExtensionPrefixes = PrefixListURIs(extensions);
   }
   return record;
 }

@@ -4,7 +4,8 @@
 
 #include <memory>
 
-#include "checks/elementrules.h"
+#include "checks/checkedelement.h"
+#include "names/elementrecord.h"
 
 namespace kelmora::makers {
 

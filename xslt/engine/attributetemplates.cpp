@@ -3,8 +3,6 @@
 #include <utility>
 
 #include "tqcore/tqtext.h"
-#include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
 
 namespace kelmora {
 
@@ -90,13 +88,6 @@ class TemplateParser {
   AttributeTemplate parts_;
 };
 
-bool HasBraces(std::u16string_view text) {
-  for (const char16_t unit : text) {
-    if (unit == u'{' || unit == u'}') return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 AttributeTemplate ParseAttributeTemplate(std::u16string_view text, XPathNode* holder) {
@@ -110,26 +101,6 @@ const AttributeTemplate& AttributeTemplates::Find(XPathNode* attribute) {
         ParseAttributeTemplate(attribute->GetValue(), attribute));
   }
   return *place;
-}
-
-TQString XSLTProcessorBase::ExpandAttributeValue(XPathNode* attribute, const TemplateFrame& frame) {
-  const std::u16string_view text = attribute->GetValue();
-  if (!HasBraces(text)) return text;
-  TQString result;
-  TQString scratch;
-  for (const TemplatePart& part : attributeTemplates_->Find(attribute)) {
-    switch (part.kind) {
-      case TemplatePart::Literal:
-        result += part.literal;
-        break;
-      case TemplatePart::Expression:
-        result += EvaluateToText(part.expression, frame, scratch);
-        break;
-      case TemplatePart::Fault:
-        throw TQXSLTError(XsltCode::BadAttributeTemplate, attribute);
-    }
-  }
-  return result;
 }
 
 }  // namespace kelmora

@@ -27,6 +27,11 @@ using AttributeTemplate = std::vector<TemplatePart>;
 // last part. `holder` is the node of an error in an expression.
 AttributeTemplate ParseAttributeTemplate(std::u16string_view text, XPathNode* holder);
 
+// Without a brace a value is what it says.
+inline bool HasBraces(std::u16string_view text) {
+  return text.find_first_of(u"{}") != std::u16string_view::npos;
+}
+
 class AttributeTemplates {
  public:
   // Of an attribute of the stylesheet; lives as long as this object.

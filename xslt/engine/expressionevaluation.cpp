@@ -2,13 +2,15 @@
 // tree to the evaluator, together with what it may see: the context, the variables of a frame, the
 // key tables and the decimal formats.
 
+#include "base/expressiontext.h"
 #include "base/parsedexpression.h"
-#include "checks/elementdispatcher.h"
+#include "engine/attributetemplates.h"
+#include "engine/declarations.h"
 #include "engine/instruction.h"
 #include "engine/universes.h"
 #include "engine/xpathevaluator.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -50,7 +52,7 @@ const ParsedExpression& XSLTProcessorBase::Parse(const ExpressionText& expressio
                                                  XPathNode* errorNode) {
   const ParsedExpression& parsed = TryParse(expression, patternKind);
   if (parsed.tree != nullptr) return parsed;
-  const std::int32_t code =
+  const XsltCode code =
       parsed.variableInPattern ? XsltCode::VariableInPattern : XsltCode::InvalidExpression;
   throw TQXSLTError(code, expression.Holder != nullptr ? expression.Holder : errorNode);
 }
@@ -69,13 +71,12 @@ struct XSLTProcessorBase::Evaluation {
 template <class Evaluate>
 void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, Evaluate evaluate) {
   const FrameVariables variables(*this, evaluation.frame);
-  ProcessorKeys keys(this);
   XPathEvaluator& evaluator = *Evaluator;
   evaluator.UseTree(&evaluation.scopeNode->AttributeScopeMap(), evaluation.parsed.tree,
                     evaluation.parsed.kind);
   evaluator.SetVariables(&variables);
-  evaluator.SetKeyTable(&keys);
-  evaluator.SetDecimalFormats(&DecimalFormats);
+  evaluator.SetKeyTable(keyLookup_);
+  evaluator.SetDecimalFormats(&Declared->DecimalFormats());
   evaluator.SetCurrentStylesheetNode(evaluation.scopeNode);
   evaluator.SetStylesheetRoot(TreeOf(evaluation.scopeNode));
 
@@ -93,9 +94,11 @@ void XSLTProcessorBase::RunEvaluation(const Evaluation& evaluation, Evaluate eva
   }
   request.documentNode = request.contextNode;
   evaluator.SetCurrent(request.contextNode);
+  evaluator.ForgetMissingVariable();
   if (evaluate(evaluator, request)) return;
   throw TQXSLTError(XsltCode::XPathFailed, evaluation.scopeNode)
-      .SetXPathError(static_cast<std::int32_t>(evaluator.ErrorCode()), evaluator.ErrorFunction());
+      .SetXPathError(static_cast<std::int32_t>(evaluator.ErrorCode()), evaluator.ErrorFunction())
+      .SetMissingVariable(evaluator.MissingVariable());
 }
 
 // The root of the module that holds a node. Asked at each evaluation, so the last answer is kept.
@@ -198,8 +201,32 @@ void XSLTProcessorBase::EvaluateOn(const ExpressionText& expression, XPathNode* 
   RunEvaluation({parsed, namespaceNode, TopFrame(), list, position}, ToValue(value));
 }
 
+TQString XSLTProcessorBase::ExpandAttributeValue(XPathNode* attribute, const TemplateFrame& frame) {
+  const std::u16string_view text = attribute->GetValue();
+  if (!HasBraces(text)) return text;
+  TQString result;
+  TQString scratch;
+  for (const TemplatePart& part : attributeTemplates_->Find(attribute)) {
+    switch (part.kind) {
+      case TemplatePart::Literal:
+        result += part.literal;
+        break;
+      case TemplatePart::Expression:
+        result += EvaluateToText(part.expression, frame, scratch);
+        break;
+      case TemplatePart::Fault:
+        throw TQXSLTError(XsltCode::BadAttributeTemplate, attribute);
+    }
+  }
+  return result;
+}
+
 const XPathNodeList& XSLTProcessorBase::Universe(XPathNode* contextNode) {
   return universes_->Find(contextNode);
+}
+
+void XSLTProcessorBase::ForgetUniverse(const XPathNode& root) {
+  universes_->Forget(root);
 }
 
 XPathNodeList XSLTProcessorBase::EvaluateOverUniverse(const ExpressionText& expression,

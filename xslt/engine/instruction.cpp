@@ -2,10 +2,7 @@
 
 #include <cstddef>
 
-#include "checks/elementdispatcher.h"
-#include "result/resultscope.h"
-#include "rules/templaterule.h"
-#include "xslt/xsltprocessor.h"
+#include "names/stylesheetindex.h"
 
 namespace kelmora {
 
@@ -38,14 +35,6 @@ TemplateFrame* Instruction::PushChild(XPathNode* node, XPathNode* fragment) {
   return child;
 }
 
-TemplateFrame* Instruction::PushRule(TemplateRule& rule) {
-  auto* child = new TemplateFrame(&Frame(), OutputNode);
-  child->CurrentNode = rule.TemplateNode;
-  child->SetRule(&rule);
-  Processor->PushFrame(child);
-  return child;
-}
-
 void Instruction::RunChildren() {
   if (XPathNode* first = FirstContent(Frame().CallingNode)) PushChild(first);
 }
@@ -63,11 +52,6 @@ bool Instruction::NextChild() {
 
 void Instruction::EndChildren() {
   Frame().Cursor = nullptr;
-  if (OwnsOutput) {
-    OwnsOutput = false;
-    OutputNode = OutputNode->parent;
-    Processor->Scopes->ForgetAttributes();
-  }
   Finish();
 }
 
@@ -85,8 +69,8 @@ XPathNode* Instruction::MakeFragmentRoot() const {
   return root;
 }
 
-std::int32_t Instruction::CodeOf(const XPathNode* node) const {
-  return Processor->Dispatcher->Code(node);
+XsltElement Instruction::CodeOf(const XPathNode* node) const {
+  return Processor->Index->Code(node);
 }
 
 namespace {

@@ -7,15 +7,15 @@
 #include <memory>
 
 #include "base/sizepool.h"
+#include "names/xsltnames.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xslt/templateframe.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 struct ElementRecord;
-class TemplateRule;
 
 class Instruction {
  public:
@@ -32,10 +32,9 @@ class Instruction {
   virtual bool Resume();  // finishes the frame
 
   XSLTProcessorBase* Processor;
-  int ElementCode = 0;
+  XsltElement ElementCode = XsltElement::None;
   XPathNode* OutputNode = nullptr;  // receives the results of this instruction and its children
   const ElementRecord* Record = nullptr;
-  bool OwnsOutput = false;  // OutputNode was made here and gives way to its parent at the end
 
  protected:
   // The top frame, which is this instruction's while it runs.
@@ -49,15 +48,13 @@ class Instruction {
   // sends its results into a fragment.
   TemplateFrame* PushChild(XPathNode* node);
   TemplateFrame* PushChild(XPathNode* node, XPathNode* fragment);
-  // A child frame that runs a rule, in the context of this frame; Cursor stays.
-  TemplateFrame* PushRule(TemplateRule& rule);
   void RunChildren();  // the standard tail of Execute: the first content child, if there is one
   bool NextChild();    // the standard Resume: the next content child, else the end
-  void EndChildren();  // what NextChild does at the end
-  void Finish();       // pops the frame; the frame below learns of it by LastFinished
+  virtual void EndChildren();  // what NextChild does at the end
+  void Finish();               // pops the frame; the frame below learns of it by LastFinished
   // A new fragment root with the scope in force at OutputNode; the caller owns it.
   XPathNode* MakeFragmentRoot() const;
-  std::int32_t CodeOf(const XPathNode* node) const;  // the element code of a stylesheet node
+  XsltElement CodeOf(const XPathNode* node) const;  // the element code of a stylesheet node
 };
 
 // The first child that is no attribute, declaration, processing instruction or comment.
@@ -72,7 +69,7 @@ XPathNode* FindAttribute(const XPathNode* node, std::u16string_view localName);
 
 // Makes the instruction of an element code (see elementcodes.def); code 1 and codes without a class
 // of their own make a LiteralInstruction.
-std::unique_ptr<Instruction> MakeInstruction(int elementCode, XSLTProcessorBase* processor);
+std::unique_ptr<Instruction> MakeInstruction(XsltElement elementCode, XSLTProcessorBase* processor);
 std::unique_ptr<Instruction> MakeUseAttributeSetsInstruction(XSLTProcessorBase* processor);
 std::unique_ptr<Instruction> MakeFallbackHostInstruction(XSLTProcessorBase* processor);
 

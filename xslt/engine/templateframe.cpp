@@ -6,10 +6,9 @@
 
 #include "base/expressiontext.h"
 #include "base/sizepool.h"
-#include "checks/elementdispatcher.h"
 #include "engine/instruction.h"
+#include "names/stylesheetindex.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
 
 namespace kelmora {
 
@@ -88,7 +87,7 @@ namespace {
 // namespace, of an element of XSLT in none.
 bool IsUseAttributeSets(const XPathNode* node) {
   return node->kind == XPathNodeKind::Attribute &&
-         XsltAttributeNames::Code(node) == AttributeCode::UseAttributeSets &&
+         XsltAttributeNames::Code(node) == XsltAttribute::UseAttributeSets &&
          (node->namespaceURI != nullptr || IsXsltURI(node->parent->namespaceURI));
 }
 
@@ -97,14 +96,9 @@ bool IsUseAttributeSets(const XPathNode* node) {
 void TemplateFrame::MakeInstruction() {
   // A stylesheet that was read as a DTD has no element to start with.
   if (CurrentNode == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
-  const ElementDispatcher::Entry entry = Processor->Dispatcher->Find(CurrentNode);
-  if (entry.code != ElementCode::Literal) {
+  const StylesheetIndex::Entry entry = Processor->Index->Find(CurrentNode);
+  if (entry.code != XsltElement::Literal) {
     Instruction = kelmora::MakeInstruction(entry.code, Processor);
-    const bool isDefinition =
-        entry.code == ElementCode::Variable || entry.code == ElementCode::Param;
-    if (isDefinition && static_cast<const BindingRecord*>(entry.record)->IsGlobal) {
-      Processor->GlobalEvaluation = true;
-    }
   } else if (IsUseAttributeSets(CurrentNode)) {
     Instruction = MakeUseAttributeSetsInstruction(Processor);
   } else if (CurrentNode->kind == XPathNodeKind::Element && IsXsltURI(CurrentNode->namespaceURI)) {
@@ -113,7 +107,7 @@ void TemplateFrame::MakeInstruction() {
     }
     Instruction = MakeFallbackHostInstruction(Processor);
   } else {
-    Instruction = kelmora::MakeInstruction(ElementCode::Literal, Processor);
+    Instruction = kelmora::MakeInstruction(XsltElement::Literal, Processor);
   }
   Instruction->ElementCode = entry.code;
   Instruction->Record = entry.record;
@@ -130,8 +124,7 @@ bool TemplateFrame::RunInstruction() {
 
 bool TemplateFrame::Run() {
   if (Instruction == nullptr) MakeInstruction();
-  const bool succeeded =
-      Processor->GlobalEvaluation ? Processor->RunGuarded(*this) : RunInstruction();
+  const bool succeeded = Processor->RunGuarded(*this);
   if (succeeded) OutputParent = Instruction->OutputNode;
   return succeeded;
 }

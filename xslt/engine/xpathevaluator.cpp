@@ -1,7 +1,6 @@
 #include "engine/xpathevaluator.h"
 
-#include "keys/keytable.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -10,7 +9,7 @@ XPathEvaluator::XPathEvaluator(XSLTProcessorBase* processor) : processor_(proces
 }
 
 void XPathEvaluator::OnMissingVariable(std::u16string_view key) {
-  processor_->MissingVariable = key;
+  missingVariable_ = key;
 }
 
 XPathNode* XPathEvaluator::LoadDocument(const TQString& uri, XPathNode* /*baseNode*/) {
@@ -22,18 +21,6 @@ const XPathValue* FrameVariables::Find(std::u16string_view key) const {
   if (const XPathValue* value = frame_.Parameters.Find(key)) return value;
   if (const XPathValue* value = processor_.GlobalVariables.Find(key)) return value;
   return processor_.GlobalParameters.Find(key);
-}
-
-bool ProcessorKeys::HasKey(std::u16string_view expandedName) const {
-  return processor_->Keys.contains(expandedName);
-}
-
-const XPathNodeList* ProcessorKeys::Lookup(std::u16string_view expandedName, XPathNode* root,
-                                           std::u16string_view value) {
-  const auto found = processor_->Keys.find(expandedName);
-  if (found == processor_->Keys.end()) return nullptr;
-  found->second->Index(root, *processor_);
-  return found->second->Lookup(root, value);
 }
 
 }  // namespace kelmora

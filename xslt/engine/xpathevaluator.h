@@ -2,15 +2,11 @@
 // name of a variable that was not found, which lets a global be evaluated early.
 #pragma once
 
-#include <map>
-#include <memory>
-
 #include "tqcore/tqstring.h"
 #include "xpath/xpathexpression.h"
 
 namespace kelmora {
 
-class KeyTable;
 struct TemplateFrame;
 class XSLTProcessorBase;
 
@@ -21,8 +17,13 @@ class XPathEvaluator final : public XPathExpression {
   void OnMissingVariable(std::u16string_view key) override;
   XPathNode* LoadDocument(const TQString& uri, XPathNode* baseNode) override;
 
+  // The expanded name of the variable that the last evaluation missed; empty when it missed none.
+  const TQString& MissingVariable() const { return missingVariable_; }
+  void ForgetMissingVariable() { missingVariable_.Clear(); }
+
  private:
   XSLTProcessorBase* processor_;
+  TQString missingVariable_;
 };
 
 // The bindings visible from a frame: local variables hide local parameters, these the globals.
@@ -35,17 +36,6 @@ class FrameVariables final : public XPathVariables {
  private:
   const XSLTProcessorBase& processor_;
   const TemplateFrame& frame_;
-};
-
-class ProcessorKeys final : public XPathKeys {
- public:
-  explicit ProcessorKeys(XSLTProcessorBase* processor) : processor_(processor) {}
-  bool HasKey(std::u16string_view expandedName) const override;
-  const XPathNodeList* Lookup(std::u16string_view expandedName, XPathNode* root,
-                              std::u16string_view value) override;
-
- private:
-  XSLTProcessorBase* processor_;
 };
 
 }  // namespace kelmora

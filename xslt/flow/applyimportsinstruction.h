@@ -2,13 +2,13 @@
 // parameters of the running one; Resume, when that has ended, finishes.
 #pragma once
 
-#include "engine/instruction.h"
+#include "rules/ruleinstruction.h"
 
 namespace kelmora {
 
-class ApplyImportsInstruction final : public Instruction {
+class ApplyImportsInstruction final : public RuleInstruction {
  public:
-  using Instruction::Instruction;
+  using RuleInstruction::RuleInstruction;
   bool Execute() override;
 };
 

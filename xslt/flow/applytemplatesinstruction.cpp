@@ -5,12 +5,12 @@
 #include "names/xsltnames.h"
 #include "rules/templaterule.h"
 #include "rules/templaterules.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 ApplyTemplatesInstruction::ApplyTemplatesInstruction(XSLTProcessorBase* processor)
-    : Instruction(processor) {}
+    : RuleInstruction(processor) {}
 
 bool ApplyTemplatesInstruction::Execute() {
   const XPathNode* element = Begin();
@@ -72,15 +72,17 @@ void ApplyTemplatesInstruction::Select() {
   Evaluated = true;
 }
 
-// Parameters see the context of the caller, though the frame's list may be the selected one.
+// Parameters see the context of the caller, though the frame's list may be the selected one. So do
+// the attributes of an xsl:sort that has nothing to sort, and no node to see otherwise.
 void ApplyTemplatesInstruction::StartChild(XPathNode* child) {
-  const std::int32_t code = CodeOf(child);
-  if (code == ElementCode::Sort) {
+  const XsltElement code = CodeOf(child);
+  if (code == XsltElement::Sort) {
     if (!Evaluated) Select();
     HasSort = true;
   }
+  const bool sortsNothing = code == XsltElement::Sort && Frame().NodeList->empty();
   TemplateFrame* frame = PushChild(child);
-  if (code == ElementCode::WithParam) {
+  if (code == XsltElement::WithParam || sortsNothing) {
     frame->NodeList = SavedContext;
     frame->Position = SavedPosition;
   }
@@ -104,7 +106,7 @@ void ApplyTemplatesInstruction::NextParameterOrSort() {
     ApplyOrFinish();
     return;
   }
-  if (CodeOf(next) == ElementCode::Sort && !Evaluated) Select();
+  if (CodeOf(next) == XsltElement::Sort && !Evaluated) Select();
   if (Evaluated && frame.NodeList->empty()) {
     Finish();
   } else {

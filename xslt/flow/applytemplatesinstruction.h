@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/instruction.h"
+#include "rules/ruleinstruction.h"
 #include "rules/templaterule.h"
 #include "sorting/sortkey.h"
 
@@ -19,7 +19,7 @@ namespace kelmora {
 
 struct ApplyTemplatesRecord;
 
-class ApplyTemplatesInstruction final : public Instruction {
+class ApplyTemplatesInstruction final : public RuleInstruction {
  public:
   explicit ApplyTemplatesInstruction(XSLTProcessorBase* processor);
   bool Execute() override;

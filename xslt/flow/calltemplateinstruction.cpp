@@ -2,7 +2,7 @@
 
 #include "names/elementrecord.h"
 #include "rules/templaterules.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -4,13 +4,13 @@
 //   called     the template has ended: Resume finishes
 #pragma once
 
-#include "engine/instruction.h"
+#include "rules/ruleinstruction.h"
 
 namespace kelmora {
 
-class CallTemplateInstruction final : public Instruction {
+class CallTemplateInstruction final : public RuleInstruction {
  public:
-  using Instruction::Instruction;
+  using RuleInstruction::RuleInstruction;
   bool Execute() override;
   bool Resume() override;
 

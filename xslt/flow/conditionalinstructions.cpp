@@ -2,7 +2,7 @@
 
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -21,7 +21,7 @@ bool IfInstruction::Execute() {
 bool ChooseInstruction::Execute() {
   XPathNode* element = Begin();
   XPathNode* first = FirstContent(element);
-  if (first == nullptr || CodeOf(first) != ElementCode::When) {
+  if (first == nullptr || CodeOf(first) != XsltElement::When) {
     throw TQXSLTError(XsltCode::WhenExpected, element);
   }
   PushChild(first);
@@ -34,10 +34,10 @@ bool ChooseInstruction::Resume() {
     Finish();
     return true;
   }
-  const std::int32_t code = CodeOf(next);
-  if (code == ElementCode::Otherwise) {
+  const XsltElement code = CodeOf(next);
+  if (code == XsltElement::Otherwise) {
     if (NextContent(next) != nullptr) throw TQXSLTError(XsltCode::UnexpectedOtherwise, next);
-  } else if (code != ElementCode::When) {
+  } else if (code != XsltElement::When) {
     throw TQXSLTError(XsltCode::NotWhenOrOtherwise, next);
   }
   PushChild(next);
@@ -49,7 +49,7 @@ bool WhenInstruction::Execute() {
   if (!Frame().EvaluateBoolean(static_cast<const TestRecord&>(*Record).TestText)) return true;
   class Instruction* parent =
       Frame().Parent != nullptr ? Frame().Parent->Instruction.get() : nullptr;
-  if (parent == nullptr || parent->ElementCode != ElementCode::Choose) {
+  if (parent == nullptr || parent->ElementCode != XsltElement::Choose) {
     throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   }
   static_cast<ChooseInstruction*>(parent)->Taken = true;

@@ -1,7 +1,7 @@
 #include "flow/fallbackinstructions.h"
 
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -17,7 +17,7 @@ bool FallbackHostInstruction::Resume() {
 }
 
 bool FallbackHostInstruction::RunFallback(XPathNode* child) {
-  while (child != nullptr && CodeOf(child) != ElementCode::Fallback) child = NextContent(child);
+  while (child != nullptr && CodeOf(child) != XsltElement::Fallback) child = NextContent(child);
   if (child != nullptr) PushChild(child);
   return child != nullptr;
 }

@@ -2,7 +2,7 @@
 
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -19,7 +19,7 @@ bool ForEachInstruction::Execute() {
 
   XPathNode* first = FirstContent(element);
   if (first == nullptr) return true;
-  if (CodeOf(first) == ElementCode::Sort) {
+  if (CodeOf(first) == XsltElement::Sort) {
     PushChild(first);
     SortingPhase = true;
   } else {
@@ -48,7 +48,7 @@ bool ForEachInstruction::Resume() {
     NextIteration();
     return true;
   }
-  if (SortingPhase && CodeOf(next) == ElementCode::Sort) {
+  if (SortingPhase && CodeOf(next) == XsltElement::Sort) {
     PushChild(next);
     return true;
   }

@@ -1,13 +1,14 @@
 #include "flow/messageinstruction.h"
 
+#include "engine/kepttrees.h"
 #include "names/elementrecord.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 bool MessageInstruction::Execute() {
   if (XPathNode* first = FirstContent(Begin())) {
-    Fragment = Processor->KeepFragment(MakeFragmentRoot());
+    Fragment = Processor->Kept->KeepFragment(MakeFragmentRoot());
     PushChild(first, Fragment);
   }
   return true;

@@ -6,7 +6,7 @@
 #include "names/xsltnames.h"
 #include "sorting/collation.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -21,6 +21,7 @@ bool SortInstruction::Execute() {
 template <class Key, class Evaluate>
 std::unique_ptr<SortKey> SortInstruction::Fill(std::unique_ptr<Key> key, Evaluate evaluate) {
   TemplateFrame& frame = Frame();
+  frame.NodeList = frame.Parent->NodeList;
   const std::int32_t count = frame.ContextSize();
   key->Reserve(static_cast<std::size_t>(count));
   for (frame.Position = 1; frame.Position <= count; ++frame.Position) key->Add(evaluate());
@@ -64,7 +65,7 @@ int SortInstruction::ChoiceOf(XPathNode* attribute, std::initializer_list<const 
 
 void SortInstruction::GiveToParent(std::unique_ptr<SortKey> key) {
   class Instruction* parent = Frame().Parent->Instruction.get();
-  if (parent->ElementCode == ElementCode::ApplyTemplates) {
+  if (parent->ElementCode == XsltElement::ApplyTemplates) {
     static_cast<ApplyTemplatesInstruction*>(parent)->SortKeys.push_back(std::move(key));
     return;
   }

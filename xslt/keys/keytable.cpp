@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -1,9 +1,9 @@
-// The built-in templates are an ordinary stylesheet, made here node by node, whose rules have the
-// lowest precedence. The mode "?" stands for every mode and is no QName.
+#include "modules/builtinstylesheet.h"
+
 #include <string_view>
 #include <utility>
 
-#include "xslt/xsltprocessor.h"
+#include "names/xsltnames.h"
 
 namespace kelmora {
 
@@ -63,11 +63,11 @@ std::unique_ptr<XTree> MakeSource() {
 
 }  // namespace
 
-void XSLTProcessorBase::BuildBuiltInStylesheet() {
-  XPathNode::DeleteTree(std::exchange(BuiltInRoot, nullptr));
-  builtInSource_ = MakeSource();
-  const std::unique_ptr<TreeModel> model = NewModel();
-  BuiltInRoot = TreeBuilder->Build(*builtInSource_->root, *model, false, {});
+BuiltInStylesheet::BuiltInStylesheet(XPathTreeBuilder& builder, TreeModel& model)
+    : source_(MakeSource()), BuiltInRoot(builder.Build(*source_->root, model, false, {})) {}
+
+BuiltInStylesheet::~BuiltInStylesheet() {
+  XPathNode::DeleteTree(BuiltInRoot);
 }
 
 }  // namespace kelmora

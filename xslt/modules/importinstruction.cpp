@@ -1,21 +1,23 @@
 #include "modules/importinstruction.h"
 
 #include "checks/elementdispatcher.h"
+#include "modules/stylesheetmodules.h"
 #include "names/elementrecord.h"
+#include "names/stylesheetindex.h"
+#include "rules/templaterules.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 bool ImportInstruction::Execute() {
   XPathNode* element = Begin();
   XPathNode* href = static_cast<const ImportRecord&>(*Record).Href;
-  const TQString path = XSLTProcessorBase::ResolveHref(element, href->GetValue());
-  Processor->CheckNotOpen(path, element);
-  XPathNode* tree = Processor->LoadTree(path);
+  const TQString path = ResolveHref(element, href->GetValue());
+  Processor->Modules->CheckNotOpen(path, element);
+  XPathNode* tree = Processor->Modules->LoadTree(path);
   if (tree == nullptr) throw TQXSLTError(XsltCode::ImportFailed, href);
-  ElementDispatcher& dispatcher = *Processor->Dispatcher;
-  if (!dispatcher.IsValidated(tree)) dispatcher.Validate(ElementCode::Literal, tree);
+  if (!Processor->Index->Holds(tree)) Processor->Dispatcher->Validate(XsltElement::Literal, tree);
   XPathNode* top = tree->firstChild;
   while (top != nullptr && top->kind != XPathNodeKind::Element) top = top->next;
   if (top != nullptr) PushChild(top);
@@ -23,7 +25,7 @@ bool ImportInstruction::Execute() {
 }
 
 bool ImportInstruction::Resume() {
-  ++Processor->ImportPrecedence;
+  ++Processor->Rules->ImportPrecedence;
   XPathNode* element = Frame().CallingNode;
   TemplateFrame* parent = Frame().Parent;
   Finish();

@@ -1,11 +1,13 @@
 #include "modules/stylesheetinstruction.h"
 
-#include "checks/elementdispatcher.h"
+#include "base/namelist.h"
+#include "modules/stylesheetmodules.h"
 #include "names/elementrecord.h"
+#include "names/xsltnames.h"
 #include "rules/templaterule.h"
 #include "rules/templaterules.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -13,10 +15,8 @@ bool StylesheetInstruction::Execute() {
   XPathNode* element = Begin();
   const auto& record = static_cast<const StylesheetRecord&>(*Record);
   if (record.Version->GetValue() != u"1.0") Frame().AllowUnknown = true;
-  const InternedURI file = element->BaseURI();
-  Processor->OpenStylesheets.push_back(file != nullptr ? XSLTProcessorBase::FileIdentity(*file)
-                                                       : TQString());
-  Processor->ExpandIncludes(element);
+  Processor->Modules->Open(element);
+  Processor->Modules->ExpandIncludes(element);
   AddURIs(Frame().ExcludedURIs, record.ExcludeResultPrefixes);
   AddURIs(Frame().ExtensionURIs, record.ExtensionElementPrefixes);
   StartFrom(FirstContent(element));
@@ -24,7 +24,7 @@ bool StylesheetInstruction::Execute() {
 }
 
 void StylesheetInstruction::AddURIs(URISet& set, XPathNode* attribute) {
-  if (attribute != nullptr) AddTo(set, XSLTProcessorBase::PrefixListURIs(attribute));
+  if (attribute != nullptr) AddTo(set, PrefixListURIs(attribute));
 }
 
 bool StylesheetInstruction::Resume() {
@@ -35,7 +35,7 @@ bool StylesheetInstruction::Resume() {
     ApplyToRoot();
     return true;
   }
-  Processor->OpenStylesheets.pop_back();
+  Processor->Modules->Close();
   TemplateFrame* parent = Frame().Parent;
   if (parent != nullptr) parent->Cursor = Frame().CallingNode;
   Finish();
@@ -46,13 +46,13 @@ bool StylesheetInstruction::Resume() {
 bool StylesheetInstruction::StartFrom(XPathNode* node) {
   for (; node != nullptr; node = NextContent(node)) {
     if (!IsXsltURI(node->namespaceURI)) continue;
-    const std::int32_t code = CodeOf(node);
-    if (code == ElementCode::Import) {
+    const XsltElement code = CodeOf(node);
+    if (code == XsltElement::Import) {
       if (rulesRegistered_) throw TQXSLTError(XsltCode::ImportNotFirst, node);
     } else {
       RegisterRules();
     }
-    if (code == ElementCode::Template) continue;
+    if (code == XsltElement::Template) continue;
     PushChild(node);
     return true;
   }

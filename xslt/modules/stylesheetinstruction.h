@@ -6,13 +6,13 @@
 //   applying  in the bottom frame alone: the rule for the source root runs
 #pragma once
 
-#include "engine/instruction.h"
+#include "rules/ruleinstruction.h"
 
 namespace kelmora {
 
-class StylesheetInstruction final : public Instruction {
+class StylesheetInstruction final : public RuleInstruction {
  public:
-  using Instruction::Instruction;
+  using RuleInstruction::RuleInstruction;
   bool Execute() override;
   bool Resume() override;
 

@@ -1,6 +1,6 @@
 #include "modules/templateinstruction.h"
 
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

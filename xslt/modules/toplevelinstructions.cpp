@@ -1,14 +1,15 @@
 #include "modules/toplevelinstructions.h"
 
+#include "engine/declarations.h"
 #include "names/elementrecord.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 bool OutputInstruction::Execute() {
   Begin();
   const auto& record = static_cast<const OutputRecord&>(*Record);
-  struct OutputSettings& settings = Processor->Settings;
+  OutputSettings& settings = Processor->Settings;
   if (record.Method != nullptr) settings.SetMethod(record.Method->GetValue());
   if (record.Version != nullptr) settings.SetVersion(record.Version->GetValue());
   if (record.Encoding != nullptr) settings.SetEncoding(record.Encoding->GetValue());
@@ -24,14 +25,14 @@ bool OutputInstruction::Execute() {
 bool DecimalFormatInstruction::Execute() {
   Begin();
   const auto& record = static_cast<const DecimalFormatRecord&>(*Record);
-  Processor->AddDecimalFormat(record.Name, record.Format, record.NameNode);
+  Processor->Declared->AddDecimalFormat(record.Name, record.Format, record.NameNode);
   return true;
 }
 
 bool NamespaceAliasInstruction::Execute() {
   Begin();
   const auto& record = static_cast<const NamespaceAliasRecord&>(*Record);
-  Processor->NamespaceAliases.emplace(record.StylesheetPrefix, record.ResultPrefix);
+  Processor->Declared->AddNamespaceAlias(record.StylesheetPrefix, record.ResultPrefix);
   return true;
 }
 

@@ -1,6 +1,6 @@
 // ElementRecord: what the checks of a stylesheet leave for the instruction of an element: pointers
 // to its attribute nodes (null when absent) and, where the instruction reads them at every run, the
-// values. Records belong to the ElementDispatcher.
+// values. Records belong to the StylesheetIndex.
 #pragma once
 
 #include <cstddef>

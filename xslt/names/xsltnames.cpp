@@ -4,47 +4,46 @@
 #include <array>
 #include <string_view>
 
-#include "xslt/xsltprocessor.h"
-
 namespace kelmora {
 
 namespace {
 
+template <class Code>
 struct NameCode {
   std::u16string_view name;
-  std::int32_t code;
+  Code code;
 };
 
-template <std::size_t size>
-constexpr std::array<NameCode, size> SortedByName(std::array<NameCode, size> table) {
-  std::ranges::sort(table, {}, &NameCode::name);
+template <class Row, std::size_t size>
+constexpr std::array<Row, size> SortedByName(std::array<Row, size> table) {
+  std::ranges::sort(table, {}, &Row::name);
   return table;
 }
 
-constexpr auto kElements = SortedByName(std::to_array<NameCode>({
-#define ELEMENT(code, enumerator, name) {name, code},
+constexpr auto kElements = SortedByName(std::to_array<NameCode<XsltElement>>({
+#define ELEMENT(code, enumerator, name) {name, XsltElement::enumerator},
 #include "names/elementcodes.def"
 #undef ELEMENT
-    {u"transform", ElementCode::Stylesheet},
+    {u"transform", XsltElement::Stylesheet},
 }));
 
-constexpr auto kAttributes = SortedByName(std::to_array<NameCode>({
-#define ATTRIBUTE(code, enumerator, name) {name, code},
+constexpr auto kAttributes = SortedByName(std::to_array<NameCode<XsltAttribute>>({
+#define ATTRIBUTE(code, enumerator, name) {name, XsltAttribute::enumerator},
 #include "names/attributecodes.def"
 #undef ATTRIBUTE
 }));
 
-template <class Table>
-std::int32_t CodeOf(const Table& table, std::u16string_view name, std::int32_t other) {
-  const auto row = std::ranges::lower_bound(table, name, {}, &NameCode::name);
+template <class Code, std::size_t size>
+Code CodeOf(const std::array<NameCode<Code>, size>& table, std::u16string_view name, Code other) {
+  const auto row = std::ranges::lower_bound(table, name, {}, &NameCode<Code>::name);
   return row != table.end() && row->name == name ? row->code : other;
 }
 
 // The attributes that literal result elements take in the XSLT namespace.
-constexpr bool IsGlobalAttribute(std::int32_t code) {
-  return code == AttributeCode::ExcludeResultPrefixes ||
-         code == AttributeCode::ExtensionElementPrefixes ||
-         code == AttributeCode::UseAttributeSets || code == AttributeCode::Version;
+constexpr bool IsGlobalAttribute(XsltAttribute code) {
+  return code == XsltAttribute::ExcludeResultPrefixes ||
+         code == XsltAttribute::ExtensionElementPrefixes ||
+         code == XsltAttribute::UseAttributeSets || code == XsltAttribute::Version;
 }
 
 }  // namespace
@@ -53,16 +52,16 @@ bool IsXsltURI(InternedURI uri) {
   return uri != nullptr && uri->View() == kXsltNamespace;
 }
 
-std::int32_t XsltElementNames::Code(const XPathNode* node) {
-  if (!IsXsltURI(node->namespaceURI)) return ElementCode::Literal;
-  return CodeOf(kElements, node->GetLocalName(), ElementCode::Literal);
+XsltElement XsltElementNames::Code(const XPathNode* node) {
+  if (!IsXsltURI(node->namespaceURI)) return XsltElement::Literal;
+  return CodeOf(kElements, node->GetLocalName(), XsltElement::Literal);
 }
 
-std::int32_t XsltAttributeNames::Code(const XPathNode* attribute) {
+XsltAttribute XsltAttributeNames::Code(const XPathNode* attribute) {
   const InternedURI uri = attribute->namespaceURI;
-  if (uri != nullptr && !IsXsltURI(uri)) return AttributeCode::Other;
-  const std::int32_t code = CodeOf(kAttributes, attribute->GetLocalName(), AttributeCode::Other);
-  return uri == nullptr || IsGlobalAttribute(code) ? code : AttributeCode::Other;
+  if (uri != nullptr && !IsXsltURI(uri)) return XsltAttribute::Other;
+  const XsltAttribute code = CodeOf(kAttributes, attribute->GetLocalName(), XsltAttribute::Other);
+  return uri == nullptr || IsGlobalAttribute(code) ? code : XsltAttribute::Other;
 }
 
 }  // namespace kelmora

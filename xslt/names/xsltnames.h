@@ -1,6 +1,8 @@
 // The names of XSLT: a code for each element and each attribute. Both tables lie in .def files.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -8,38 +10,57 @@
 
 namespace kelmora {
 
-namespace ElementCode {
-enum : std::int32_t {
+inline constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
+
+// The elements by their codes.
+enum class XsltElement : std::int32_t {
+  None = 0,     // not looked at
   Literal = 1,  // anything that is no known element of XSLT
 #define ELEMENT(code, enumerator, name) enumerator = code,
 #include "names/elementcodes.def"
 #undef ELEMENT
 };
-}  // namespace ElementCode
+inline constexpr std::size_t kXsltElementCodes = 1 + std::max<std::size_t>({
+// codes are below
+#define ELEMENT(code, enumerator, name) code,
+#include "names/elementcodes.def"
+#undef ELEMENT
+                                                     });
 
-namespace AttributeCode {
-enum : std::int32_t {
+// The attributes by their codes.
+enum class XsltAttribute : std::int32_t {
   Other = 25,  // any other name
 #define ATTRIBUTE(code, enumerator, name) enumerator = code,
 #include "names/attributecodes.def"
 #undef ATTRIBUTE
 };
-inline constexpr int kCount = 51;  // codes are below
-}  // namespace AttributeCode
+inline constexpr std::size_t kXsltAttributeCodes = 1 + std::max<std::size_t>({
+// codes are below
+#define ATTRIBUTE(code, enumerator, name) code,
+#include "names/attributecodes.def"
+#undef ATTRIBUTE
+                                                       });
+
+constexpr std::size_t IndexOf(XsltElement code) {
+  return static_cast<std::size_t>(code);
+}
+constexpr std::size_t IndexOf(XsltAttribute code) {
+  return static_cast<std::size_t>(code);
+}
 
 bool IsXsltURI(InternedURI uri);
 
 class XsltElementNames {
  public:
-  // ElementCode::Literal outside of the XSLT namespace and for names that XSLT does not have.
-  static std::int32_t Code(const XPathNode* node);
+  // Literal outside of the XSLT namespace and for names that XSLT does not have.
+  static XsltElement Code(const XPathNode* node);
 };
 
 class XsltAttributeNames {
  public:
   // The four names of every element are known with and without the XSLT namespace, all others
   // without a namespace only.
-  static std::int32_t Code(const XPathNode* attribute);
+  static XsltAttribute Code(const XPathNode* attribute);
 };
 
 }  // namespace kelmora

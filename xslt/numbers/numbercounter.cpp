@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -8,7 +8,7 @@
 #include "base/parsedexpression.h"
 #include "numbers/numbercounter.h"
 #include "tqcore/tqtext.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -140,8 +140,8 @@ std::unique_ptr<NumberCounts::Test> NumberCounts::MakeTest(const NumberQuery& qu
   const SimplePattern& first = test->alternatives.front();
   if (test->alternatives.size() == 1 && first.IsSingleStep() && !first.IsRoot()) {
     const SimpleStep& step = first.LastStep();
-    test->isName = step.test == SimpleStep::Name;
-    test->name = {step.name, step.uri, step.isAttribute};
+    test->isName = step.test.kind == StepTest::Name;
+    test->name = {step.test.name, step.test.uri, step.isAttribute};
   }
   return test;
 }

@@ -7,7 +7,7 @@
 #include "engine/resultconstruction.h"
 #include "names/elementrecord.h"
 #include "numbers/numbercounter.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -1,9 +1,11 @@
 #include "result/attributeinstruction.h"
 
+#include "engine/kepttrees.h"
 #include "names/elementrecord.h"
+#include "result/resultscope.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -16,7 +18,7 @@ bool AttributeInstruction::Execute() {
   if (record.Namespace != nullptr) {
     Namespace = Processor->ExpandAttributeValue(record.Namespace, Frame());
   }
-  if (!HasPlace()) return true;
+  if (!TakesAttributes(*OutputNode)) return true;
 
   const InternedURI uri = Namespace.IsEmpty() ? ResolveByPrefix(record) : ResolveByNamespace();
   OwnedTree attribute = MakeResultNode(XPathNodeKind::Attribute, std::move(Name), TQString());
@@ -30,22 +32,14 @@ bool AttributeInstruction::Execute() {
   return true;
 }
 
-bool AttributeInstruction::HasPlace() const {
-  if (OutputNode->kind != XPathNodeKind::Element) return false;
-  return OutputNode->lastChild == nullptr || IsAttributeLike(*OutputNode->lastChild);
-}
-
 InternedURI AttributeInstruction::ResolveByNamespace() {
   const std::u16string_view prefix = PrefixOf(Name);
   if (!prefix.empty()) {
     const InternedURI bound = OutputNode->ScopeMap().Lookup(prefix);
     if (bound != nullptr && *bound == Namespace) return bound;
   }
-  const bool generates = prefix.empty() || prefix == u"xmlns";
-  const TQString declared = generates ? Processor->GeneratePrefix() : TQString(prefix);
-  if (generates) Name = declared + u":" + LocalPartOf(Name);
-  const InternedURI uri = Processor->KeepURI(Namespace);
-  DeclareOn(*OutputNode, declared, uri);
+  const InternedURI uri = Processor->Kept->KeepURI(Namespace);
+  BindPrefix(Name, uri);
   return uri;
 }
 
@@ -78,10 +72,7 @@ bool AttributeInstruction::Resume() {
     OutputNode->SetOwnValue(std::move(value));
     Fragment.reset();
   }
-  if (OwnsOutput) {
-    OwnsOutput = false;
-    OutputNode = OutputNode->parent;
-  }
+  CloseOutput();
   Finish();
   return true;
 }

@@ -1,11 +1,12 @@
 #include "result/attributesetinstruction.h"
 
+#include "engine/declarations.h"
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
 #include "result/resultinstruction.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -27,7 +28,7 @@ bool AttributeSetInstruction::Execute() {
   if (user == nullptr || user->Instruction == nullptr) {
     throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
   }
-  Registered = user->Instruction->ElementCode == ElementCode::Stylesheet;
+  Registered = user->Instruction->ElementCode == XsltElement::Stylesheet;
   const auto& record = static_cast<const AttributeSetRecord&>(*Record);
   if (Registered) {
     Register();
@@ -44,12 +45,12 @@ void AttributeSetInstruction::Register() {
   XPathNode* element = Frame().CallingNode;
   const auto& record = static_cast<const AttributeSetRecord&>(*Record);
   const TQString name = ExpandSetName(record.Name->GetValue(), element->AttributeScopeMap());
-  Processor->AttributeSets[name].push_back(element);
+  Processor->Declared->AddAttributeSet(name, element);
 }
 
 void AttributeSetInstruction::RunAttributes(XPathNode* child) {
   for (; child != nullptr; child = NextContent(child)) {
-    if (CodeOf(child) != ElementCode::Attribute) {
+    if (CodeOf(child) != XsltElement::Attribute) {
       throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);
     }
     if (AttributeIsSet(child)) continue;
@@ -119,11 +120,8 @@ bool UseAttributeSetsInstruction::Execute() {
 void UseAttributeSetsInstruction::OpenSet() {
   XPathNode* attribute = Frame().CallingNode;
   const TQString name = ExpandSetName(Names[NameCursor], attribute->AttributeScopeMap());
-  const auto found = Processor->AttributeSets.find(name);
-  if (found == Processor->AttributeSets.end()) {
-    throw TQXSLTError(XsltCode::UndefinedAttributeSet, attribute);
-  }
-  Definitions = &found->second;
+  Definitions = Processor->Declared->FindAttributeSet(name);
+  if (Definitions == nullptr) throw TQXSLTError(XsltCode::UndefinedAttributeSet, attribute);
   DefinitionCursor = 0;
   RunDefinition();
 }

@@ -1,6 +1,6 @@
 #include "result/commentinstruction.h"
 
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -1,10 +1,12 @@
 #include "result/elementinstruction.h"
 
+#include "engine/kepttrees.h"
 #include "names/elementrecord.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -37,8 +39,7 @@ void ElementInstruction::ResolveByPrefix(const ElementElementRecord& record) {
   const PrefixMap::Entry* bound = Frame().CallingNode->ScopeMap().Find(prefix);
   if (bound == nullptr && !prefix.empty()) {
     XPathNode* element = OutputNode;
-    OutputNode = element->parent;
-    OwnsOutput = false;
+    CloseOutput();
     OutputNode->RemoveChild(element);
     XPathNode::DeleteTree(element);
     throw TQXSLTError(XsltCode::UndefinedPrefix, record.Name);
@@ -62,10 +63,10 @@ void ElementInstruction::ResolveByNamespace() {
 
   TQString declared(prefix);
   if (declared == u"xmlns") {
-    declared = Processor->GeneratePrefix();
+    declared = Processor->Tags->GeneratePrefix();
     Name = declared + u":" + LocalPartOf(Name);
   }
-  if (!Namespace.IsEmpty()) element.namespaceURI = Processor->KeepURI(Namespace);
+  if (!Namespace.IsEmpty()) element.namespaceURI = Processor->Kept->KeepURI(Namespace);
   DeclareOn(element, declared, element.namespaceURI);
 }
 

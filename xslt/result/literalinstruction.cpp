@@ -2,7 +2,7 @@
 
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -22,7 +22,7 @@ XPathNode* SkipXsltAttributes(XPathNode* node) {
 
 bool LiteralInstruction::Execute() {
   XPathNode* node = Begin();
-  if (ElementCode == ElementCode::PreserveSpace || ElementCode == ElementCode::StripSpace) {
+  if (ElementCode == XsltElement::PreserveSpace || ElementCode == XsltElement::StripSpace) {
     return true;
   }
   TemplateFrame& frame = Frame();
@@ -49,7 +49,7 @@ bool LiteralInstruction::Execute() {
 
 void LiteralInstruction::RunFallback(const XPathNode& element) {
   for (XPathNode* child = FirstContent(&element); child != nullptr; child = NextContent(child)) {
-    if (CodeOf(child) == ElementCode::Fallback) {
+    if (CodeOf(child) == XsltElement::Fallback) {
       PushChild(child);
       return;
     }

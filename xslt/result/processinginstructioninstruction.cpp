@@ -3,7 +3,7 @@
 #include "names/elementrecord.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

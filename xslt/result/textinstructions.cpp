@@ -2,7 +2,7 @@
 
 #include "engine/resultconstruction.h"
 #include "names/elementrecord.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -8,7 +8,7 @@
 #include "xpath/simplepattern.h"
 #include "xpath/xpathexpression.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 

@@ -5,13 +5,13 @@
 #include <utility>
 
 #include "base/parsedexpression.h"
-#include "checks/elementdispatcher.h"
 #include "engine/instruction.h"
 #include "names/elementrecord.h"
+#include "names/stylesheetindex.h"
 #include "tqcore/tqtext.h"
 #include "xpath/simplepattern.h"
 #include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
@@ -60,16 +60,6 @@ void SplitAlternatives(std::u16string_view patterns, Each each) {
 
 }  // namespace
 
-void TemplateRules::Clear() {
-  rules_.clear();
-  sorted_ = 0;
-  index_.Clear();
-  named_.clear();
-  modes_.clear();
-  modes_.emplace(u"", kNoMode);
-  modes_.emplace(u"?", kAnyMode);
-}
-
 ModeId TemplateRules::InternMode(std::u16string_view expanded) {
   const auto found = modes_.find(expanded);
   if (found != modes_.end()) return found->second;
@@ -96,8 +86,8 @@ void TemplateRules::RegisterBuiltInRules(XPathNode* builtInRoot) {
 
 void TemplateRules::RegisterStylesheetRules(XPathNode* stylesheetElement) {
   for (XPathNode* child = stylesheetElement->firstChild; child != nullptr; child = child->next) {
-    if (processor_->Dispatcher->Code(child) == ElementCode::Template) {
-      RegisterTemplate(child, processor_->ImportPrecedence);
+    if (processor_->Index->Code(child) == XsltElement::Template) {
+      RegisterTemplate(child, ImportPrecedence);
     }
   }
   SortNewRules();
@@ -173,8 +163,8 @@ void TemplateRules::FindShortcut(TemplateRule& rule) const {
   const XPathNode* content = FirstContent(rule.TemplateNode);
   if (content == nullptr) rule.Effect = TemplateRule::Shortcut::Nothing;
   if (content == nullptr || NextContent(content) != nullptr) return;
-  const ElementDispatcher::Entry entry = processor_->Dispatcher->Find(content);
-  if (entry.code != ElementCode::ValueOf) return;
+  const StylesheetIndex::Entry entry = processor_->Index->Find(content);
+  if (entry.code != XsltElement::ValueOf) return;
   const auto& record = static_cast<const ValueOfRecord&>(*entry.record);
   if (!processor_->TryParse(record.SelectText, kNoPattern).isContextNode) return;
   rule.Effect = record.DisableOutputEscaping ? TemplateRule::Shortcut::UnescapedValue

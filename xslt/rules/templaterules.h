@@ -24,7 +24,6 @@ class TemplateRules {
  public:
   explicit TemplateRules(XSLTProcessorBase* processor) : processor_(processor) {}
 
-  void Clear();
   void RegisterBuiltInRules(XPathNode* builtInRoot);
   void RegisterStylesheetRules(XPathNode* stylesheetElement);
 
@@ -39,6 +38,8 @@ class TemplateRules {
   // The first rule of that name of the highest precedence; null without one.
   TemplateRule* FindNamed(std::u16string_view expandedName) const;
   std::size_t Count() const { return rules_.size(); }
+
+  std::int32_t ImportPrecedence = 0;  // number of finished imports: that of rules registered next
 
  private:
   struct NamedRules {
@@ -60,7 +61,8 @@ class TemplateRules {
   std::size_t sorted_ = 0;                            // rules_ up to here are in order and indexed
   RuleIndex index_;
   std::unordered_map<std::u16string_view, NamedRules> named_;  // by ExpandedName
-  std::unordered_map<TQString, ModeId, TextHash, TextEqual> modes_;
+  std::unordered_map<TQString, ModeId, TextHash, TextEqual> modes_{{u"", kNoMode},
+                                                                   {u"?", kAnyMode}};
 };
 
 }  // namespace kelmora

@@ -92,29 +92,28 @@ TEST(NodeMapTest, EqualsPlainMap) {
 
 TEST(TQXSLTErrorTest, Text) {
   const struct {
-    int code;
+    XsltCode code;
     int xpathCode;
     int function;
     const char16_t* text;
   } rows[] = {
-      {0, 0, 0, u""},
-      {1, 3, 0, u"Error in XPath expression, Too many parameters -> last"},
-      {1, 2, 13, u"Error in XPath expression, Too few parameters -> substring"},
-      {1, 1, -1, u"Error in XPath expression, Invalid prefix"},
-      {1, 17, 28, u"Error in XPath expression, key function called within a key definition -> key"},
-      {1, 18, 36, u"Error in XPath expression, "},
-      {1, 0, 35, u"Error in XPath expression,  -> function-available"},
-      {2, 0, 0, u"An attribute which should only occur once occurs multiple times"},
-      {16, 0, 0, u"The template has a mode param but not a match"},
-      {24, 0, 0, u"elements attribute expected"},
-      {50, 0, 0, u"Recursive variable definition"},
-      {51, 0, 0, u"Unknown error"},
-      {-1, 0, 0, u"Unknown error"},
+      {XsltCode::XPathFailed, 3, 0, u"Error in XPath expression, Too many parameters -> last"},
+      {XsltCode::XPathFailed, 2, 13, u"Error in XPath expression, Too few parameters -> substring"},
+      {XsltCode::XPathFailed, 1, -1, u"Error in XPath expression, Invalid prefix"},
+      {XsltCode::XPathFailed, 17, 28,
+       u"Error in XPath expression, key function called within a key definition -> key"},
+      {XsltCode::XPathFailed, 18, 36, u"Error in XPath expression, "},
+      {XsltCode::XPathFailed, 0, 35, u"Error in XPath expression,  -> function-available"},
+      {XsltCode::RepeatedAttribute, 0, 0,
+       u"An attribute which should only occur once occurs multiple times"},
+      {XsltCode::ModeWithoutMatch, 0, 0, u"The template has a mode param but not a match"},
+      {XsltCode::ElementsExpected, 0, 0, u"elements attribute expected"},
+      {XsltCode::RecursiveVariable, 0, 0, u"Recursive variable definition"},
   };
   for (const auto& row : rows) {
     TQXSLTError error(row.code, nullptr);
     error.SetXPathError(row.xpathCode, row.function);
-    EXPECT_EQ(error.Text(), row.text) << row.code << " " << row.xpathCode;
+    EXPECT_EQ(error.Text(), row.text) << static_cast<int>(row.code) << " " << row.xpathCode;
     EXPECT_EQ(error.Text(), row.text);
   }
 }
@@ -125,9 +124,9 @@ TEST(TQXSLTErrorTest, SyntheticNodes) {
   XPathNode* child = XPathNode::Make(XPathNodeKind::Element);
   element->AppendChild(child);
   child->synthetic = true;
-  EXPECT_EQ(TQXSLTError(7, child).Node(), element);
+  EXPECT_EQ(TQXSLTError(XsltCode::UnexpectedFailure, child).Node(), element);
   element->synthetic = true;
-  EXPECT_EQ(TQXSLTError(7, child).Node(), nullptr);
+  EXPECT_EQ(TQXSLTError(XsltCode::UnexpectedFailure, child).Node(), nullptr);
   XPathNode::DeleteTree(element);
 }
 

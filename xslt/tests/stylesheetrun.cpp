@@ -48,7 +48,7 @@ std::string PathOf(const XPathNode* node) {
 }
 
 std::string Describe(const TQXSLTError& error, const std::vector<TemplateFrame*>& stack) {
-  std::string text = "code " + std::to_string(error.Code());
+  std::string text = "code " + std::to_string(static_cast<int>(error.Code()));
   if (error.Code() == XsltCode::XPathFailed) {
     text += " (" + std::to_string(error.XPathCode());
     const std::string message = ToNative(error.Text());

@@ -1,10 +1,8 @@
 #include "variables/bindinginstructions.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "xslt/tqxslterror.h"
-#include "xslt/xsltprocessor.h"
+#include "engine/kepttrees.h"
 
 namespace kelmora {
 
@@ -32,7 +30,7 @@ void BindingInstruction::MakeValue(bool sortNodes) {
     if (sortNodes && value.kind == XPathValue::NodeSet) SortAndNumber(value.nodes);
     Store(std::move(value));
   } else if (XPathNode* first = FirstContent(Frame().CallingNode)) {
-    Fragment = Processor->KeepFragment(MakeFragmentRoot());
+    Fragment = Processor->Kept->KeepFragment(MakeFragmentRoot());
     PushChild(first, Fragment);
   } else {
     Store(StringValue(TQString()));
@@ -56,13 +54,7 @@ bool DefinitionInstruction::Execute() {
   DefiningNode = Begin();
   const BindingRecord& binding = Binding();
   if (binding.IsGlobal) {
-    std::vector<const XTreeNode*>& inProgress = Processor->InProgress;
-    if (std::ranges::find(inProgress, DefiningNode->source) != inProgress.end()) {
-      throw TQXSLTError(XsltCode::RecursiveVariable, DefiningNode);
-    }
-    inProgress.push_back(DefiningNode->source);
-    if (Processor->Finished.contains(DefiningNode)) return true;
-    MakeWayForGlobal();
+    if (!Processor->Globals->Begin(DefiningNode, Role(), binding)) return true;
   } else {
     CheckLocalName();
   }
@@ -76,10 +68,6 @@ bool DefinitionInstruction::Execute() {
   return true;
 }
 
-std::int32_t DefinitionInstruction::TakenError() const {
-  return IsParameter() ? XsltCode::ParameterExists : XsltCode::VariableExists;
-}
-
 // The frame that sees a local definition. As document element it has none around it.
 TemplateFrame& DefinitionInstruction::Scope() const {
   return Frame().Parent != nullptr ? *Frame().Parent : Frame();
@@ -88,38 +76,15 @@ TemplateFrame& DefinitionInstruction::Scope() const {
 void DefinitionInstruction::CheckLocalName() const {
   const TemplateFrame& scope = Scope();
   const TQString& name = Binding().Name;
-  if (scope.Variables.Find(name) != nullptr || scope.Parameters.Find(name) != nullptr) {
-    throw TQXSLTError(TakenError(), Binding().NameNode);
-  }
-}
-
-// A global of another stylesheet element ran before and has a lower import precedence.
-void DefinitionInstruction::MakeWayForGlobal() {
-  const TQString& name = Binding().Name;
-  if (Processor->GlobalVariables.Find(name) == nullptr &&
-      Processor->GlobalParameters.Find(name) == nullptr) {
-    return;
-  }
-  bool removed = false;
-  const auto removeFrom = [&](auto& definitions, GlobalMap& values) {
-    const auto found = definitions.find(name);
-    if (found == definitions.end() || found->second == DefiningNode->parent) return;
-    definitions.erase(found);
-    values.Remove(name);
-    removed = true;
-  };
-  removeFrom(Processor->VariableDefinitions, Processor->GlobalVariables);
-  removeFrom(Processor->ParameterDefinitions, Processor->GlobalParameters);
-  if (!removed) throw TQXSLTError(TakenError(), Binding().NameNode);
+  if (scope.Variables.Find(name) == nullptr && scope.Parameters.Find(name) == nullptr) return;
+  throw TQXSLTError(IsParameter() ? XsltCode::ParameterExists : XsltCode::VariableExists,
+                    Binding().NameNode);
 }
 
 void DefinitionInstruction::Store(XPathValue value) {
   const TQString& name = Binding().Name;
   if (Binding().IsGlobal) {
-    (IsParameter() ? Processor->GlobalParameters : Processor->GlobalVariables)
-        .Bind(name, std::move(value));
-    (IsParameter() ? Processor->ParameterDefinitions : Processor->VariableDefinitions)[name] =
-        DefiningNode->parent;
+    Processor->Globals->Store(DefiningNode, Role(), name, std::move(value));
   } else {
     TemplateFrame& scope = Scope();
     (IsParameter() ? scope.Parameters : scope.Variables).Bind(name, std::move(value));
@@ -127,10 +92,7 @@ void DefinitionInstruction::Store(XPathValue value) {
 }
 
 void DefinitionInstruction::AtEnd() {
-  if (!Binding().IsGlobal) return;
-  if (!Processor->InProgress.empty()) Processor->InProgress.pop_back();
-  Processor->Finished.insert(DefiningNode);
-  Processor->GlobalEvaluation = !Processor->InProgress.empty();
+  if (Binding().IsGlobal) Processor->Globals->End(DefiningNode);
 }
 
 bool WithParamInstruction::Execute() {

@@ -8,6 +8,7 @@
 #include "engine/instruction.h"
 #include "names/elementrecord.h"
 #include "names/xsltnames.h"
+#include "variables/globalevaluation.h"
 
 namespace kelmora {
 
@@ -39,11 +40,12 @@ class DefinitionInstruction : public BindingInstruction {
   void AtEnd() override;
 
  private:
-  bool IsParameter() const { return ElementCode == ElementCode::Param; }
-  std::int32_t TakenError() const;
+  bool IsParameter() const { return ElementCode == XsltElement::Param; }
+  GlobalEvaluation::Role Role() const {
+    return IsParameter() ? GlobalEvaluation::Role::Parameter : GlobalEvaluation::Role::Variable;
+  }
   TemplateFrame& Scope() const;
   void CheckLocalName() const;
-  void MakeWayForGlobal();
 };
 
 class VariableInstruction final : public DefinitionInstruction {
