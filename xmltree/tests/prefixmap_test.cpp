@@ -51,7 +51,7 @@ TEST(PrefixMap, AgreesWithAnOrderedMapAndKeepsOldVersions) {
     auto& [map, model] = version;
     for (auto changes = random() % 4; changes > 0; --changes) {
       const std::u16string prefix = RandomPrefix(random);
-      const unsigned uri = random() % 5;
+      const auto uri = random() % 5;
       model[prefix] = uri < 4 ? &kUris[uri] : nullptr;
       map.Set(prefix, model[prefix]);
     }
