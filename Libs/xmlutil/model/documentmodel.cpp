@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "dtd/dtdreader.h"
+#include "model/entityexpander.h"
 #include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/fragmentparser.h"
@@ -62,7 +62,7 @@ bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url, XPathTre
   if (reference.kind != SchemaKind::DTD) return ReadReferenced(root, reference);
 
   schemaKind = SchemaKind::DTD;
-  if (!DtdReader(*this).ReadDTD(*root.AsContainer(), url)) return false;
+  if (!ReadDTD(*root.AsContainer(), url)) return false;
   if (!elements.empty() && !force) return true;
   reference = DetectSchemaKind(root, true);
   return reference.kind == SchemaKind::None || ReadReferenced(root, reference);
@@ -128,17 +128,31 @@ bool DocumentModel::ReadReferencedDTD(const SchemaSource& source,
   const std::pair<View, TQString> pair[] = {{u"p", TQString(prefix) + colon},
                                             {u"s", colon + prefix}};
   for (const auto& [name, value] : pair) {
-    auto& entity = parameterEntities[TQString(name)];
-    entity = std::make_unique<EntityDecl>();
-    entity->name = name;
-    entity->value = value;
-    entity->parameter = true;
-    entity->simple = true;
-    entity->fromPreviousPass = true;
+    EntityDecl& entity = EnterEntity(parameterEntities, name);
+    entity.value = value;
+    entity.parameter = true;
+    entity.simple = true;
+    entity.fromPreviousPass = true;
   }
   schemaKind = SchemaKind::DTD;
   pass = 1;
-  return DtdReader(*this).ReadDTD(*source.root->AsContainer(), source.url);
+  return ReadDTD(*source.root->AsContainer(), source.url);
+}
+
+EntityDecl& DocumentModel::EnterEntity(EntityMap& table, View name) {
+  auto& entry = table[TQString(name)];
+  if (entry == nullptr) {
+    entry = std::make_unique<EntityDecl>();
+    entry->name = name;
+  }
+  return *entry;
+}
+
+bool DocumentModel::AskForPass() {
+  if (pass >= kDeclarationPasses) return false;
+  needAnotherPass = true;
+  passLimit = static_cast<std::int16_t>(pass + 1);
+  return true;
 }
 
 void DocumentModel::CountEntityText(std::int64_t units) {
@@ -150,8 +164,8 @@ void DocumentModel::CountEntityText(std::int64_t units) {
 }
 
 bool DocumentModel::ExpandEntityReferences(View text, TQString& out) {
-  return DtdReader(*this).ExpandEntityReferences(nullptr, text, out,
-                                                 {.requireExpansion = true, .inContent = true});
+  return EntityExpander(*this).ExpandEntityReferences(
+      nullptr, text, out, {.requireExpansion = true, .inContent = true});
 }
 
 std::unique_ptr<XTree> DocumentModel::ParseContent(View text) {

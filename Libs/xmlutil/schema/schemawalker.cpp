@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dtd/dtdreader.h"
+#include "model/entityexpander.h"
 #include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 
@@ -81,7 +81,7 @@ bool SchemaWalker::Expand(const XTreeNode& node, View text, TQString& out) {
     out = text;
     return true;
   }
-  if (DtdReader(model_).ExpandEntityReferences(&node, text, out, {})) return true;
+  if (EntityExpander(model_).ExpandEntityReferences(&node, text, out, {})) return true;
   model_.Error().Clear();  // the reference's own problem: that of the schema is the one to keep
   return Fail(ModelCode::ReplacementUnparsable, node, node.GetName());
 }
