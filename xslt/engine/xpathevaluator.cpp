@@ -1,5 +1,8 @@
 #include "engine/xpathevaluator.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "keys/keytable.h"
 #include "xslt/xsltprocessor.h"
 
@@ -15,6 +18,16 @@ void XPathEvaluator::OnMissingVariable(std::u16string_view key) {
 
 XPathNode* XPathEvaluator::LoadDocument(const TQString& uri, XPathNode* /*baseNode*/) {
   return processor_->LoadDocumentTree(uri);
+}
+
+bool XPathEvaluator::HasElement(std::u16string_view localName) const {
+  constexpr std::u16string_view kNames[] = {
+      u"transform",
+#define ELEMENT(code, enumerator, name) name,
+#include "names/elementcodes.def"
+#undef ELEMENT
+  };
+  return std::ranges::find(kNames, localName) != std::end(kNames);
 }
 
 const XPathValue* FrameVariables::Find(std::u16string_view key) const {

@@ -20,6 +20,7 @@ class XPathEvaluator final : public XPathExpression {
 
   void OnMissingVariable(std::u16string_view key) override;
   XPathNode* LoadDocument(const TQString& uri, XPathNode* baseNode) override;
+  bool HasElement(std::u16string_view localName) const override;
 
  private:
   XSLTProcessorBase* processor_;

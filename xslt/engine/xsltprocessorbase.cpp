@@ -187,19 +187,6 @@ void XSLTProcessorBase::PopFrame() {
   callStack_.pop_back();
 }
 
-TQString XSLTProcessorBase::ExpandName(std::u16string_view name, const PrefixMap& map) {
-  const std::u16string_view prefix = PrefixOf(name);
-  const InternedURI uri = prefix.empty() ? nullptr : map.Lookup(prefix);
-  if (uri == nullptr || uri->IsEmpty()) return name;
-  TQString expanded;
-  const std::u16string_view local = LocalPartOf(name);
-  expanded.Reserve(uri->Length() + 1 + static_cast<int>(local.size()));
-  expanded += *uri;
-  expanded += u':';
-  expanded += local;
-  return expanded;
-}
-
 std::vector<InternedURI> XSLTProcessorBase::PrefixListURIs(XPathNode* attribute) {
   std::vector<InternedURI> uris;
   const PrefixMap& scope = attribute->parent->ScopeMap();

@@ -9,18 +9,6 @@
 
 namespace kelmora {
 
-namespace {
-
-// "uri:local" for a bound prefix, the local part otherwise.
-TQString ExpandSetName(std::u16string_view name, const PrefixMap& scope) {
-  const std::u16string_view prefix = PrefixOf(name);
-  const InternedURI uri = prefix.empty() ? nullptr : scope.Lookup(prefix);
-  if (uri == nullptr) return LocalPartOf(name);
-  return *uri + u":" + LocalPartOf(name);
-}
-
-}  // namespace
-
 bool AttributeSetInstruction::Execute() {
   Begin();
   const TemplateFrame* user = Frame().Parent;
@@ -43,7 +31,8 @@ bool AttributeSetInstruction::Execute() {
 void AttributeSetInstruction::Register() {
   XPathNode* element = Frame().CallingNode;
   const auto& record = static_cast<const AttributeSetRecord&>(*Record);
-  const TQString name = ExpandSetName(record.Name->GetValue(), element->AttributeScopeMap());
+  const TQString name =
+      ExpandName(record.Name->GetValue(), element->AttributeScopeMap(), UnboundPrefix::DropPrefix);
   Processor->AttributeSets[name].push_back(element);
 }
 
@@ -118,7 +107,8 @@ bool UseAttributeSetsInstruction::Execute() {
 
 void UseAttributeSetsInstruction::OpenSet() {
   XPathNode* attribute = Frame().CallingNode;
-  const TQString name = ExpandSetName(Names[NameCursor], attribute->AttributeScopeMap());
+  const TQString name =
+      ExpandName(Names[NameCursor], attribute->AttributeScopeMap(), UnboundPrefix::DropPrefix);
   const auto found = Processor->AttributeSets.find(name);
   if (found == Processor->AttributeSets.end()) {
     throw TQXSLTError(XsltCode::UndefinedAttributeSet, attribute);

@@ -112,9 +112,6 @@ class XSLTProcessorBase {
   // long as the run.
   const ParsedExpression& TryParse(const ExpressionText& expression, XPathPatternKind patternKind);
 
-  // "uri:local" of a qualified name by the map, the name as written when its prefix is not bound to
-  // a URI; an unprefixed name is never expanded.
-  static TQString ExpandName(std::u16string_view name, const PrefixMap& map);
   // URIs of a list of prefixes separated by white space, "#default" being the empty one. Raises
   // code 10 at the attribute for a prefix that is not bound.
   static std::vector<InternedURI> PrefixListURIs(XPathNode* attribute);
