@@ -4,10 +4,12 @@
 // the same chain, and is declined.
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 #include "base/parsedexpression.h"
 #include "numbers/numbercounter.h"
 #include "tqcore/tqtext.h"
+#include "xpath/alternatives.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
@@ -120,23 +122,21 @@ std::unique_ptr<NumberCounts::Test> NumberCounts::MakeNameTest(const NumberQuery
 std::unique_ptr<NumberCounts::Test> NumberCounts::MakeTest(const NumberQuery& query,
                                                            const ExpressionText& text) {
   auto test = std::make_unique<Test>();
-  std::u16string_view rest = text.Text;
-  // A "|" in a string or in brackets doesn't separate alternatives, so such a text stays whole.
-  const bool mayBeSplit = rest.find_first_of(u"\"'[") == std::u16string_view::npos;
-  for (bool isLast = false; !isLast;) {
-    const std::size_t bar = mayBeSplit ? rest.find(u'|') : std::u16string_view::npos;
-    isLast = bar == std::u16string_view::npos;
+  bool areSimple = true;
+  ForEachAlternative(text.Text, [&](std::u16string_view pattern, bool /*isLast*/) {
+    if (!areSimple) return;
     ExpressionText alternative;
-    alternative.Text = rest.substr(0, bar);
-    if (!isLast) rest.remove_prefix(bar + 1);
+    alternative.Text = pattern;
     // The plain way raises it for a text that doesn't parse, if that is ever reached.
     const XPathParseNodeRef& tree = query.processor.TryParse(alternative, kNoPattern).tree;
-    if (tree == nullptr) return std::make_unique<Test>();
-    auto pattern = SimplePattern::Classify(tree, query.element->AttributeScopeMap());
-    if (!pattern.has_value()) return std::make_unique<Test>();
-    test->isSingleStep = test->isSingleStep && pattern->IsSingleStep();
-    test->alternatives.push_back(std::move(*pattern));
-  }
+    std::optional<SimplePattern> simple;
+    if (tree) simple = SimplePattern::Classify(tree, query.element->AttributeScopeMap());
+    areSimple = simple.has_value();
+    if (!areSimple) return;
+    test->isSingleStep = test->isSingleStep && simple->IsSingleStep();
+    test->alternatives.push_back(std::move(*simple));
+  });
+  if (!areSimple) return std::make_unique<Test>();
   const SimplePattern& first = test->alternatives.front();
   if (test->alternatives.size() == 1 && first.IsSingleStep() && !first.IsRoot()) {
     const SimpleStep& step = first.LastStep();
