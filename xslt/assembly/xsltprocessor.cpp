@@ -10,7 +10,8 @@
 #include "modules/builtinstylesheet.h"
 #include "modules/stylesheetmodules.h"
 #include "names/stylesheetindex.h"
-#include "numbers/numbercounter.h"
+#include "numbers/numbercounts.h"
+#include "numbers/numberformats.h"
 #include "result/resultscope.h"
 #include "rules/templaterules.h"
 #include "sorting/collation.h"
@@ -38,6 +39,7 @@ struct XSLTProcessor::PartsOfRun {
   ResultScopes scopes;
   Collations collators;
   NumberCounts counts;
+  NumberFormats numberFormats;
 };
 
 XSLTProcessor::XSLTProcessor(DocumentManager* manager)
@@ -94,6 +96,7 @@ void XSLTProcessor::Reset() {
   Scopes = &run_->scopes;
   Collators = &run_->collators;
   Counts = &run_->counts;
+  NumberFormatting = &run_->numberFormats;
   Modules->BeginRun();
   PrepareRun(Keys);
   Rules->RegisterBuiltInRules(process_->builtIn->Root());

@@ -38,6 +38,7 @@ class GlobalEvaluation;
 class KeptTrees;
 class KeyTables;
 class NumberCounts;
+class NumberFormats;
 class ResultScopes;
 class StylesheetIndex;
 class StylesheetModules;
@@ -153,6 +154,7 @@ class XSLTProcessorBase {
   ResultScopes* Scopes = nullptr;
   Collations* Collators = nullptr;
   NumberCounts* Counts = nullptr;
+  NumberFormats* NumberFormatting = nullptr;
   StylesheetModules* Modules = nullptr;
 
  protected:
