@@ -49,7 +49,18 @@ XPathNode* ResultInstruction::CopyResultNode(XPathNode& node, bool makeCurrent, 
     case XPathNodeKind::CData:
       copy->kind = XPathNodeKind::Text;
       break;
-    default:
+    case XPathNodeKind::Root:
+    case XPathNodeKind::Text:
+    case XPathNodeKind::Namespace:
+    case XPathNodeKind::PI:
+    case XPathNodeKind::Comment:
+    case XPathNodeKind::XMLDeclaration:
+    case XPathNodeKind::DocType:
+    case XPathNodeKind::ExternalID:
+    case XPathNodeKind::DTDElement:
+    case XPathNodeKind::DTDAttlist:
+    case XPathNodeKind::DTDEntity:
+    case XPathNodeKind::DTDNotation:
       break;
   }
   OwnsOutput = makeCurrent;
@@ -100,7 +111,7 @@ void ResultInstruction::AddResultAttribute(OwnedTree attribute) {
   OwnsOutput = true;
 }
 
-bool IsUseAttributeSets(const XPathNode& node) {
+bool NamesAttributeSets(const XPathNode& node) {
   return node.kind == XPathNodeKind::Attribute &&
          XsltAttributeNames::Code(&node) == XsltAttribute::UseAttributeSets;
 }
@@ -124,7 +135,7 @@ bool SetUsingInstruction::Resume() {
   }
   XPathNode* next = NextContent(cursor);
   while (next != nullptr && next->kind == XPathNodeKind::Attribute) {
-    if (InAttributeSets && IsUseAttributeSets(*next)) break;
+    if (InAttributeSets && NamesAttributeSets(*next)) break;
     next = NextContent(next);
   }
   if (next == nullptr) {
