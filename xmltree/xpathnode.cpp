@@ -78,13 +78,6 @@ std::u16string_view XPathNode::StringValue(TQString& scratch) const {
   return cursor == 0 ? only : scratch.View();
 }
 
-void XPathNode::AppendStringValue(TQString& out, int& cursor) const {
-  if (kind != Kind::Root && kind != Kind::Element) {
-    return out.AppendAt(GetValue(), cursor, kTextMargin);
-  }
-  ForEachText(*this, [&](std::u16string_view text) { out.AppendAt(text, cursor, kTextMargin); });
-}
-
 // --- scope ---------------------------------------------------------------------------------------
 
 NamespaceScope* XPathNode::ScopeInForce() const {

@@ -133,13 +133,7 @@ void TemplateRules::AddRule(std::unique_ptr<TemplateRule> rule) {
 
 void TemplateRules::SortNewRules() {
   const auto before = [](const auto& a, const auto& b) { return RuleBefore(*b, *a); };
-  const auto middle = rules_.begin() + static_cast<std::ptrdiff_t>(sorted_);
-  std::sort(middle, rules_.end(), before);
-  if (sorted_ > 0 && middle != rules_.end() && !before(*(middle - 1), *middle)) {
-    std::inplace_merge(rules_.begin(), middle, rules_.end(), before);
-    index_.Clear();
-    sorted_ = 0;
-  }
+  std::sort(rules_.begin() + static_cast<std::ptrdiff_t>(sorted_), rules_.end(), before);
   for (; sorted_ < rules_.size(); ++sorted_) {
     TemplateRule* rule = rules_[sorted_].get();
     rule->Rank = static_cast<std::int32_t>(sorted_);
@@ -152,7 +146,6 @@ void TemplateRules::SortNewRules() {
 
 // A pattern that does not parse stays a query, which raises when a selection reaches the rule.
 void TemplateRules::Classify(TemplateRule& rule) {
-  if (rule.Simple != nullptr) return;
   const ParsedExpression& parsed = processor_->TryParse(rule.Pattern, kTemplatePattern);
   if (parsed.tree == nullptr) return;
   auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap());
