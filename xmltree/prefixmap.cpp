@@ -4,6 +4,8 @@
 //
 // Weights (1 + number of nodes) of siblings differ at most by the factor 3, which bounds the depth
 // by log(n) / log(4/3) and makes recursion along a path harmless.
+// The factors are those for which Hirai and Yamamoto, "Balancing weight-balanced trees" (2011),
+// prove the rotations right.
 #include "xmltree/prefixmap.h"
 
 #include <new>

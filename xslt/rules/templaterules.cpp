@@ -1,3 +1,14 @@
+// The rule for a node is the first in the order of rules whose pattern has it (XSLT 1.0, 5.5). The
+// rules lie in one vector, the other way round: what is registered later has a higher precedence
+// and goes behind, so a rule's index, its Rank, never changes. A selection goes down the candidates
+// that RuleIndex has for the node's mode, kind and name, and takes the first that holds.
+//
+// Whether a rule holds is asked in one of two ways. What SimplePattern can take is tested at the
+// node. Any other pattern runs once per document as a query from all its nodes, and the rule keeps
+// which nodes came out (MatchSets).
+//
+// The trap is failure: a query raises when a selection reaches its rule and not earlier, so no rule
+// may be asked before its turn, nor left out as long as its pattern can fail.
 #include "rules/templaterules.h"
 
 #include <algorithm>
