@@ -4,8 +4,13 @@
 
 add_library(kelmora_flags INTERFACE)
 target_compile_options(kelmora_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual
   -fno-math-errno)
+# GCC 12 takes the parts of a std::string that is put together for memory that may overlap.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(kelmora_flags INTERFACE -Wno-restrict)
+endif()
 if(KELMORA_SANITIZE)
   target_compile_options(kelmora_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g)

@@ -36,6 +36,7 @@ const OptionName* FindOption(std::u16string_view argument) {
 
 constexpr std::u16string_view kUsageText =
     u"Kelmora XSLT Processor\n"
+    u"Version " KELMORA_VERSION u"\n"
     u"\n"
     u"    -xml       [file name]      input xml\n"
     u"    -xsl       [file name]      input xslt\n"

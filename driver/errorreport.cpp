@@ -15,12 +15,14 @@ struct ErrorLocation {
   int character = 0;
 };
 
-// Counts back from the unit at `offset` down to the unit 1. An offset beyond the text counts from
-// its end; one below 1 is the start of the first line.
+// Counts back from the unit at `offset` down to the unit 1. What lies beyond the end of the text
+// counts as characters, so that the two numbers are always a distance that can be walked. An offset
+// below 1 is the start of the first line.
 void CountLineAndCharacter(std::u16string_view text, int offset, ErrorLocation& location) {
-  const int start = std::min(offset, static_cast<int>(text.size()));
-  for (int i = start; i >= 1; --i) {
-    const char16_t unit = static_cast<std::size_t>(i) < text.size() ? text[i] : u'\0';
+  const int end = static_cast<int>(text.size());
+  if (offset >= end) location.character = offset - end + 1;
+  for (int i = std::min(offset, end - 1); i >= 1; --i) {
+    const char16_t unit = text[static_cast<std::size_t>(i)];
     if (unit == u'\r' || unit == u'\n') {
       ++location.line;
     } else if (location.line == 1) {

@@ -53,8 +53,7 @@ const XPathNode* HtmlWriter::Start(const XPathNode& node, Level outer, Level& tr
     case XPathNodeKind::Attribute:
       WriteAttribute(node);
       return nullptr;
-    case XPathNodeKind::Namespace:
-      WriteNamespace(node);
+    case XPathNodeKind::Namespace:  // that of an element is part of its tag
       return nullptr;
     case XPathNodeKind::PI:
       WriteInstruction(node, u">", onLine);

@@ -61,7 +61,7 @@ const XPathNode* XmlWriter::Start(const XPathNode& node, bool breakHere, bool& i
       WriteAttribute(node);
       return nullptr;
     case XPathNodeKind::Namespace:
-      WriteNamespace(node);
+      if (node.parent->kind == XPathNodeKind::Element) WriteNamespace(node);
       return nullptr;
     case XPathNodeKind::PI:
       WriteInstruction(node, u"?>", breakHere);

@@ -23,7 +23,7 @@ def check_reference(read):
     known = [text for text in rows(read('Libs/tqcore/resourcestrings.def'), r'u"([^"]+)"\)$')]
     known += ['`%s`' % name for name in rows(read('xslt/names/attributecodes.def'), r'u"([^"]+)"\)$')]
     known += ['xsl:' + name for name in rows(read('xslt/names/elementcodes.def'), r'u"([^"]+)"\)$')]
-    known += ['`%s(' % name for name in rows(read('xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
+    known += ['`%s(' % name for name in rows(read('xpath/include/xpath/xpathfunctions.def'), r', u"([^"]+)", ')]
     if len(known) < 200:
         yield 'only %d names and messages were found in the sources' % len(known)
     for name in known:
@@ -43,6 +43,49 @@ def check_libraries(read):
     declared = set(rows(read('CMakeLists.txt'), r'^add_subdirectory\((?:Libs/)?(\w+)\)'))
     for name in declared - set(told):
         yield 'docs/ARCHITECTURE.md does not tell of the library ' + name
+
+
+def room_of(path, rooms):
+    """The number of the room that a source or private header stands in; None for public headers."""
+    folder = path.parent.name
+    return rooms.index(folder) if folder in rooms else None
+
+
+def check_rooms(read, sources):
+    """In a library with rooms no include points to a room further up."""
+    table = rows(read('docs/ARCHITECTURE.md'), r'^\| (\w+) \| (\w+(?:, \w+)+) \|$')
+    rooms_of = {name: names.split(', ') for name, names in table
+                if (sources / FOLDERS.get(name, name) / names.split(', ')[0]).is_dir()}
+    if set(rooms_of) != {'xmlutil', 'xpath', 'xslt'}:
+        yield 'docs/ARCHITECTURE.md: the table of rooms tells of ' + ', '.join(sorted(rooms_of))
+    for name, rooms in rooms_of.items():
+        folder = sources / FOLDERS.get(name, name)
+        files = [path for pattern in ('*.cpp', '*.h') for path in folder.rglob(pattern)
+                 if 'tests' not in path.relative_to(folder).parts]
+        by_source = {path.stem: room_of(path, rooms) for path in files if path.suffix == '.cpp'}
+        for path in files:
+            own = room_of(path, rooms)
+            own = by_source.get(path.stem) if own is None else own
+            if own is None and path.suffix == '.cpp':
+                yield '%s stands in no room of %s' % (path.name, name)
+            for place, header in rows(read(path), r'^#include "(\w+)/(\w+)\.'):
+                there = rooms.index(place) if place in rooms else None
+                if place == name:
+                    there = by_source.get(header)
+                if own is not None and there is not None and there > own:
+                    yield '%s: %s stands further up than %s' % (path.name, header, rooms[own])
+
+
+def check_state(read, sources):
+    """The table of the process's state names all parts of it."""
+    table = read('docs/ARCHITECTURE.md').partition("| part of the process's state |")[2]
+    told = set(rows(table.partition('\n\n')[0], r'`(\w+)`(?=.* \| )'))
+    found = set()
+    for path in sources.rglob('*.cpp'):
+        if not path.relative_to(sources).parts[0].startswith('build'):
+            found.update(rows(read(path), r'ProcessState::Of<(?:\w+::)*(\w+)>'))
+    for name in sorted(told ^ found):
+        yield 'docs/ARCHITECTURE.md and the sources differ about the state ' + name
 
 
 def anchors(text):
@@ -73,7 +116,8 @@ def main():
     def read(path):
         return (sources / path).read_text(encoding='utf-8')
 
-    problems = [*check_reference(read), *check_libraries(read), *check_pointers(read, sources)]
+    problems = [*check_reference(read), *check_libraries(read), *check_rooms(read, sources),
+                *check_state(read, sources), *check_pointers(read, sources)]
     for line in problems:
         print(line)
     return 1 if problems else 0

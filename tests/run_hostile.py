@@ -8,6 +8,8 @@ result and nothing on standard error, or with a message there and the old result
 is a folder of files that hold a stylesheet and a document, parted by a line of three percent signs.
 """
 import concurrent.futures
+import fcntl
+import functools
 import os
 import pathlib
 import random
@@ -43,6 +45,16 @@ SHIFT_JIS GB2312 EUC-KR BIG5 EUC-JP ISO-2022-JP UTF-8 UTF-7 UTF-16 ISO-10646-UCS
 ISO-10646-UCS-4'''.split()
 
 
+@functools.cache
+def open_program():
+    """A copy of the program that every user may start, in whatever home it was built."""
+    directory = tempfile.TemporaryDirectory(prefix='kelmora-hostile-')
+    os.chmod(directory.name, 0o755)
+    copy = shutil.copy(PROGRAM, directory.name)
+    os.chmod(copy, 0o755)
+    return directory, copy
+
+
 class Run:
     """One run in a directory of its own, which is gone afterwards."""
 
@@ -62,8 +74,9 @@ class Run:
             result = self.place / out
             self.result = result.read_bytes() if os.path.isfile(result) else None
             self.names = sorted(os.listdir(directory))
-            if os.path.ismount(directory):
-                subprocess.run(['umount', directory], check=True)
+            for mounted in (self.place / 'out', self.place / 'small', self.place):
+                if os.path.ismount(mounted):
+                    subprocess.run(['umount', str(mounted)], check=True)
 
     def start(self, arguments, limits, stdout, user):
         def prepare():
@@ -73,7 +86,8 @@ class Run:
                 os.setgid(user)
                 os.setuid(user)
 
-        done = subprocess.run([PROGRAM] + arguments, cwd=self.place, stdin=subprocess.DEVNULL,
+        program = PROGRAM if user is None else open_program()[1]
+        done = subprocess.run([program] + arguments, cwd=self.place, stdin=subprocess.DEVNULL,
                               stdout=stdout, stderr=subprocess.PIPE, preexec_fn=prepare,
                               timeout=LONGEST_SECONDS)
         self.code = done.returncode
@@ -164,6 +178,20 @@ class Reading(Hostile):
         self.check_result(Run(xml='pipe', change=feed),
                           XML_START + ('<a>' + 'x' * 100000) * 3 + '</a>' * 3)
 
+    def test_long_header_line(self):
+        """More than the library that reads it takes is a failed transfer, and not lack of memory."""
+        with socket.create_server(('127.0.0.1', 0)) as server:
+            def answer():
+                with server.accept()[0] as connection:
+                    connection.recv(4096)
+                    try:
+                        connection.sendall(b'HTTP/1.1 200 OK\r\nX: ' + b'x' * 1000000)
+                    except OSError:
+                        pass
+
+            threading.Thread(target=answer, daemon=True).start()
+            url = 'http://127.0.0.1:%d/' % server.getsockname()[1]
+            self.check_refused(Run(xml=url), 'Failed to load %s\n' % url)
 
     def test_pipes_that_nobody_opens(self):
         def make(at):
@@ -191,6 +219,9 @@ class Writing(Hostile):
     def test_names(self):
         rows = [
             ('none/out', 'No such file or directory', None),
+            ('file:///none/out', 'No such file or directory', None),
+            ('lost', 'No such file or directory',
+             lambda at: (at / 'lost').symlink_to('none/out')),
             ('in.xml/out', 'Not a directory', None),
             ('directory', 'Is a directory', lambda at: (at / 'directory').mkdir()),
             ('loop', 'Too many levels of symbolic links',
@@ -227,6 +258,68 @@ class Writing(Hostile):
     def big(self):
         return {'in.xml': '<a>%s</a>' % ('y' * 3000000)}
 
+    def test_deep_directory(self):
+        """Its path is longer than the system takes, so the working directory is all there is."""
+        with tempfile.TemporaryDirectory(prefix='kelmora-hostile-') as directory:
+            at = pathlib.Path(directory)
+            (at / 'in.xml').write_text(self.big()['in.xml'])
+            (at / 'in.xsl').write_text(IDENTITY)
+            start = os.open('.', os.O_RDONLY)
+            try:
+                os.chdir(directory)
+                for _ in range(25):
+                    os.mkdir('x' * 200)
+                    os.chdir('x' * 200)
+                os.symlink('made', 'link')
+                for name, limit, error, result in (
+                        ('out', 1000000, self.failed('out', 'File too large'), OLD),
+                        ('link', 1000000, self.failed('link', 'File too large'), None),
+                        ('out', 9000000, '', None), ('link', 9000000, '', None)):
+                    pathlib.Path('out').write_bytes(OLD)
+                    done = subprocess.run(
+                        [PROGRAM, '-xml', at / 'in.xml', '-xsl', at / 'in.xsl', '-out', name],
+                        stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, preexec_fn=lambda:
+                        resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+                    self.assertEqual((done.returncode, done.stderr.decode()), (0, error))
+                    if error:
+                        self.assertEqual(pathlib.Path('out').read_bytes(), OLD)
+                        self.assertEqual(sorted(os.listdir()), ['link', 'out'])
+                    else:
+                        self.assertEqual(os.stat(name).st_size, len(XML_START) + 3000007)
+            finally:
+                os.chdir(start)
+                os.close(start)
+
+    def test_leftovers(self):
+        """What a killed run left goes; what a live one has stays."""
+        files = {'.kelmora-new-0': 'left', '.kelmora-new-1': 'left'}
+        run = Run(files)
+        self.assertEqual(run.names, ['.kelmora-new-1', 'in.xml', 'in.xsl', 'out'])
+        self.assertEqual(run.result.decode(), XML_START + '<a/>')
+        held = []
+
+        def hold(at):
+            held.append(open(at / '.kelmora-new-0'))
+            fcntl.flock(held[0], fcntl.LOCK_EX)
+
+        run = Run(files, change=hold)
+        held[0].close()
+        self.assertEqual(run.names, ['.kelmora-new-0', 'in.xml', 'in.xsl', 'out'])
+        self.assertEqual(run.result.decode(), XML_START + '<a/>')
+
+    def test_dangling_link(self):
+        def change(at):
+            (at / 'elsewhere').mkdir()
+            (at / 'link').symlink_to('elsewhere/next')
+            (at / 'elsewhere' / 'next').symlink_to('../made')
+
+        run = Run(self.big(), out='link', change=change, limits=[(resource.RLIMIT_FSIZE, 1000000)])
+        self.assertEqual((run.error, run.result), (self.failed('link', 'File too large'), None))
+        self.assertEqual(run.names, ['elsewhere', 'in.xml', 'in.xsl', 'link', 'out'])
+        run = Run(self.big(), out='link', change=change)
+        self.check_result(run, XML_START + self.big()['in.xml'])
+        self.assertIn('made', run.names)
+
     def test_full_file_system(self):
         # The limit of the size of a file acts in the middle of the writing, as a full disk does.
         run = Run(self.big(), limits=[(resource.RLIMIT_FSIZE, 1000000)])
@@ -248,6 +341,24 @@ class Writing(Hostile):
             self.check_refused(Run(change=mount(options, files)),
                                self.failed('out', 'No space left on device'))
 
+    def test_what_cannot_be_replaced(self):
+        """A file on a full disk of its own, which is mounted at the name of the result."""
+        if os.geteuid() != 0 or not shutil.which('mount'):
+            self.skipTest('nothing can be mounted')
+
+        def mount(at):
+            (at / 'small').mkdir()
+            for command in (['-t', 'tmpfs', '-o', 'size=64k', 'tmpfs', str(at / 'small')],
+                            ['--bind', str(at / 'small' / 'out'), str(at / 'out')]):
+                subprocess.run(['mount'] + command, stderr=subprocess.DEVNULL)
+                if '--bind' not in command:
+                    (at / 'small' / 'out').write_bytes(OLD)
+            self.assertTrue(os.path.ismount(at / 'out') or self.skipTest('nothing can be mounted'))
+
+        self.check_refused(Run(self.big(), change=mount),
+                           self.failed('out', 'No space left on device'))
+        self.check_result(Run(change=mount), XML_START + '<a/>')
+
     def test_without_rights(self):
         nobody = 65534 if os.geteuid() == 0 else None
 
@@ -259,6 +370,9 @@ class Writing(Hostile):
 
         # A file that may be written to in a directory that may not is written in its place.
         self.check_result(Run(change=protect(0o666, 0o555), user=nobody), XML_START + '<a/>')
+        run = Run(self.big(), change=protect(0o666, 0o555), user=nobody,
+                  limits=[(resource.RLIMIT_FSIZE, 1000000)])
+        self.check_refused(run, self.failed('out', 'File too large'))
         self.check_refused(Run(change=protect(0o444, 0o777), user=nobody),
                            self.failed('out', 'Permission denied'))
         run = Run(change=protect(0o444, 0o555), out='new', user=nobody)
@@ -546,6 +660,7 @@ class Damage(Hostile):
 
 
 if __name__ == '__main__':
+    os.umask(0o022)  # another user reads some of the files
     PROGRAM = os.path.abspath(sys.argv.pop(1))
     SAMPLES = sys.argv.pop(1)
     with open(PROGRAM, 'rb') as program:

@@ -81,8 +81,10 @@ bool SendToUrl(const TQString& url, TextEncoder& encoder, LoadError& error,
     if (!encoder.EncodeNext(piece)) return EncodeFailed(error);
     data += piece;
   }
-  if (MakeLoader(options)->Send(url, data, kSendVerb, ToNative(options.mediaType))) return true;
+  const auto loader = MakeLoader(options);
+  if (loader->Send(url, data, kSendVerb, ToNative(options.mediaType))) return true;
   error.Set(LoadError::File, LoadError::UrlUnreadable);
+  if (loader->SystemError() != 0) SetSystemError(error, loader->SystemError());
   return false;
 }
 

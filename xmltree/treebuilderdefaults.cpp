@@ -69,8 +69,8 @@ void XPathTreeBuilder::Run::AddDefaults(XPathNode& element) {
   for (DefaultedAttribute& attribute : defaults_) {
     if (!IsDeclarationName(attribute.name)) continue;
     XPathNode* node = AppendDefault(element, Kind::Namespace, std::move(attribute.value));
-    node->SetOwnName(TQString(LocalPartOf(attribute.name)));
     Declare(element, attribute.name, node->GetValue());
+    node->SetOwnName(attribute.name);
     declared = true;
   }
   if (declared) ResolveAttributes(element);

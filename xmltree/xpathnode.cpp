@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "declarationname.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 #include "xpathnodepool.h"
 
@@ -266,6 +267,15 @@ XPathNode* XPathNode::Copy(const XPathNode& other, bool deep, XPathNode* parent)
 
 // The list of what is still to be deleted runs through the nodes themselves: the children of the
 // node at its head are put in front of the rest.
+std::int64_t XPathNode::NumberOfItsOwn() const {
+  struct LastNumber {
+    std::int64_t value = 0;
+  };
+  std::int64_t& number = XPathNodePool::Instance().MakeRare(*this).number;
+  if (number == 0) number = ++ProcessState::Of<LastNumber>().value;
+  return number;
+}
+
 void XPathNode::DeleteTree(XPathNode* root) {
   if (root == nullptr) return;
   XPathNodePool& pool = XPathNodePool::Instance();

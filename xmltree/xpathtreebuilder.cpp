@@ -20,6 +20,13 @@ XPathTreeBuilder::XPathTreeBuilder() {
 }
 XPathTreeBuilder::~XPathTreeBuilder() = default;
 
+void XPathTreeBuilder::Restamp(XPathNode& root) {
+  for (XPathNode* node = &root; node != nullptr; node = node->NextInDocument(true)) {
+    node->orderNumber = ++stamp_;
+    node->documentNumber = root.documentNumber;
+  }
+}
+
 InternedURI XPathTreeBuilder::InternURI(View text) {
   const auto present = uris_.find(text);
   if (present != uris_.end()) return present->second.get();

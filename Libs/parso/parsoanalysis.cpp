@@ -30,7 +30,8 @@ ParsoNodeCount Quantify(ParsoNodeCount count, ParsoQuantifier quantifier) {
 
 bool Meet(const ParsoClassTable& a, const ParsoClassTable& b) {
   std::uint8_t common = 0;
-  for (std::size_t i = 0; i < a.size(); ++i) common |= a[i] & b[i];
+  for (std::size_t i = 0; i < a.size(); ++i)
+    common = static_cast<std::uint8_t>(common | (a[i] & b[i]));
   return common != 0;
 }
 

@@ -118,7 +118,7 @@ ParsoCode ParsoCompiler::DispatchCode(const std::vector<Alternative>& alternativ
     Retarget(code, start, end, code.size());
     start = end;
   }
-  code[0] = {ParsoOpcode::Dispatch};
+  code[0] = {ParsoOpcode::Dispatch, static_cast<std::int32_t>(code.size())};
   code[0].dispatch = KeepOnce(program_.dispatches_, dispatch);
   return code;
 }
@@ -225,8 +225,8 @@ std::optional<ParsoCode> ParsoCompiler::SharedBeginning(const ParsoChild& a, con
   std::size_t openNodes = opens;
   for (std::size_t i = 0; i < shared; ++i) {
     AppendCode(code, partsA[i]);
-    openNodes += IsOpen(partsA[i]) ? 1 : 0;
-    openNodes -= IsClose(partsA[i]) ? 1 : 0;
+    if (IsOpen(partsA[i])) ++openNodes;
+    if (IsClose(partsA[i])) --openNodes;
   }
   const ParsoCode codeB = JoinParts(restB);
   // A literal that only closes follow decides alone; else a choice point has to wait for the end.
@@ -264,8 +264,8 @@ std::optional<std::size_t> ParsoCompiler::EndNameItem(const ParsoRule& rule) {
       return holds(operand) || analysis_.NodesOf(operand).most == 0;
     };
     if (child.quantifier == ParsoQuantifier::One && IsSequence(*child.rule) &&
-        !child.rule->flagKeepNode && !child.rule->flagNoNode && !child.rule->IsToken() &&
-        std::ranges::count_if(child.rule->children, holds) == 1 &&
+        !IsActive(*child.rule) && !child.rule->flagKeepNode && !child.rule->flagNoNode &&
+        !child.rule->IsToken() && std::ranges::count_if(child.rule->children, holds) == 1 &&
         std::ranges::all_of(child.rule->children, isSilent)) {
       return i;
     }
@@ -295,8 +295,12 @@ bool ParsoCompiler::StartsWithFirstName(const ParsoRule& rule) {
 // Both names have to be a Name of the same units, so that the text of the first tells how far the
 // second must go.
 ParsoCode ParsoCompiler::SameNameCode(const ParsoRule& first, const ParsoRule& second) {
-  const ParsoCode a = JoinParts(PartsOf(first, true, 0));
-  const ParsoCode b = JoinParts(PartsOf(second, true, 0));
+  ParsoCode a;
+  ParsoCode b;
+  if (!IsActive(first) && !IsActive(second)) {
+    a = JoinParts(PartsOf(first, true, 0));
+    b = JoinParts(PartsOf(second, true, 0));
+  }
   const bool areNames = a.size() == 1 && b.size() == 1 && a[0].opcode == ParsoOpcode::NameLeaf &&
                         b[0].opcode == ParsoOpcode::NameLeaf && a[0].name == b[0].name;
   if (!areNames) {

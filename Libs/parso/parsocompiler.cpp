@@ -56,7 +56,7 @@ ParsoCode JoinParts(const std::vector<ParsoCode>& parts) {
   bool afterRun = false;  // the part in front was nothing but a Run
   for (const ParsoCode& part : parts) {
     const bool isOne = part.size() == 1;
-    if (afterRun && isOne && part[0].opcode == ParsoOpcode::Literal &&
+    if (afterRun && isOne && part[0].opcode == ParsoOpcode::Literal && part[0].count > 0 &&
         !code.back().set->Takes(part[0].literal[0])) {
       code.back().opcode = ParsoOpcode::SpacedLiteral;
       code.back().count = part[0].count;
@@ -256,8 +256,13 @@ ParsoCode ParsoCompiler::ExceptCode(const ParsoRule& rule, bool attached) {
     unsupported_ = true;
     return {};
   }
+  // One attempt, so that a quantifier counts only for a class.
+  ParsoChild left = rule.children[0];
+  const bool repeats = left.rule->kind == ParsoKind::Class && Repeats(left.quantifier);
+  left.quantifier = repeats ? ParsoQuantifier::Some : ParsoQuantifier::One;
   ParsoCode code = {{ParsoOpcode::Mark}};
-  AppendCode(code, ItemCode(rule.children[0], attached));
+  if (analysis_.MatchesEmpty(*left.rule)) code.push_back({ParsoOpcode::FailAtEnd});
+  AppendCode(code, ItemCode(left, attached));
   code.push_back(LiteralInstruction(ParsoOpcode::Except, *rule.children[1].rule));
   return code;
 }
@@ -305,14 +310,18 @@ ParsoCode ParsoCompiler::OptionalCode(const ParsoRule& rule, bool attached) {
 
 ParsoCode ParsoCompiler::LoopCode(const ParsoChild& child, bool attached) {
   const ParsoRule& rule = *child.rule;
-  if (analysis_.MatchesEmpty(rule)) unsupported_ = true;
+  if (analysis_.MatchesEmpty(rule)) {
+    unsupported_ = true;
+    return {};
+  }
   const bool canBeNone = child.quantifier == ParsoQuantifier::Any;
   if (canBeNone && ShapeOf(rule, attached) == Shape::Dropped && rule.op == ParsoOp::Choice) {
     if (auto code = RunLoopCode(rule)) return *code;
   }
   ParsoCode body = MatchCode(rule, attached);
-  if (canBeNone && body[0].opcode == ParsoOpcode::Dispatch &&
-      ShapeOf(rule, attached) != Shape::Pruned && ShapeOf(rule, attached) != Shape::Group) {
+  const bool isDispatch =
+      body[0].opcode == ParsoOpcode::Dispatch && body[0].jump == JumpOver(body) - 1;
+  if (canBeNone && isDispatch) {
     LoopDispatch(body);
     return body;
   }

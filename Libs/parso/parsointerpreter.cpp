@@ -41,7 +41,11 @@ bool BeginsStop(const ParsoRule& stop, const char16_t* text) {
 
 std::uint32_t ParsoInterpreter::Match(ParsoNode* root) {
   if (root->rule->kind == ParsoKind::Class) {
-    const Frame whole = {.node = root, .cursor = root->text, .available = root->length, .line = 1};
+    const Frame whole = {.node = root,
+                         .cursor = root->text,
+                         .given = root->length,
+                         .available = root->length,
+                         .line = 1};
     const Result result = MatchClass(*root->rule, ParsoQuantifier::One, whole);
     root->length = result.length;
     return result.line;
@@ -62,8 +66,11 @@ std::uint32_t ParsoInterpreter::Match(ParsoNode* root) {
 }
 
 void ParsoInterpreter::Start(ParsoNode* node) {
-  frames_.push_back(
-      {.node = node, .cursor = node->text, .available = node->length, .line = node->line});
+  frames_.push_back({.node = node,
+                     .cursor = node->text,
+                     .given = node->length,
+                     .available = node->length,
+                     .line = node->line});
   node->matched = false;
   node->length = 0;
 }
@@ -84,7 +91,7 @@ void ParsoInterpreter::Attempt(const ParsoChild& child) {
     return;
   }
   if (IsMemoised(rule)) {
-    const auto known = memo_.find({&rule, frame.cursor});
+    const auto known = memo_.find({&rule, frame.cursor, frame.available});
     if (known != memo_.end()) {
       Deliver(rule, nullptr, known->second);
       return;
@@ -94,7 +101,7 @@ void ParsoInterpreter::Attempt(const ParsoChild& child) {
   node->rule = &rule;
   node->text = frame.cursor;
   node->length = frame.available;
-  node->line = frame.line;
+  node->line = frame.line & ParsoNode::kLineBits;
   Start(node);
 }
 
@@ -268,7 +275,7 @@ std::uint32_t ParsoInterpreter::Close(Frame& frame) {
     node->firstChild = nullptr;
   }
   const std::uint32_t line = node->matched ? frame.line : 0;
-  if (IsMemoised(*node->rule)) memo_[{node->rule, node->text}] = {line, node->length};
+  if (IsMemoised(*node->rule)) memo_[{node->rule, node->text, frame.given}] = {line, node->length};
   if (line != 0 && ParsoMode::current.flatten) Prune(node);
   return line;
 }

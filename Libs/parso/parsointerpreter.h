@@ -14,8 +14,9 @@ namespace kelmora {
 class ParsoInterpreter {
  public:
   // `memoised` has a flag per ParsoRule::index, or is null when a tree is wanted. A rule whose flag
-  // is set keeps its results by position, and a result taken from there has no children. Failures
-  // are recorded all the same: an attempt that is repeated has nothing new to record.
+  // is set keeps its results by the range of text that it was given, and a result taken from there
+  // has no children. Failures are recorded all the same: an attempt that is repeated has nothing
+  // new to record.
   ParsoInterpreter(ParsoNodePool& pool, const std::vector<bool>* memoised)
       : pool_(pool), memoised_(memoised) {}
 
@@ -29,6 +30,7 @@ class ParsoInterpreter {
     ParsoNode* node;
     ParsoNode* lastChild = nullptr;
     const char16_t* cursor;
+    std::int32_t given;      // units from the start of the node on
     std::int32_t available;  // units from `cursor` on
     std::uint32_t line;
     std::uint32_t item = 0;       // the operand that is being tried
@@ -43,11 +45,14 @@ class ParsoInterpreter {
   struct MemoKey {
     const ParsoRule* rule;
     const char16_t* text;
+    std::int32_t available;  // less inside a stop-at
     bool operator==(const MemoKey&) const = default;
   };
   struct MemoHash {
     std::size_t operator()(const MemoKey& key) const {
-      return std::hash<const void*>()(key.text) * 31 + std::hash<const void*>()(key.rule);
+      const std::size_t range =
+          std::hash<const void*>()(key.text) * 31 + static_cast<std::size_t>(key.available);
+      return range * 31 + std::hash<const void*>()(key.rule);
     }
   };
 

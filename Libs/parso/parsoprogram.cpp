@@ -8,7 +8,8 @@ ParsoProgram::ParsoProgram(const ParsoGrammar& grammar) : grammar_(grammar), ana
   for (auto& routines : routinesByRule_) routines.resize(grammar.rules.size());
   for (const auto& rule : grammar.rules) {
     if (rule == nullptr) continue;
-    isSupported_ &= !rule->flagKeepApart;
+    const bool needsTwo = rule->op == ParsoOp::Except || rule->op == ParsoOp::StopAt;
+    isSupported_ &= !rule->flagKeepApart && !(needsTwo && rule->children.size() < 2);
     hasConstraints_ |= !rule->constraint.empty();
   }
 }

@@ -35,7 +35,7 @@ void ExpectEqual(const PrefixMap& map, const Model& model) {
 
 std::u16string RandomPrefix(std::mt19937& random) {
   std::u16string prefix;
-  for (unsigned length = random() % 3; length > 0; --length) {
+  for (auto length = random() % 3; length > 0; --length) {
     prefix +=
         static_cast<char16_t>(random() % 2 == 0 ? u'a' + random() % 9 : 0xFF00 + random() % 9);
   }
@@ -49,9 +49,9 @@ TEST(PrefixMap, AgreesWithAnOrderedMapAndKeepsOldVersions) {
   for (int step = 0; step < 4000; ++step) {
     auto version = versions[random() % versions.size()];
     auto& [map, model] = version;
-    for (unsigned changes = random() % 4; changes > 0; --changes) {
+    for (auto changes = random() % 4; changes > 0; --changes) {
       const std::u16string prefix = RandomPrefix(random);
-      const unsigned uri = random() % 5;
+      const auto uri = random() % 5;
       model[prefix] = uri < 4 ? &kUris[uri] : nullptr;
       map.Set(prefix, model[prefix]);
     }

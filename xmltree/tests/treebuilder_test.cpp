@@ -134,12 +134,12 @@ TEST(TreeBuilder, AddsDefaults) {
   }
   ExpectBuilds(
       {
-          {u"<a/>", "0(<a #p=u @x=1 @{u}p:x=2 'de<fault'>)"},
-          {u"<a>own</a>", "0(<a #p=u @x=1 @{u}p:x=2 'own'>)"},
-          {u"<a p:x='' y=''><z/></a>", "0(<a @{u}p:x= @y= #p=u @x=1 'de<fault' <z>>)"},
-          {u"<a x='0'>&lt;<z/></a>", "0(<a @x=0 #p=u @{u}p:x=2 '<' <z>>)"},
+          {u"<a/>", "0(<a #xmlns:p=u @x=1 @{u}p:x=2 'de<fault'>)"},
+          {u"<a>own</a>", "0(<a #xmlns:p=u @x=1 @{u}p:x=2 'own'>)"},
+          {u"<a p:x='' y=''><z/></a>", "0(<a @{u}p:x= @y= #xmlns:p=u @x=1 'de<fault' <z>>)"},
+          {u"<a x='0'>&lt;<z/></a>", "0(<a @x=0 #xmlns:p=u @{u}p:x=2 '<' <z>>)"},
           {u"<a p:x='0' xmlns:p='own'/>", "0(<a @{own}p:x=0 #xmlns:p=own @x=1 'de<fault'>)"},
-          {u"<e:b e:y='1'/>", "0(<{v}e:b @{v}e:y=1 #e=v>)"},
+          {u"<e:b e:y='1'/>", "0(<{v}e:b @{v}e:y=1 #xmlns:e=v>)"},
           {u"<c k8='8' k3='3' a='' b='' d='' e='' f='' g='' k0='0'/>",
            "0(<c @k8=8 @k3=3 @a= @b= @d= @e= @f= @g= @k0=0 @k1=d @k2=d @k4=d @k5=d @k6=d @k7=d>)"},
       },

@@ -1,4 +1,4 @@
-// Evaluates expressions over one small document, in both ways of evaluation.
+// Evaluates expressions over one small document.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -44,11 +44,9 @@ class Evaluation : public testing::Test {
     return nullptr;
   }
 
-  std::string Run(const std::string& expression, bool plain = false,
-                  XPathPatternKind patternKind = kNoPattern) {
+  std::string Run(const std::string& expression, XPathPatternKind patternKind = kNoPattern) {
     XPathExpression evaluator;
     evaluator.SetExpression(&map_, Wide(expression), patternKind);
-    evaluator.SetPlainEvaluation(plain);
     evaluator.SetXsltFunctions(true);
     if (!evaluator.Parse(true, kExprGrammar)) return "no parse";
     evaluator.SetVariables(&variables_);
@@ -65,7 +63,6 @@ class Evaluation : public testing::Test {
   void Check(std::initializer_list<Row> rows) {
     for (const Row& row : rows) {
       EXPECT_EQ(Run(row.expression), row.expected) << row.expression;
-      EXPECT_EQ(Run(row.expression, true), row.expected) << "plain " << row.expression;
     }
   }
 

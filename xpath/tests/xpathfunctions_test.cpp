@@ -298,7 +298,7 @@ TEST_F(Evaluation, FormatNumber) {
       {"format-number(0.285, '0.00')", "\"0.28\""},
       {"format-number(0.125, '0.00')", "\"0.13\""},
       {"format-number(2.5, '0')", "\"3\""},
-      {"format-number(-0.004, '0.00')", "\"-0.00\""},
+      {"format-number(-0.004, '0.00')", "\"0.00\""},
       {"format-number(99.996, '0.00')", "\"100.00\""},
       {"format-number(999999, '#,##')", "\"99,99,99\""},
       {"format-number(0.05, '#.#')", "\"0.1\""},

@@ -1,7 +1,8 @@
-#include "xpathparser.h"
+#include "syntax/xpathparser.h"
 
 #include <gtest/gtest.h>
 
+#include "nodes/xpathvaluenode.h"
 #include "testtree.h"
 
 namespace kelmora {
@@ -14,7 +15,7 @@ const char* RuleName(XPathRule rule) {
 #define XPATH_RULE(number, name) \
   case XPathRule::name:          \
     return #name;
-#include "xpathrule.def"
+#include "syntax/xpathrule.def"
 #undef XPATH_RULE
   }
   return "?";
@@ -197,14 +198,13 @@ std::string Repeat(const std::string& piece, int count) {
   return text;
 }
 
-std::string EvaluateText(const std::string& text, bool plain = false) {
+std::string EvaluateText(const std::string& text) {
   XPathTreeBuilder builder;
   TestTree tree(builder, "<a><a/></a>");
   PrefixMap map;
   XPathExpression expression;
   expression.SetExpression(&map, Wide(text), kNoPattern);
   if (!expression.Parse(true, kExprGrammar)) return "fails";
-  expression.SetPlainEvaluation(plain);
   XPathValue value;
   if (!expression.Evaluate(tree.Root(), tree.Root()->firstChild, value)) return "error";
   return Show(value);
@@ -230,13 +230,11 @@ TEST(XPathParser, NestingHasABound) {
     auto nested = [&row](int levels) {
       return Repeat(row.open, levels) + row.inside + Repeat(row.close, levels);
     };
-    for (bool plain : {false, true}) {
-      std::string value = EvaluateText(nested(row.bound), plain);
-      if (row.expected != nullptr) {
-        EXPECT_EQ(value, row.expected) << row.open;
-      }
-      EXPECT_NE(value, "fails") << row.open;
+    std::string value = EvaluateText(nested(row.bound));
+    if (row.expected != nullptr) {
+      EXPECT_EQ(value, row.expected) << row.open;
     }
+    EXPECT_NE(value, "fails") << row.open;
     EXPECT_EQ(EvaluateText(nested(row.bound + 1)), "fails") << row.open;
     EXPECT_EQ(EvaluateText(nested(100000)), "fails") << row.open;
     EXPECT_EQ(EvaluateText(Repeat(row.open, 100000)), "fails") << row.open;

@@ -13,6 +13,7 @@
 #include "numbers/numbercounts.h"
 #include "numbers/numberformats.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "rules/templaterules.h"
 #include "sorting/collation.h"
 #include "tqcore/console.h"
@@ -37,6 +38,7 @@ struct XSLTProcessor::PartsOfRun {
   TemplateRules rules;
   GlobalEvaluation globals;
   ResultScopes scopes;
+  StartTags tags;
   Collations collators;
   NumberCounts counts;
   NumberFormats numberFormats;
@@ -94,6 +96,7 @@ void XSLTProcessor::Reset() {
   Rules = &run_->rules;
   Globals = &run_->globals;
   Scopes = &run_->scopes;
+  Tags = &run_->tags;
   Collators = &run_->collators;
   Counts = &run_->counts;
   NumberFormatting = &run_->numberFormats;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "xpath/xpathfunction.h"
+
 namespace kelmora {
 
 namespace {
@@ -21,13 +23,22 @@ constexpr CodeText kCodeTexts[] = {
 
 // By XPath error number, ascending.
 constexpr CodeText kXPathTexts[] = {
-    {1, 7401},  {2, 7402},  {3, 7403},  {4, 7404},  {5, 7405},  {6, 7406},
-    {7, 7454},  {8, 7407},  {9, 7408},  {10, 7409}, {11, 7410}, {12, 7411},
-    {13, 7449}, {14, 7450}, {15, 7451}, {16, 7453}, {17, 7455},
+#define XPATH_ERROR(number, id, message) {number, message},
+#include "xpath/xpatherrors.def"
+#undef XPATH_ERROR
 };
 
 constexpr int kFirstFunctionName = 7413;
-constexpr int kFunctionCount = 36;
+constexpr int kLastFunctionName = 7448;
+
+// Functions without a text show the name that calls use.
+TQString FunctionText(std::int32_t function) {
+  TQString text(NameOfFunction(function));
+  if (function <= kLastFunctionName - kFirstFunctionName) {
+    text.LoadResource(kFirstFunctionName + function);
+  }
+  return text;
+}
 
 // Empty for a code that the table lacks.
 template <std::size_t size>
@@ -64,10 +75,8 @@ const TQString& TQXSLTError::Text() const {
 
 TQString TQXSLTError::XPathText() const {
   TQString message = TextOf(kXPathTexts, xpathCode_);
-  if (xpathFunction_ < 0 || xpathFunction_ >= kFunctionCount) return message;
-  TQString function;
-  function.LoadResource(kFirstFunctionName + xpathFunction_);
-  return TQString::Format(u"%s -> %s", {message, function});
+  if (NameOfFunction(xpathFunction_).empty()) return message;
+  return TQString::Format(u"%s -> %s", {message, FunctionText(xpathFunction_)});
 }
 
 }  // namespace kelmora

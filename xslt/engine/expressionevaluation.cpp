@@ -225,6 +225,10 @@ const XPathNodeList& XSLTProcessorBase::Universe(XPathNode* contextNode) {
   return universes_->Find(contextNode);
 }
 
+void XSLTProcessorBase::ForgetUniverse(const XPathNode& root) {
+  universes_->Forget(root);
+}
+
 XPathNodeList XSLTProcessorBase::EvaluateOverUniverse(const ExpressionText& expression,
                                                       XPathNode* contextNode,
                                                       XPathNode* namespaceNode,

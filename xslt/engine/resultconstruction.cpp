@@ -22,18 +22,33 @@ const XPathNode* FirstNode(const XPathNodeList& nodes) {
   return first;
 }
 
-// The node whose value alone is the string value of `node`; null when texts have to be joined.
+// The node whose value alone is the string value of `node`; null when texts may have to be joined.
+// In a result, nodes of any kind can have children: xsl:copy puts its content under the copy.
 const XPathNode* OnlyText(const XPathNode& node) {
   if (node.kind != XPathNodeKind::Element && node.kind != XPathNodeKind::Root) return &node;
-  const XPathNode* child = BehindAttributes(node);
-  return child != nullptr && child->next == nullptr && child->IsText() ? child : nullptr;
+  const XPathNode* only = nullptr;
+  for (const XPathNode* child = node.firstChild; child != nullptr; child = child->next) {
+    if (child->firstChild != nullptr || (child->IsText() && only != nullptr)) return nullptr;
+    if (child->IsText()) only = child;
+  }
+  return only;
+}
+
+// All nodes of a result tree count alike in document order, so that a list of them keeps the order
+// in which they were found. A copy comes with stamps unlike those of a node that was made.
+void TakeStamps(XPathNode& top, const XPathNode& parent) {
+  for (XPathNode* node = &top; node != nullptr;
+       node = node->firstChild != nullptr ? node->firstChild : node->NextSkippingChildren(&top)) {
+    node->documentNumber = parent.documentNumber;
+    node->orderNumber = -1;
+  }
 }
 
 }  // namespace
 
 XPathNode* AppendOrDrop(XPathNode& parent, OwnedTree node) {
   if (!HasPlace(parent, *node)) return nullptr;
-  node->documentNumber = parent.documentNumber;
+  TakeStamps(*node, parent);
   parent.AppendChild(node.get());
   return node.release();
 }
@@ -57,8 +72,6 @@ OwnedTree ShallowCopy(const XPathNode& node) {
   copy->namespaceURI = node.namespaceURI;
   copy->escapeOutput = node.escapeOutput;
   copy->synthetic = node.synthetic;
-  copy->orderNumber = 0;
-  copy->documentNumber = 0;
   copy->SetBaseURI(node.OwnBaseURI());
   if (node.HasOwnName()) copy->SetOwnName(node.GetName());
   if (node.HasOwnValue()) copy->SetOwnValue(node.GetValue());
@@ -144,6 +157,15 @@ void DeclareOn(XPathNode& element, std::u16string_view prefix, InternedURI uri) 
   NamespaceScope& scope = element.OwnScope();
   scope.scopeMap.Set(prefix, uri);
   if (!prefix.empty()) scope.attributeScopeMap.Set(prefix, uri);
+}
+
+std::u16string_view DeclaredPrefix(const XPathNode& declaration) {
+  return declaration.GetPrefix().empty() ? std::u16string_view() : declaration.GetLocalName();
+}
+
+bool TakesAttributes(const XPathNode& parent) {
+  return parent.kind == XPathNodeKind::Element &&
+         (parent.lastChild == nullptr || IsAttributeLike(*parent.lastChild));
 }
 
 XPathNode* BehindAttributes(const XPathNode& element) {

@@ -17,7 +17,8 @@ struct TreeDeleter {
 };
 using OwnedTree = std::unique_ptr<XPathNode, TreeDeleter>;
 
-// The one road into a result tree: `node` becomes the last child and takes the document number.
+// The one road into a result tree: `node` becomes the last child, and all of its tree takes the
+// document number and no order number.
 // Raises TQXTreeException with code 1, and frees the node, where the data model has no such shape:
 // anything but text in an attribute or declaration, an attribute in a root, an attribute or
 // declaration behind content.
@@ -40,6 +41,12 @@ bool JoinText(XPathNode& parent, std::u16string_view text, bool escapeOutput);
 // the prefix to nothing.
 void DeclareOn(XPathNode& element, std::u16string_view prefix, InternedURI uri);
 OwnedTree MakeDeclaration(std::u16string_view prefix, InternedURI uri);
+// The prefix that a declaration declares, empty for the default namespace. Not for a node of the
+// namespace axis, whose name is its prefix.
+std::u16string_view DeclaredPrefix(const XPathNode& declaration);
+
+// Whether an attribute can enter: an element without content.
+bool TakesAttributes(const XPathNode& parent);
 
 // Where leading attributes and declarations end: the first other child, null at the end.
 XPathNode* BehindAttributes(const XPathNode& element);

@@ -50,4 +50,9 @@ const XPathNodeList& Universes::Find(XPathNode* contextNode) {
   return lists.emplace(document, ofAttributes ? AllAttributes(root) : AllNodes(root)).first->second;
 }
 
+void Universes::Forget(const XPathNode& root) {
+  NodeUniverse.erase(DocumentKeyOf(&root));
+  AttributeUniverse.erase(DocumentKeyOf(&root));
+}
+
 }  // namespace kelmora

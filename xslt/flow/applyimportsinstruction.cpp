@@ -11,8 +11,12 @@ bool ApplyImportsInstruction::Execute() {
   if (frame.CurrentRule == nullptr || frame.RuleCursor == nullptr) {
     throw TQXSLTError(XsltCode::UnexpectedApplyImports, nullptr);
   }
-  const auto index = static_cast<std::size_t>(frame.RootFrame->Position - 1);
-  XPathNode* item = (*frame.NodeList)[index].node;
+  // The position of the template counts in the list of the template alone. An element beside the
+  // xsl:sort of xsl:apply-templates runs with the list that is being sorted.
+  const TemplateFrame& templateFrame = *frame.RootFrame;
+  XPathNode* item =
+      frame.NodeList == templateFrame.NodeList ? templateFrame.ContextNode() : nullptr;
+  if (item == nullptr) throw TQXSLTError(XsltCode::UnexpectedApplyImports, nullptr);
   const ModeId mode = Processor->Rules->ResolveMode(frame.CurrentRule->RawMode, element);
   TemplateRule* rule = Processor->Rules->FindImportedRule(frame, item, mode);
   if (rule == nullptr) throw TQXSLTError(XsltCode::UnexpectedFailure, nullptr);

@@ -72,15 +72,17 @@ void ApplyTemplatesInstruction::Select() {
   Evaluated = true;
 }
 
-// Parameters see the context of the caller, though the frame's list may be the selected one.
+// Parameters see the context of the caller, though the frame's list may be the selected one. So do
+// the attributes of an xsl:sort that has nothing to sort, and no node to see otherwise.
 void ApplyTemplatesInstruction::StartChild(XPathNode* child) {
   const XsltElement code = CodeOf(child);
   if (code == XsltElement::Sort) {
     if (!Evaluated) Select();
     HasSort = true;
   }
+  const bool sortsNothing = code == XsltElement::Sort && Frame().NodeList->empty();
   TemplateFrame* frame = PushChild(child);
-  if (code == XsltElement::WithParam) {
+  if (code == XsltElement::WithParam || sortsNothing) {
     frame->NodeList = SavedContext;
     frame->Position = SavedPosition;
   }

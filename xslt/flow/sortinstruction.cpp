@@ -21,6 +21,7 @@ bool SortInstruction::Execute() {
 template <class Key, class Evaluate>
 std::unique_ptr<SortKey> SortInstruction::Fill(std::unique_ptr<Key> key, Evaluate evaluate) {
   TemplateFrame& frame = Frame();
+  frame.NodeList = frame.Parent->NodeList;
   const std::int32_t count = frame.ContextSize();
   key->Reserve(static_cast<std::size_t>(count));
   for (frame.Position = 1; frame.Position <= count; ++frame.Position) key->Add(evaluate());

@@ -24,6 +24,7 @@ class KeyTable {
   // Evaluates the key over the tree of `root` unless that was done. Raises what the expressions
   // raise. A null root is none.
   void Index(XPathNode* root, XSLTProcessorBase& processor);
+  void Forget(const XPathNode& root) { Indexes.erase(&root); }  // its nodes are not what they were
   // A key() has asked. Before that no tree is indexed: the variables of `use` may not exist yet.
   bool IsInUse() const { return !Indexes.empty(); }
   // The nodes of that value in index order, each once; null without one. `root` must be indexed.

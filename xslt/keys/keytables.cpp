@@ -8,6 +8,10 @@ void KeyTables::Index(XPathNode* root) {
   }
 }
 
+void KeyTables::Forget(const XPathNode& root) {
+  for (auto& [name, table] : tables_) table.Forget(root);
+}
+
 bool KeyTables::HasKey(std::u16string_view expandedName) const {
   return tables_.contains(expandedName);
 }

@@ -1,5 +1,7 @@
 // KeyTables: Keys of the processor, the keys of all stylesheets by their expanded names. Answers
 // key() and indexes a tree when the first key() asks for it.
+//
+// This room holds xsl:key: the tables and their element.
 #pragma once
 
 #include <map>
@@ -19,6 +21,7 @@ class KeyTables final : public XPathKeys {
   KeyTable& operator[](const TQString& expandedName) { return tables_[expandedName]; }
   // For a tree that has been loaded while keys are in use. Raises what the expressions raise.
   void Index(XPathNode* root);
+  void Forget(const XPathNode& root);  // its nodes are not what they were
   void Clear() { tables_.clear(); }
 
   bool HasKey(std::u16string_view expandedName) const override;

@@ -30,14 +30,6 @@ bool IsXslText(const XPathNode* node) {
   return node != nullptr && XsltElementNames::Code(node) == XsltElement::Text;
 }
 
-// A copy belongs to the document that it goes into, but it has no place in its order.
-void SetDocumentNumber(XPathNode* top, std::int32_t number) {
-  for (XPathNode* node = top; node != nullptr;
-       node = node->firstChild != nullptr ? node->firstChild : node->NextSkippingChildren(top)) {
-    node->documentNumber = number;
-  }
-}
-
 XPathNode* BehindImports(XPathNode* element, const StylesheetIndex& index) {
   XPathNode* place = FirstContent(element);
   for (XPathNode* child = place; child != nullptr; child = child->next) {
@@ -152,13 +144,14 @@ struct StylesheetModules::IncludeLevel {
 // own.
 void StylesheetModules::ExpandIncludes(XPathNode* element) {
   std::vector<IncludeLevel> levels{{element, FirstContent(element)}};
+  bool replaces = false;
   while (true) {
     IncludeLevel& level = levels.back();
     XPathNode* child = level.child;
     if (child == nullptr) {
       XPathNode* included = level.element;
       levels.pop_back();
-      if (levels.empty()) return;
+      if (levels.empty()) break;
       OpenStylesheets.pop_back();
       ReplaceInclude(levels.back(), included);
       continue;
@@ -166,6 +159,7 @@ void StylesheetModules::ExpandIncludes(XPathNode* element) {
     level.child = child->next;
     const XsltElement code = processor_->Index->Code(child);
     if (code == XsltElement::Include) {
+      replaces = true;
       level.include = child;
       XPathNode* top = OpenInclude(child);
       if (top != nullptr) {
@@ -179,6 +173,14 @@ void StylesheetModules::ExpandIncludes(XPathNode* element) {
       level.seenOther = true;
     }
   }
+  if (replaces) TreeHasChanged(*element->Root());
+}
+
+// document('') shows the tree. An imported one was indexed by the keys in use when it was loaded.
+void StylesheetModules::TreeHasChanged(XPathNode& root) {
+  processor_->TreeBuilder->Restamp(root);
+  processor_->ForgetUniverse(root);
+  processor_->Keys->Forget(root);
 }
 
 // The element whose children an include brings in, entered in OpenStylesheets; null without one.
@@ -207,7 +209,6 @@ void StylesheetModules::ReplaceInclude(IncludeLevel& level, XPathNode* top) {
       behindImports = BehindImports(element, *processor_->Index);
     XPathNode* copy = XPathNode::Copy(*child, true, element);
     if (copy->OwnBaseURI() == nullptr) copy->SetBaseURI(top->Root()->OwnBaseURI());
-    SetDocumentNumber(copy, element->documentNumber);
     element->InsertChild(isImport ? behindImports : include, copy);
     processor_->Dispatcher->Validate(XsltElement::Stylesheet, copy);
     if (copy->kind == XPathNodeKind::Element && !isImport) level.seenOther = true;

@@ -4,6 +4,9 @@
 // surgery: its element gives way to copies of what the named stylesheet holds, before any child of
 // the including element runs. Copies keep the sources of the nodes that they were made of, so
 // errors in them name the file that they stood in.
+//
+// This room holds the stylesheet as a whole: its files, imports, includes and top-level elements,
+// and the built-in rules.
 #pragma once
 
 #include <string_view>
@@ -51,6 +54,7 @@ class StylesheetModules {
   struct IncludeLevel;
 
   XPathNode* BuildTree(XTreeNode* source, const TQString& path);
+  void TreeHasChanged(XPathNode& root);
   XPathNode* OpenInclude(XPathNode* include);
   void ReplaceInclude(IncludeLevel& level, XPathNode* top);
 

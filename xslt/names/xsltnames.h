@@ -1,4 +1,7 @@
 // The names of XSLT: a code for each element and each attribute. Both tables lie in .def files.
+//
+// This room holds what the nodes of a stylesheet are and have: codes, records, and the index of
+// both.
 #pragma once
 
 #include <algorithm>
@@ -21,7 +24,7 @@ enum class XsltElement : std::int32_t {
 #undef ELEMENT
 };
 inline constexpr std::size_t kXsltElementCodes = 1 + std::max<std::size_t>({
-                                                         // codes are below
+// codes are below
 #define ELEMENT(code, enumerator, name) code,
 #include "names/elementcodes.def"
 #undef ELEMENT
@@ -35,7 +38,7 @@ enum class XsltAttribute : std::int32_t {
 #undef ATTRIBUTE
 };
 inline constexpr std::size_t kXsltAttributeCodes = 1 + std::max<std::size_t>({
-                                                           // codes are below
+// codes are below
 #define ATTRIBUTE(code, enumerator, name) code,
 #include "names/attributecodes.def"
 #undef ATTRIBUTE

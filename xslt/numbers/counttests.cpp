@@ -63,8 +63,8 @@ std::unique_ptr<CountTest> MakeTest(const NumberQuery& query, const ExpressionTe
   const SimplePattern& first = test->alternatives.front();
   if (test->alternatives.size() == 1 && first.IsSingleStep() && !first.IsRoot()) {
     const SimpleStep& step = first.LastStep();
-    test->isName = step.test == SimpleStep::Name;
-    test->name = {step.name, step.uri, step.isAttribute};
+    test->isName = step.test.kind == StepTest::Name;
+    test->name = {step.test.name, step.test.uri, step.isAttribute};
   }
   return test;
 }

@@ -3,6 +3,8 @@
 // gives the same numbers faster where it can.
 //
 // Numbers come from the innermost to the outermost.
+//
+// This room holds xsl:number: counting and formatting.
 #pragma once
 
 #include <cstdint>

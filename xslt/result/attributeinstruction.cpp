@@ -18,7 +18,7 @@ bool AttributeInstruction::Execute() {
   if (record.Namespace != nullptr) {
     Namespace = Processor->ExpandAttributeValue(record.Namespace, Frame());
   }
-  if (!HasPlace()) return true;
+  if (!TakesAttributes(*OutputNode)) return true;
 
   const InternedURI uri = Namespace.IsEmpty() ? ResolveByPrefix(record) : ResolveByNamespace();
   OwnedTree attribute = MakeResultNode(XPathNodeKind::Attribute, std::move(Name), TQString());
@@ -32,22 +32,14 @@ bool AttributeInstruction::Execute() {
   return true;
 }
 
-bool AttributeInstruction::HasPlace() const {
-  if (OutputNode->kind != XPathNodeKind::Element) return false;
-  return OutputNode->lastChild == nullptr || IsAttributeLike(*OutputNode->lastChild);
-}
-
 InternedURI AttributeInstruction::ResolveByNamespace() {
   const std::u16string_view prefix = PrefixOf(Name);
   if (!prefix.empty()) {
     const InternedURI bound = OutputNode->ScopeMap().Lookup(prefix);
     if (bound != nullptr && *bound == Namespace) return bound;
   }
-  const bool generates = prefix.empty() || prefix == u"xmlns";
-  const TQString declared = generates ? Processor->Scopes->GeneratePrefix() : TQString(prefix);
-  if (generates) Name = declared + u":" + LocalPartOf(Name);
   const InternedURI uri = Processor->Kept->KeepURI(Namespace);
-  DeclareOn(*OutputNode, declared, uri);
+  BindPrefix(Name, uri);
   return uri;
 }
 

@@ -18,7 +18,6 @@ class AttributeInstruction final : public ResultInstruction {
   bool Resume() override;
 
  private:
-  bool HasPlace() const;
   // Give the URI of the new attribute and declare what is missing for it on OutputNode.
   InternedURI ResolveByNamespace();  // may change the name
   InternedURI ResolveByPrefix(const AttributeRecord& record);

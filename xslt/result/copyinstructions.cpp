@@ -34,7 +34,8 @@ bool CopyOfInstruction::Execute() {
       continue;
     }
     for (const XPathNode* child = entry.node->firstChild; child != nullptr; child = child->next) {
-      if (child->kind != XPathNodeKind::XMLDeclaration) CopyNode(*child);
+      // The XML declaration and the DOCTYPE with all that is in it stay behind.
+      if (child->kind < XPathNodeKind::XMLDeclaration) CopyNode(*child);
     }
   }
   return true;
@@ -42,6 +43,10 @@ bool CopyOfInstruction::Execute() {
 
 void CopyOfInstruction::CopyFragment(const XPathNode& root) {
   for (const XPathNode* child = root.firstChild; child != nullptr; child = child->next) {
+    if (child->kind == XPathNodeKind::Namespace) {
+      AddDeclaration(DeclaredPrefix(*child), child->GetValue());
+      continue;
+    }
     OwnedTree copy(XPathNode::Copy(*child, true, nullptr));
     if (child->kind == XPathNodeKind::Element) {
       Processor->Scopes->ReconcileNamespaces(*copy, *OutputNode);
@@ -51,7 +56,16 @@ void CopyOfInstruction::CopyFragment(const XPathNode& root) {
 }
 
 void CopyOfInstruction::CopyNode(const XPathNode& node) {
-  XPathNode* copy = AppendOrDrop(*OutputNode, OwnedTree(XPathNode::Copy(node, true, nullptr)));
+  if (node.kind == XPathNodeKind::Namespace) {
+    AddDeclaration(node.GetName(), node.GetValue());
+    return;
+  }
+  OwnedTree made(XPathNode::Copy(node, true, nullptr));
+  if (node.kind == XPathNodeKind::Attribute) {
+    AddCopiedAttribute(std::move(made));
+    return;
+  }
+  XPathNode* copy = AppendOrDrop(*OutputNode, std::move(made));
   if (copy != nullptr && copy->kind == XPathNodeKind::Element) {
     Processor->Scopes->DeclareMissingNamespaces(*copy, !Frame().InFragment);
   }

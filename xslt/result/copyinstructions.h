@@ -19,9 +19,9 @@ class CopyInstruction final : public SetUsingInstruction {
 // Done in Execute. A fragment's children are copied with the scope of the output repaired, other
 // nodes with the declarations that their place lacks, any other value as text. A copy without a
 // place in the result is dropped.
-class CopyOfInstruction final : public Instruction {
+class CopyOfInstruction final : public ResultInstruction {
  public:
-  using Instruction::Instruction;
+  using ResultInstruction::ResultInstruction;
   bool Execute() override;
 
  private:

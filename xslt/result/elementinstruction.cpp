@@ -3,6 +3,7 @@
 #include "engine/kepttrees.h"
 #include "names/elementrecord.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
 #include "xslt/xsltprocessorbase.h"
@@ -62,7 +63,7 @@ void ElementInstruction::ResolveByNamespace() {
 
   TQString declared(prefix);
   if (declared == u"xmlns") {
-    declared = Processor->Scopes->GeneratePrefix();
+    declared = Processor->Tags->GeneratePrefix();
     Name = declared + u":" + LocalPartOf(Name);
   }
   if (!Namespace.IsEmpty()) element.namespaceURI = Processor->Kept->KeepURI(Namespace);

@@ -3,13 +3,14 @@
 #include "engine/declarations.h"
 #include "names/xsltnames.h"
 #include "result/resultscope.h"
+#include "result/starttags.h"
 #include "tqcore/tqtext.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
 
 ResultInstruction::~ResultInstruction() {
-  if (OwnsOutput) Processor->Scopes->ForgetAttributes();
+  if (OwnsOutput) Processor->Tags->Close(*OutputNode);
 }
 
 void ResultInstruction::EndChildren() {
@@ -17,58 +18,85 @@ void ResultInstruction::EndChildren() {
   Instruction::EndChildren();
 }
 
-// An element that ends gets no more attributes; one that an attribute ends in may get many.
 void ResultInstruction::CloseOutput() {
   if (!OwnsOutput) return;
   OwnsOutput = false;
-  if (OutputNode->kind == XPathNodeKind::Element) Processor->Scopes->ForgetAttributes();
+  Processor->Tags->Close(*OutputNode);
   OutputNode = OutputNode->parent;
 }
 
 XPathNode* ResultInstruction::CopyResultNode(XPathNode& node, bool makeCurrent, bool literal) {
-  OwnedTree made = ShallowCopy(node);
-  PrefixText = PrefixOf(made->GetName());
-  const bool keepsXslt =
-      !Processor->Declared->NamespaceAliases().empty() && ApplyAlias(*made, node);
-
-  XPathNode* copy = AppendOrDrop(*OutputNode, std::move(made));
-  if (copy == nullptr) return nullptr;
-  TemplateFrame& frame = Frame();
-  switch (copy->kind) {
-    case XPathNodeKind::Element:
+  XPathNode* copy = nullptr;
+  if (node.kind == XPathNodeKind::Namespace) {
+    copy = AddDeclaration(node.GetName(), node.GetValue());
+  } else {
+    OwnedTree made = ShallowCopy(node);
+    PrefixText = PrefixOf(made->GetName());
+    const bool isRenamed = !Processor->Declared->NamespaceAliases().empty() && ApplyAlias(*made);
+    copy = node.kind == XPathNodeKind::Attribute
+               ? CopyAttribute(node, std::move(made), isRenamed, literal)
+               : AppendOrDrop(*OutputNode, std::move(made));
+    if (copy != nullptr && copy->kind == XPathNodeKind::CData) copy->kind = XPathNodeKind::Text;
+    if (copy != nullptr && copy->kind == XPathNodeKind::Element) {
       copy->ShareScope(*OutputNode);
+      const InternedURI bound = isRenamed ? node.ScopeMap().Lookup(PrefixText) : nullptr;
+      const bool keepsXslt = bound != nullptr && IsXsltURI(bound);
+      const TemplateFrame& frame = Frame();
       Processor->Scopes->ProcessScope(
           *copy, {node, literal, keepsXslt, PrefixText, frame.ExcludedURIs, frame.ExtensionURIs,
                   Processor->Declared->NamespaceAliases()});
-      break;
-    case XPathNodeKind::Attribute:
-      if (literal && node.GetValue().find_first_of(u"{}") != std::u16string_view::npos) {
-        copy->SetOwnValue(Processor->ExpandAttributeValue(&node, frame));
-      }
-      break;
-    case XPathNodeKind::CData:
-      copy->kind = XPathNodeKind::Text;
-      break;
-    case XPathNodeKind::Root:
-    case XPathNodeKind::Text:
-    case XPathNodeKind::Namespace:
-    case XPathNodeKind::PI:
-    case XPathNodeKind::Comment:
-    case XPathNodeKind::XMLDeclaration:
-    case XPathNodeKind::DocType:
-    case XPathNodeKind::ExternalID:
-    case XPathNodeKind::DTDElement:
-    case XPathNodeKind::DTDAttlist:
-    case XPathNodeKind::DTDEntity:
-    case XPathNodeKind::DTDNotation:
-      break;
+    }
   }
+  if (copy == nullptr) return nullptr;
   OwnsOutput = makeCurrent;
   if (makeCurrent) OutputNode = copy;
   return copy;
 }
 
-bool ResultInstruction::ApplyAlias(XPathNode& copy, const XPathNode& node) {
+XPathNode* ResultInstruction::CopyAttribute(XPathNode& node, OwnedTree copy, bool isRenamed,
+                                            bool literal) {
+  if (literal && node.GetValue().find_first_of(u"{}") != std::u16string_view::npos) {
+    copy->SetOwnValue(Processor->ExpandAttributeValue(&node, Frame()));
+  }
+  // An alias changes the prefix and not the URI: then any binding will do. A literal attribute
+  // finds the declarations of its element, unless they were excluded or an attribute set took the
+  // prefix.
+  const bool isBound = OutputNode->ScopeMap().Lookup(PrefixText) != nullptr;
+  const bool declares = isRenamed ? !literal && !isBound : !literal || isBound;
+  return declares ? AddCopiedAttribute(std::move(copy))
+                  : Processor->Tags->AddAttribute(*OutputNode, std::move(copy));
+}
+
+XPathNode* ResultInstruction::AddCopiedAttribute(OwnedTree copy) {
+  const std::u16string_view prefix = copy->GetPrefix();
+  const InternedURI uri = copy->namespaceURI;
+  if (!prefix.empty() && uri != nullptr && TakesAttributes(*OutputNode) &&
+      !SameURI(OutputNode->ScopeMap().Lookup(prefix), uri)) {
+    TQString name = copy->GetName();
+    BindPrefix(name, uri);
+    copy->SetOwnName(std::move(name));
+  }
+  return Processor->Tags->AddAttribute(*OutputNode, std::move(copy));
+}
+
+XPathNode* ResultInstruction::AddDeclaration(std::u16string_view prefix,
+                                             std::u16string_view value) {
+  if (prefix == u"xml" || prefix == u"xmlns") return nullptr;
+  const InternedURI uri = value.empty() ? nullptr : Processor->TreeBuilder->InternURI(value);
+  return Processor->Tags->AddDeclaration(*OutputNode, prefix, uri);
+}
+
+void ResultInstruction::BindPrefix(TQString& name, InternedURI uri) {
+  TQString prefix(PrefixOf(name));
+  const bool isUsable = !prefix.IsEmpty() && prefix != u"xmlns";
+  if (isUsable && Processor->Tags->AddDeclaration(*OutputNode, prefix, uri) != nullptr) return;
+  do {
+    prefix = Processor->Tags->GeneratePrefix();
+  } while (Processor->Tags->AddDeclaration(*OutputNode, prefix, uri) == nullptr);
+  name = prefix + u":" + LocalPartOf(name);
+}
+
+bool ResultInstruction::ApplyAlias(XPathNode& copy) {
   if (copy.kind == XPathNodeKind::Root || copy.IsText() || copy.kind == XPathNodeKind::Comment) {
     return false;  // they have no name
   }
@@ -80,10 +108,7 @@ bool ResultInstruction::ApplyAlias(XPathNode& copy, const XPathNode& node) {
   name += copy.GetLocalName();
   PrefixText = alias->second;
   copy.SetOwnName(std::move(name));
-  const bool isAttribute = node.kind == XPathNodeKind::Attribute;
-  const PrefixMap& scope = isAttribute ? node.AttributeScopeMap() : node.ScopeMap();
-  const InternedURI bound = scope.Lookup(PrefixText);
-  return bound != nullptr && IsXsltURI(bound);
+  return true;
 }
 
 bool ResultInstruction::AddResultNode(OwnedTree node) {
@@ -95,19 +120,7 @@ bool ResultInstruction::AddResultNode(OwnedTree node) {
 }
 
 void ResultInstruction::AddResultAttribute(OwnedTree attribute) {
-  XPathNode* present = Processor->Scopes->FindAttribute(*OutputNode, attribute->namespaceURI,
-                                                        attribute->GetLocalName());
-  if (present == nullptr) {
-    AddResultNode(std::move(attribute));
-    return;
-  }
-  present->SetOwnName(attribute->GetName());
-  present->SetOwnValue(TQString());
-  while (XPathNode* child = present->firstChild) {
-    present->RemoveChild(child);
-    XPathNode::DeleteTree(child);
-  }
-  OutputNode = present;
+  OutputNode = Processor->Tags->AddAttribute(*OutputNode, std::move(attribute));
   OwnsOutput = true;
 }
 

@@ -10,7 +10,6 @@
 #include "result/resultscope.h"
 
 #include <algorithm>
-#include <functional>
 
 #include "names/xsltnames.h"
 #include "tqcore/tqtext.h"
@@ -94,8 +93,7 @@ bool ResultScopes::ProcessOwnDeclarations(XPathNode& copy, const Origin& origin)
   const XPathNode* end = BehindAttributes(origin.node);
   for (const XPathNode* child = origin.node.firstChild; child != end; child = child->next) {
     if (child->kind != XPathNodeKind::Namespace) continue;
-    const bool isDefault = child->GetName() == u"xmlns";
-    declared.push_back(isDefault ? std::u16string_view() : child->GetLocalName());
+    declared.push_back(DeclaredPrefix(*child));
   }
   std::ranges::sort(declared);
   for (const std::u16string_view prefix : declared) {
@@ -151,8 +149,7 @@ class OpenEntries {
     for (const XPathNode* child = element.firstChild; child != end && open_ > 0;
          child = child->next) {
       if (child->kind != XPathNodeKind::Namespace) continue;
-      Close(child->GetLocalName(), child->GetValue());
-      if (child->GetName() == u"xmlns") Close(u"", child->GetValue());
+      Close(DeclaredPrefix(*child), child->GetValue());
     }
   }
   template <class Action>
@@ -211,9 +208,10 @@ void ResultScopes::DeclareMissingNamespaces(XPathNode& copy, bool scopesDeclared
     return;
   }
 
-  // A declaration further up counts even where a nearer one hides it.
+  // A declaration further up counts even where a nearer one hides it. One under a root is not
+  // written.
   for (const XPathNode* up = &copy; up != nullptr && !missing.IsEmpty(); up = up->parent) {
-    missing.FindDeclarations(*up);
+    if (up->kind == XPathNodeKind::Element) missing.FindDeclarations(*up);
   }
   missing.ForEach([&copy](const PrefixMap::Entry& entry) {
     copy.InsertChild(copy.firstChild, MakeDeclaration(entry.prefix, entry.uri).release());
@@ -264,56 +262,6 @@ const PrefixMap::Entry* ResultScopes::FindURI(const PrefixMap& map, std::u16stri
     }
   }
   return foundEntry_;
-}
-
-XPathNode* ResultScopes::FindAttribute(XPathNode& element, InternedURI uri,
-                                       std::u16string_view localName) {
-  if (indexed_ == &element) return FindIndexed(element, uri, localName);
-  int seen = 0;
-  for (XPathNode* child = element.firstChild; child != nullptr && IsAttributeLike(*child);
-       child = child->next) {
-    if (child->kind == XPathNodeKind::Attribute && child->namespaceURI == uri &&
-        child->GetLocalName() == localName) {
-      return child;
-    }
-    if (++seen > kIndexedAttributes) {
-      attributes_.clear();
-      indexed_ = &element;
-      lastIndexed_ = nullptr;
-      return FindIndexed(element, uri, localName);
-    }
-  }
-  return nullptr;
-}
-
-XPathNode* ResultScopes::FindIndexed(XPathNode& element, InternedURI uri,
-                                     std::u16string_view localName) {
-  XPathNode* child = lastIndexed_ != nullptr ? lastIndexed_->next : element.firstChild;
-  for (; child != nullptr && IsAttributeLike(*child); child = child->next) {
-    if (child->kind == XPathNodeKind::Attribute) attributes_.insert(child);  // the first one stays
-    lastIndexed_ = child;
-  }
-  const auto found = attributes_.find(AttributeKey{uri, localName});
-  return found != attributes_.end() ? *found : nullptr;
-}
-
-std::size_t ResultScopes::AttributeHash::operator()(const AttributeKey& key) const {
-  constexpr std::size_t kSpread = 0x9E3779B97F4A7C15u;
-  return std::hash<std::u16string_view>()(key.localName) ^
-         (std::hash<InternedURI>()(key.uri) * kSpread);
-}
-
-std::size_t ResultScopes::AttributeHash::operator()(const XPathNode* node) const {
-  return (*this)(AttributeKey{node->namespaceURI, node->GetLocalName()});
-}
-
-bool ResultScopes::AttributeEqual::operator()(const AttributeKey& key,
-                                              const XPathNode* node) const {
-  return key.uri == node->namespaceURI && key.localName == node->GetLocalName();
-}
-
-bool ResultScopes::AttributeEqual::operator()(const XPathNode* a, const XPathNode* b) const {
-  return (*this)(AttributeKey{a->namespaceURI, a->GetLocalName()}, b);
 }
 
 }  // namespace kelmora

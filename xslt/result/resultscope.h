@@ -11,7 +11,6 @@
 #include <array>
 #include <cstdint>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "engine/declarations.h"
@@ -55,16 +54,6 @@ class ResultScopes {
   // null without one. The entry lives as long as the map.
   const PrefixMap::Entry* FindURI(const PrefixMap& map, std::u16string_view uri);
 
-  TQString GeneratePrefix() {  // "prefix_1", "prefix_2", ...
-    return TQString::Format(u"prefix_%d", {++PrefixCounter});
-  }
-
-  // The first leading attribute of an element with that very URI pointer and that local name.
-  // Linear for few attributes, constant on average for many on one element after the other.
-  XPathNode* FindAttribute(XPathNode& element, InternedURI uri, std::u16string_view localName);
-  // For every result tree that is deleted while the run goes on: forgets what points into it.
-  void ForgetAttributes() { indexed_ = nullptr; }
-
  private:
   // An outcome of ProcessScope: with these inputs there is nothing to declare.
   struct Settled {
@@ -90,30 +79,12 @@ class ResultScopes {
     bool used = false;
   };
   static constexpr std::size_t kRemembered = 8;
-  static constexpr int kIndexedAttributes =
-      16;  // an element with more leading attributes has an index
-
-  struct AttributeKey {
-    InternedURI uri;
-    std::u16string_view localName;
-  };
-  struct AttributeHash {
-    using is_transparent = void;
-    std::size_t operator()(const AttributeKey& key) const;
-    std::size_t operator()(const XPathNode* node) const;
-  };
-  struct AttributeEqual {
-    using is_transparent = void;
-    bool operator()(const AttributeKey& key, const XPathNode* node) const;
-    bool operator()(const XPathNode* a, const XPathNode* b) const;
-  };
 
   bool IsSettled(const PrefixMap& from, const PrefixMap& to, const Origin& origin);
   void Settle(const PrefixMap& to, const Origin& origin);
   bool ProcessOwnDeclarations(XPathNode& copy, const Origin& origin);
   void ProcessWholeScope(XPathNode& copy, const Origin& origin);
   void Declare(XPathNode& copy, const Origin& origin, std::u16string_view prefix, InternedURI uri);
-  XPathNode* FindIndexed(XPathNode& element, InternedURI uri, std::u16string_view localName);
 
   std::array<Settled, kRemembered> settled_;
   std::uint64_t settledUse_ = 0;
@@ -124,11 +95,6 @@ class ResultScopes {
   TQString searchedURI_;
   const PrefixMap::Entry* foundEntry_ = nullptr;
   bool searched_ = false;
-
-  std::int32_t PrefixCounter = 0;
-  XPathNode* indexed_ = nullptr;      // the element whose attributes are in the index
-  XPathNode* lastIndexed_ = nullptr;  // the last child that the index has seen
-  std::unordered_set<XPathNode*, AttributeHash, AttributeEqual> attributes_;
 };
 
 }  // namespace kelmora

@@ -39,19 +39,25 @@ RuleIndex::Target RuleIndex::TargetOf(const TemplateRule& rule) {
   if (rule.Simple->IsRoot()) return {1U << Root, {}};
   const SimpleStep& step = rule.Simple->LastStep();
   const NodeClass named = step.isAttribute ? Attribute : Element;
-  switch (step.test) {
-    case SimpleStep::Name:
-      return {1U << named, step.name};
-    case SimpleStep::Namespace:
-    case SimpleStep::AnyName:
+  switch (step.test.kind) {
+    case StepTest::Name:
+      return {1U << named, step.test.name};
+    case StepTest::Namespace:
+    case StepTest::Element:
+    case StepTest::Attribute:
       return {1U << named, {}};
-    case SimpleStep::AnyText:
+    case StepTest::Text:
       return {1U << Text, {}};
-    case SimpleStep::AnyComment:
+    case StepTest::Comment:
       return {1U << Comment, {}};
-    case SimpleStep::AnyPI:
+    case StepTest::PI:
       return {1U << PI, {}};
-    case SimpleStep::AnyNode:
+    case StepTest::None:
+    case StepTest::AnyNode:
+    case StepTest::NamespaceNode:
+    case StepTest::NotNamespace:
+    case StepTest::Content:
+    case StepTest::LocalName:
       return {};
   }
   return {};

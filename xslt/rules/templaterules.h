@@ -3,6 +3,8 @@
 // Rules stay sorted, so that the right rule is the first one in order whose pattern has the node.
 // Every registration has a higher precedence than those before it, so sorting it means sorting the
 // new rules alone and putting them in front.
+//
+// This room holds template rules: their order, their index by node, and the choice of one.
 #pragma once
 
 #include <cstdint>

@@ -208,7 +208,8 @@ TEST(BindingsTest, Keys) {
   const Row rows[] = {
       {"<xsl:key name='k' match='b' use='string()'/><xsl:key name='k' match='a' use='.'/>",
        "code 1 (4) at xsl:stylesheet/xsl:key"},
-      {"<xsl:key name='k' match='a' use='.'/><xsl:key name='k' match='b' use='string()'/>", "133"},
+      {"<xsl:key name='k' match='a' use='.'/><xsl:key name='k' match='b' use='string()'/>",
+       "code 1 (4) at xsl:stylesheet/xsl:key"},
       {"<xsl:key name='k' match='a' use='.'/><xsl:key name='k' match='b' use='@x'/>", "133"},
       {"<xsl:key name='k' match='a|b' use='. - 1'/>", "12"},
       {"<xsl:key name='k' match=\"key('k', 1)\" use='.'/>", "code 1 (17, key)"},

@@ -192,7 +192,7 @@ TEST(Instructions, CopyAndCopyOf) {
       {"the namespace node xml",
        "<a><xsl:for-each select='*/namespace::*'><xsl:copy>x</xsl:copy>"
        "</xsl:for-each></a>",
-       "<a d=\"u\"/>", source},
+       "<a xmlns:d=\"u\"/>", source},
       {"the document without its declaration", "<xsl:copy-of select='/'/>",
        "<!--c--><d:r xmlns:d=\"u\" a=\"{1}\"><e xmlns:f=\"v\" f:b=\"2\">t&lt;</e></d:r><?p q?>",
        source},
@@ -307,6 +307,17 @@ TEST(Instructions, TextsCommentsAndMessages) {
        "<xsl:value-of select='r'/>|<xsl:value-of select='//@k'/>|"
        "<xsl:value-of select='//b'/>|<xsl:value-of select='2 div 4'/>|<xsl:value-of select='/..'/>",
        "x1y|&amp;|1|0.5|", "<r>x<b k='&amp;'>1</b>y</r>"},
+      {"a text with content below it",
+       "<xsl:variable name='v'><xsl:for-each select='r/text()[1]'><xsl:copy>+</xsl:copy>"
+       "</xsl:for-each></xsl:variable><a><xsl:value-of select='$v'/></a>"
+       "<xsl:if test='$v = \"x+\"'><xsl:value-of select='string-length($v)'/></xsl:if>",
+       "<a>x+</a>2", "<r>x<b/></r>"},
+      {"a comment and an attribute with content below them",
+       "<xsl:variable name='v'><e><xsl:for-each select='r/@k'><xsl:copy>+</xsl:copy>"
+       "</xsl:for-each><xsl:for-each select='r/comment()'><xsl:copy>-</xsl:copy></xsl:for-each>"
+       "<xsl:value-of select='r'/></e></xsl:variable><a><xsl:value-of select='$v'/></a>"
+       "<b><xsl:value-of select='string($v)'/></b>",
+       "<a>+-x</a><b>+-x</b>", "<r k='1'><!--c-->x</r>"},
       {"a message that ends the run", "<a/><xsl:message terminate='yes'>m<b>n</b></xsl:message>",
        "stopped: mn"},
       {"a message that doesn't", "<xsl:message>m</xsl:message><a/>", "<a/>"},
@@ -347,6 +358,15 @@ TEST(Instructions, ControlFlow) {
       {"sorts alone", "<xsl:for-each select='r/i'><xsl:sort/></xsl:for-each>.", "."},
       {"no current rule in a loop", "<xsl:for-each select='r'><xsl:apply-imports/></xsl:for-each>",
        "code 36 at nowhere [xsl:apply-imports xsl:for-each xsl:template xsl:stylesheet]"},
+      {"no list of the current rule beside a sort",
+       "<xsl:apply-templates select='r/i'><xsl:sort/><f:f xmlns:f='f'><xsl:apply-imports/></f:f>"
+       "</xsl:apply-templates>",
+       "code 36 at nowhere [xsl:apply-imports f:f xsl:apply-templates xsl:template "
+       "xsl:stylesheet]"},
+      {"the list of the current rule in an element in front of the sort, and in a parameter",
+       "<xsl:apply-templates select='r/i[1]'><f:f xmlns:f='f'><xsl:apply-imports/></f:f><xsl:sort/>"
+       "<xsl:with-param name='p'><xsl:apply-imports/></xsl:with-param></xsl:apply-templates>",
+       "[213-][323-][133-][211[213-][323-][133-]]"},
       {"no node set", "<xsl:for-each select='1'>x</xsl:for-each>",
        "code 29 at xsl:stylesheet/xsl:template/xsl:for-each/@select "
        "[xsl:for-each xsl:template xsl:stylesheet]"},

@@ -61,6 +61,61 @@ TEST(Shortcuts, JoinedTextsEqualSeparateOnes) {
   EXPECT_EQ(sections.Result(), "<a><![CDATA[x]]><![CDATA[1]]></a>");
 }
 
+// Content of a variable with nodes that were made and copies of others, each text another one.
+std::string RandomFragment(std::mt19937& random, int depth, int& texts) {
+  std::string body;
+  for (unsigned piece = 0, count = 1 + random() % 5; piece < count; ++piece) {
+    const std::string text = std::to_string(++texts) + ",";
+    const std::string nested = depth > 0 ? RandomFragment(random, depth - 1, texts) : text;
+    const std::string node = "//node()[not(self::r)][" + std::to_string(1 + random() % 9) + "]";
+    const std::string forms[] = {
+        "<e k='1'>" + nested + "</e>",
+        "<xsl:element name='f'><xsl:attribute name='k'>1</xsl:attribute>" + nested +
+            "</xsl:element>",
+        "<xsl:value-of select='\"" + text + "\"'/>",
+        "<xsl:text>" + text + "</xsl:text>",
+        "<xsl:copy-of select='" + node + "'/>",
+        "<xsl:for-each select='" + node + "'><xsl:copy>" + nested + "</xsl:copy></xsl:for-each>",
+        "<xsl:variable name='v" + std::to_string(texts) + "'>" + nested +
+            "</xsl:variable><xsl:copy-of select='$v" + std::to_string(texts) + "'/>",
+        "<xsl:comment>c</xsl:comment>"};
+    body += forms[random() % std::size(forms)];
+  }
+  return body;
+}
+
+// Copies of nodes and nodes that were made stand in one order, that of the tree. The string value
+// takes it from the tree.
+TEST(Shortcuts, NodesOfFragmentsStandInTheOrderOfTheTree) {
+  const std::string walks[] = {
+      "<xsl:for-each select='descendant::text()'><xsl:value-of select='.'/></xsl:for-each>",
+      "<xsl:for-each select='descendant::node()[self::text()]'><xsl:value-of select='.'/>"
+      "</xsl:for-each>",
+      "<xsl:for-each select='(descendant::text() | descendant::text())[true()]'>"
+      "<xsl:value-of select='.'/></xsl:for-each>",
+      "<xsl:for-each select='descendant::text()'><xsl:sort select='1'/><xsl:value-of select='.'/>"
+      "</xsl:for-each>",
+      "<xsl:apply-templates select='descendant::text()'/>",
+      "<xsl:variable name='w'><xsl:copy-of select='node()'/></xsl:variable>"
+      "<xsl:value-of select='$w'/>",
+      "<e><xsl:value-of select='.'/></e>"};
+  std::mt19937 random(12);
+  for (int round = 0; round < 100; ++round) {
+    int texts = 0;
+    const std::string body = RandomFragment(random, 3, texts);
+    const std::string& walk = walks[static_cast<unsigned>(round) % std::size(walks)];
+    const auto run = [&body](const std::string& show) {
+      return StylesheetRun{
+          .stylesheet = Sheet(AtRoot("<xsl:variable name='v'>" + body +
+                                     "</xsl:variable><xsl:apply-templates select='$v' mode='m'/>") +
+                              "<xsl:template match='/' mode='m'>" + show + "</xsl:template>"),
+          .source = "<r>A,<a>B,</a><!--c-->C,<b>D,<c>E,</c>F,</b></r>"}
+          .Result();
+    };
+    ASSERT_EQ(run(walk), run("<xsl:value-of select='string()'/>")) << walk << body;
+  }
+}
+
 std::string RandomContent(std::mt19937& random, int depth) {
   static const char* const kPieces[] = {"t",        "<a>1</a>", "<b k='v'/>",
                                         "<!--c-->", "<?p i?>",  "<c>x</c>"};

@@ -78,6 +78,12 @@ TEST_F(Sorts, NoNodes) {
       {"<xsl:sort case-order='both'/>", "code 31" + at + "case-order" + stack},
       {"<xsl:sort data-type=''/>", "code 40" + at + "data-type" + stack},
       {"<xsl:sort select='$none'/>", "."},
+      // The attributes see the context of the caller.
+      {"<xsl:sort order='{substring(\"ascending\", position(), last() + 8)}'/>", "."},
+      {"<xsl:sort data-type='{count(.)}{name(*)}'/>", "code 40" + at + "data-type" + stack},
+      {"<xsl:sort order='{name(*)}'/>", "code 31" + at + "order" + stack},
+      {"<xsl:sort lang='{/}' case-order='upper-{name(r) = \"r\"}'/>",
+       "code 31" + at + "case-order" + stack},
       {"<xsl:sort/><xsl:sort order='up'/>", "."},
       {"<xsl:with-param name='p' select='1'/><xsl:sort order='up'/>", "."},
   };

@@ -113,7 +113,7 @@ TEST(TQXSLTErrorTest, Text) {
   for (const auto& row : rows) {
     TQXSLTError error(row.code, nullptr);
     error.SetXPathError(row.xpathCode, row.function);
-    EXPECT_EQ(error.Text(), row.text) << row.text;
+    EXPECT_EQ(error.Text(), row.text) << static_cast<int>(row.code) << " " << row.xpathCode;
     EXPECT_EQ(error.Text(), row.text);
   }
 }

@@ -75,6 +75,26 @@ TEST(StylesheetLoadingTest, Results) {
        "<xsl:value-of select=\"count(key('k', 1))\"/></xsl:template>",
        {{"x.xsl", "<xsl:template name='n'/>"}},
        "2"},
+      // document('') has what came in by an include in its place, in document order too.
+      {"<xsl:template name='m'/><xsl:include href='i.xsl'/><xsl:template name='n'/>"
+       "<xsl:template match='a'><xsl:for-each select=\"document('')/*/*/@name\">"
+       "<xsl:value-of select='.'/></xsl:for-each>,<xsl:for-each select=\"document('')\">"
+       "<xsl:value-of select='concat(//@name, (//@name[true()])[2])'/></xsl:for-each>"
+       "</xsl:template>",
+       {{"i.xsl", "<xsl:template name='i'/><xsl:template name='j'/>"}},
+       "mijn,mi"},
+      // A module is indexed when it is loaded, before its includes are replaced.
+      {"<xsl:import href='x.xsl'/><xsl:import href='y.xsl'/>",
+       {{"x.xsl",
+         "<xsl:key name='k' match='*[true()]' use='local-name()'/>"
+         "<xsl:variable name='v' select=\"count(key('k', 'a'))\"/>"},
+        {"y.xsl",
+         "<xsl:include href='z.xsl'/><xsl:template match='a'><xsl:for-each "
+         "select=\"document('')\"><xsl:value-of select=\"count(key('k', 'include'))\"/>"
+         "<xsl:for-each select=\"key('k', 'template')\"><xsl:value-of select='@name'/>,"
+         "</xsl:for-each></xsl:for-each></xsl:template>"},
+        {"z.xsl", "<xsl:template name='z'/><xsl:template name='zz'/>"}},
+       "0z,zz,,"},
       // A module included twice over enters its keys once.
       {"<xsl:include href='i.xsl'/><xsl:template match='a'>"
        "<xsl:value-of select=\"count(key('k', 'a'))\"/></xsl:template>",

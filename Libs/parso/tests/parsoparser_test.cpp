@@ -159,6 +159,20 @@ TEST(ParsoParser, MatchesByItsRules) {
        "a(b(C 'aa'), b(C 'bb'))"},
       {"a ::= (B - 'xml') C?\r\nB ::= [a-zA-Z]+\r\nC ::= 'qq'\r\n", "", "xML",
        "0: a ::= (B - 'xml') C?"},
+      // An operator without its two operands matches nothing.
+      {"a ::= -\r\n", "", "x", "0: a"},
+      {"a ::= /\r\n", "", "x", "0: a"},
+      {"a ::= b -\r\nb ::= 'xx'\r\n", "", "xx", "0: a"},
+      {"a ::= b* /\r\nb ::= 'xx'\r\n", "", "xx", "0: a"},
+      // Nothing is tried on an empty text, not even what may be empty.
+      {"a ::= b - 'xx'\r\nb ::= [x]*\r\n", "", "", "0: a"},
+      // The text in front of a stop is not all that a rule gets elsewhere.
+      {"a ::= (s 'zz') | (y 'zz')\r\ns ::= y* / '-'\r\ny ::= 'bb' ('-' y)?\r\n", "", "bb-bx",
+       "3: bb"},
+      // A repeated sequence may begin with a choice.
+      {"N ::= x*\r\nx ::= (('b<' | '</')+ | [ab]+)+ ('-' 'x')*\r\n", "", "ab</", "N 'ab</'"},
+      // Names of a constraint that lie in each other.
+      {"a ::= '<' b* a { a = a }\r\nb ::= [^a]\r\n", "", "<<", "0: a ::= '<' [...]* a"},
       // Constraints that no machine checks on the way.
       {"a ::= B '=' C { B = C }\r\nB ::= [a-z]+\r\nC ::= [a-z]+ >other\r\n", "", "ab=ab",
        "a(B 'ab')"},

@@ -1,6 +1,10 @@
 // What the tests of this directory share: grammars, texts and trees in one line.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <random>
 #include <string>
 
 #include "parso/parsoparser.h"
@@ -69,6 +73,19 @@ inline void UseDocumentMode() {
 // As exact as CompareExactly, but not known to the machine: the plain interpreter runs.
 inline bool CompareExactlyToo(const char16_t* a, const char16_t* b, std::size_t count) {
   return CompareExactly(a, b, count);
+}
+
+// The seed of a random comparison: another one in each run, and printed. --gtest_random_seed=N
+// repeats the run with that seed.
+inline unsigned FreshSeed() {
+  static const unsigned seed = [] {
+    constexpr unsigned kLargest = 99999;  // what the switch takes
+    const auto given = static_cast<unsigned>(GTEST_FLAG_GET(random_seed));
+    const unsigned chosen = given != 0 ? given : 1 + std::random_device()() % kLargest;
+    std::printf("random seed %u\n", chosen);
+    return chosen;
+  }();
+  return seed;
 }
 
 inline std::string ErrorOf(const ParsoParser& parser) {

@@ -132,6 +132,70 @@ TEST_F(ModelTest, SectionsAndReferencesBetweenDeclarations) {
   }
 }
 
+// A value in which a reference was left out is provisional, and what hangs on it waits. In front of
+// `y` stands the row, which declares `x` of <r> or <b>; the internal subset knows all references.
+TEST_F(ModelTest, WhatHangsOnAProvisionalValueWaits) {
+  const DocumentRow rows[] = {
+      {"the switch of a section is made of one that comes later",
+       "<!ENTITY % s '%on;'><![%s;[<!ATTLIST r x CDATA '1'>]]>", "(r y=2 x=1(b))"},
+      {"switched off by it", "<!ENTITY % s '%off;'><![%s;[<!ATTLIST r x CDATA '1'>]]>",
+       "(r y=2(b))"},
+      {"half a word is no switch",
+       "<!ENTITY % s 'INCLUDE%suffix;'><![%s;[<!ATTLIST r x CDATA '1'>]]>", "(r y=2(b))",
+       ModelCode::WrongEntityKind},
+      {"a section in front of its switch", "<![%s;[<!ATTLIST r x CDATA '1'>]]><!ENTITY % s '%on;'>",
+       "(r y=2 x=1(b))"},
+      {"a switch in three steps",
+       "<!ENTITY % s '%t;'><!ENTITY % t '%u;'><!ENTITY % u '%on;'>"
+       "<![%s;[<!ATTLIST r x CDATA '1'>]]>",
+       "(r y=2 x=1(b))"},
+      {"a switch made of itself",
+       "<!ENTITY % s '%t;'><!ENTITY % t '%s;'><![%s;[<!ATTLIST r x CDATA '1'>]]>"
+       "<!ATTLIST b x CDATA 'too far'>",
+       "(r y=2(b x=too far))", ModelCode::WrongEntityKind},
+      {"a section inside one that is on",
+       "<!ENTITY % s '%on;'><![INCLUDE[<![%s;[<!ATTLIST r x CDATA '1'>]]>]]>", "(r y=2 x=1(b))"},
+      {"a section inside one that waits",
+       "<!ENTITY % s '%on;'><![%s;[ <![%s;[<!ATTLIST r x CDATA '1'>]]> ]]>", "(r y=2 x=1(b))"},
+      {"a section in a provisional text",
+       "<!ENTITY % d \"<![%on;[<!ATTLIST r x CDATA '1'>]]>\">%d;", "(r y=2 x=1(b))"},
+      {"half a name is that of another element",
+       "<!ENTITY % n 'r%suffix;'><!ELEMENT %n; EMPTY><!ELEMENT r ANY>"
+       "<!ATTLIST %n; x CDATA '1'><!ATTLIST r x CDATA '2'>",
+       "(r x=2 y=2(b))"},
+      {"half a name of an attribute",
+       "<!ENTITY % n 'x%suffix;'><!ATTLIST r %n; CDATA '1' x CDATA '2'>", "(r x=2 y=2 x2=1(b))"},
+      {"a content model in two steps",
+       "<!ENTITY % m '%n;'><!ENTITY % n '%model;'><!ELEMENT r %m;><!ATTLIST r x CDATA '1'>",
+       "(r x=1 y=2(b))"},
+      {"a name in a content model", "<!ELEMENT r (a|%name;)*><!ATTLIST r x CDATA '1'>",
+       "(r x=1 y=2(b))"},
+      {"a definition without its default", "<!ATTLIST r x CDATA %value; z ID #IMPLIED>",
+       "(r y=2 x=1(b))"},
+      {"a type that is another one without its end",
+       "<!ENTITY % t 'ID%ref;'><!ATTLIST r z %t; #IMPLIED i ID #IMPLIED x CDATA '1'>",
+       "(r x=1 y=2(b))"},
+      {"the same in a text",
+       "<!ENTITY % d \"<!ATTLIST r z ID%ref; #IMPLIED i ID #IMPLIED x CDATA '1'>\">%d;",
+       "(r x=1 y=2(b))"},
+      {"half a location is that of another file",
+       "<!ENTITY % f SYSTEM '%name;.mod'>%f;<!ATTLIST r z CDATA '3'>", "(r z=3 y=2 x=mod(b))"},
+      {"a text that no other hangs on keeps what it had",
+       "<!ENTITY e '[%t;]'><!ENTITY % t '%on;'><!ATTLIST b x CDATA '&e;'>", "(r y=2(b x=[]))"},
+  };
+  Write("b.mod", "<!ATTLIST r x CDATA 'mod'>");
+  Write(".mod", "<!ATTLIST r x CDATA 'half'>");
+  for (const DocumentRow& row : rows) {
+    Write("d.dtd", std::string(row.document) + "<!ATTLIST r y CDATA '2'>");
+    EXPECT_EQ(Build("<!DOCTYPE r SYSTEM 'd.dtd' [<!ENTITY % on 'INCLUDE'><!ENTITY % off 'IGNORE'>"
+                    "<!ENTITY % suffix '2'><!ENTITY % ref 'REF'><!ENTITY % name 'b'>"
+                    "<!ENTITY % model '(b)'><!ENTITY % value \"'1'\">]><r><b/></r>"),
+              row.tree)
+        << row.symptom;
+    EXPECT_EQ(Error(), row.error) << row.symptom;
+  }
+}
+
 struct DetectionRow {
   const char* document;
   SchemaKind kind;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "modeltesting.h"
-#include "olderschematypes.h"
+#include "older/olderschematypes.h"
 
 namespace kelmora {
 namespace {

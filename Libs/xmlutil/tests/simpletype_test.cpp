@@ -1,9 +1,9 @@
-#include "xmlutil/simpletype.h"
+#include "types/simpletype.h"
 
 #include <gtest/gtest.h>
 
 #include "tqcore/tqtext.h"
-#include "xmlutil/facet.h"
+#include "types/facet.h"
 
 namespace kelmora {
 namespace {

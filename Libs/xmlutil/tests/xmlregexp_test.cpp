@@ -115,7 +115,7 @@ TEST(XMLRegExp, ChoicesAndAttemptsAreBoundedExactly) {
   // Both stars must give back all n units in the end: (n + 1)(n + 2) / 2 attempts.
   static_assert(140 * 141 / 2 <= XMLRegExp::kMaxAttempts &&
                 141 * 142 / 2 > XMLRegExp::kMaxAttempts);
-  for (const std::size_t n : {139, 140}) {
+  for (const std::size_t n : {139u, 140u}) {
     const TQString all = units(n) + u"b";
     EXPECT_EQ(XMLRegExp(u"a*a*" + all, false).Match(all),
               n == 139 ? XMLRegExp::kMatch : XMLRegExp::kNoMatch);

@@ -79,7 +79,7 @@ template <typename Item>
 void WriteNumbers(std::ostream& out, const Item& items) {
   constexpr std::size_t kInLine = 32;
   std::size_t written = 0;
-  for (const unsigned value : items) {
+  for (const std::size_t value : items) {
     out << (written++ % kInLine == 0 ? "\n    " : "") << value << ",";
   }
 }

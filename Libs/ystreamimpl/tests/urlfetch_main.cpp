@@ -62,7 +62,7 @@ int main(int, char** argv) {
     const std::string command = next();
     if (command == "limit") {
       const std::string name = next();
-      const long value = std::atol(next().c_str());
+      const int value = std::atoi(next().c_str());
       if (name == "connect") settings.limits.connectSeconds = value;
       if (name == "stall") settings.limits.stallSeconds = value;
       if (name == "total") settings.limits.totalSeconds = value;

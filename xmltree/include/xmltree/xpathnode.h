@@ -102,6 +102,10 @@ struct XPathNode {
   // Nodes of the namespace axis of an element, made at the first request and owned by the node.
   const std::vector<XPathNode*>& NamespaceNodes();
 
+  // From 1 on in the order of asking, so that a run that is repeated gives the same ones. It stays
+  // with the node, and none gets it after that. For nodes without a stamp.
+  std::int64_t NumberOfItsOwn() const;
+
   static XPathNode* Make(XPathNodeKind kind);
   // A copy with `parent` set but not linked into it; with `deep` the children are copied too.
   // Stamps are 0. An element shares `parent`'s scope when `other` shares the same one and `deep`
@@ -122,7 +126,7 @@ struct XPathNode {
   bool hasOwnName_ = false;
   bool hasOwnValue_ = false;
   bool ownsScope_ = false;
-  bool hasRareFields_ = false;  // base URI and namespace nodes, kept by the pool
+  mutable bool hasRareFields_ = false;  // base URI and others, kept by the pool
   NamespaceScope* scope_ = nullptr;
   TQString ownName_;
   TQString ownValue_;

@@ -33,6 +33,10 @@ class XPathTreeBuilder {
   XPathNode* Build(XTreeNode& xtreeRoot, TreeModel& model, bool attachModel,
                    std::u16string_view url);
 
+  // Gives the nodes of a tree that was changed after its build new order numbers, and all of them
+  // the document number of the root. Linear.
+  void Restamp(XPathNode& root);
+
   // The one pointer that stands for this URI; it lives as long as the builder.
   InternedURI InternURI(std::u16string_view text);
   InternedURI XmlURI() const { return xmlURI_; }

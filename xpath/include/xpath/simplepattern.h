@@ -6,32 +6,18 @@
 // error.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <string_view>
 #include <vector>
 
+#include "xpath/steptest.h"
 #include "xpath/xpathexpression.h"
 
 namespace kelmora {
 
-// The test of one step, with its prefix resolved.
 struct SimpleStep {
-  enum Test : std::uint8_t {
-    Name,       // `name` in the namespace `uri`
-    Namespace,  // prefix:*, any name in `uri`
-    AnyName,    // *
-    AnyText,
-    AnyComment,
-    AnyPI,  // with a non-empty `name`, only that target
-    AnyNode,
-  };
-
-  Test test = AnyNode;
+  StepTest test;
   bool isAttribute = false;       // on the attribute axis, else on the child axis
   bool descendantBefore = false;  // "//" stands in front of the step
-  std::u16string_view name;       // borrowed from the parse tree
-  InternedURI uri = nullptr;
 };
 
 class SimplePattern {

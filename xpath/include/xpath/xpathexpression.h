@@ -25,23 +25,9 @@ using XPathParseNodeRef = SharedHandle<const XPathParseTree>;
 
 enum class XPathError : std::int32_t {
   None = 0,
-  InvalidPrefix = 1,
-  TooFewParameters = 2,
-  TooManyParameters = 3,
-  NotANodeSet = 4,
-  IncorrectArgumentType = 5,
-  InvalidVariableReference = 6,
-  InvalidKeyReference = 7,
-  FunctionNotInNamespace = 8,
-  UnknownFunction = 9,
-  ArgumentNotAQName = 10,
-  CannotUseFragment = 11,
-  AxisNotAllowedInPattern = 12,
-  UnknownDecimalFormat = 13,
-  InvalidFormatPattern = 14,
-  NaNOrInfiniteArgument = 15,
-  ExternalEntityNotFound = 16,
-  KeyFunctionInKey = 17,
+#define XPATH_ERROR(number, id, message) id = number,
+#include "xpath/xpatherrors.def"
+#undef XPATH_ERROR
 };
 
 enum XPathGrammar : std::int32_t {
@@ -116,8 +102,6 @@ class XPathExpression {
   void SetCurrentStylesheetNode(XPathNode* node) { stylesheetNode_ = node; }
   void SetStylesheetRoot(XPathNode* root) { stylesheetRoot_ = root; }  // document("")
   void SetXsltFunctions(bool on) { xsltFunctions_ = on; }
-  // Walks the tree level by level and the axes node by node. The results are the same.
-  void SetPlainEvaluation(bool on) { plainEvaluation_ = on; }
 
   // `documentNode` leads to the root of absolute paths. `inputNodes`, when given, are the input in
   // place of `contextNode`. With `allowFragment` false a result tree fragment taken from a variable
@@ -167,7 +151,6 @@ class XPathExpression {
   XPathNode* stylesheetNode_ = nullptr;
   XPathNode* stylesheetRoot_ = nullptr;
   bool xsltFunctions_ = false;
-  bool plainEvaluation_ = false;
   XPathPatternKind patternKind_ = kNoPattern;
   std::vector<XPathNodeList> spareLists_;  // their memory serves the next evaluation
 };

@@ -40,6 +40,7 @@ class KeyTables;
 class NumberCounts;
 class NumberFormats;
 class ResultScopes;
+class StartTags;
 class StylesheetIndex;
 class StylesheetModules;
 class TemplateRules;
@@ -99,6 +100,7 @@ class XSLTProcessorBase {
   // "//node()" with the root, in order and numbered from 1; for an attribute as context node
   // "//@*" of its tree. Made once per document.
   const XPathNodeList& Universe(XPathNode* contextNode);
+  void ForgetUniverse(const XPathNode& root);  // for a tree that has been changed
   // The expression run from all nodes of the universe at once, in the order of the evaluation.
   XPathNodeList EvaluateOverUniverse(const ExpressionText& expression, XPathNode* contextNode,
                                      XPathNode* namespaceNode, XPathPatternKind patternKind);
@@ -152,6 +154,7 @@ class XSLTProcessorBase {
   KeyTables* Keys = nullptr;
   GlobalEvaluation* Globals = nullptr;
   ResultScopes* Scopes = nullptr;
+  StartTags* Tags = nullptr;
   Collations* Collators = nullptr;
   NumberCounts* Counts = nullptr;
   NumberFormats* NumberFormatting = nullptr;

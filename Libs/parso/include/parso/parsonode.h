@@ -14,6 +14,8 @@
 namespace kelmora {
 
 struct ParsoNode {
+  static constexpr std::uint32_t kLineBits = (1u << 30) - 1;  // a count of lines wraps round there
+
   ParsoNode* next = nullptr;  // sibling
   ParsoNode* firstChild = nullptr;
   const ParsoRule* rule = nullptr;

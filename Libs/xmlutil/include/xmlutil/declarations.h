@@ -131,6 +131,7 @@ struct EntityDecl {
   bool parameter = false;
   bool loaded = false;
   bool simple = false;            // the value holds no white space and no character of markup
+  bool provisional = false;       // a reference in the value was left out, for a later pass
   bool fromPreviousPass = false;  // stood before the DTD was read: its value stays
   bool beingRead = false;         // its text is being read: a second entry would not end
   bool hasNormalised = false;
@@ -200,6 +201,7 @@ class ElementDecl final : public ElementDeclaration {
   void CopyDefinition(const ElementDecl& definition);
   // Adds what an earlier reading left, for one that broke off.
   void AddMissing(const ElementDecl& earlier);
+  void AddMissingParticles(const std::vector<Particle>& earlier);
 
   DocumentModel* owner;
   std::vector<Particle> particles;

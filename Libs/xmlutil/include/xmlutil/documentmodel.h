@@ -44,6 +44,9 @@ inline constexpr std::int64_t kEntityTextLimit = 10'000'000;
 // Bound on the particles that a document's elements are searched for their children by, those of a
 // group counted for each content model that it stands in.
 inline constexpr std::int64_t kIndexedParticles = 1'000'000;
+// Bound on the passes over the declarations of a DTD: a chain of values, each of them declared in
+// front of the next, takes one pass more with each link.
+inline constexpr std::int16_t kDeclarationPasses = 4;
 // Bound on parameter entities and external subsets that are read inside one another.
 inline constexpr int kDeclarationNesting = 64;
 
@@ -87,9 +90,11 @@ class DocumentModel final : public TreeModel {
   // What a loaded file is; records an error for a file that mixes languages.
   SchemaKind DetectFileKind(const XTreeNode& root);
 
-  // --- the readers of schemas ----------------------------------------------------------------
+  // --- the readers ---------------------------------------------------------------------------
   // False when a problem ended the reading; it stands in the record. Linear in the documents that
   // are read; declarations are copied no more than kSchemaCopyLimit times.
+  // `url` is that of the document that holds the DOCTYPE, or of the DTD itself.
+  bool ReadDTD(const XTreeContainer& root, std::u16string_view url);
   bool ReadXMLSchema(const std::vector<SchemaSource>& rootDocuments);
   bool ReadXDR(const SchemaSource& document);
   bool ReadDCD(const SchemaSource& document);
@@ -117,6 +122,10 @@ class DocumentModel final : public TreeModel {
   void CountEntityText(std::int64_t units);
   void ResetEntityText() { entityText_ = 0; }
   void EnterPredefinedEntities();
+  // The entity of that name, made if there is none.
+  static EntityDecl& EnterEntity(EntityMap& table, std::u16string_view name);
+  // Wants one more pass over the declarations; false beyond kDeclarationPasses.
+  bool AskForPass();
   // False beyond kIndexedParticles.
   bool CountIndexedParticle() { return ++indexedParticles_ <= kIndexedParticles; }
 
