@@ -1,3 +1,11 @@
+// The way in is bytes, text, tree: a file or URL is read whole, its encoding detected from the
+// bytes (XML 1.0, appendix F), the text decoded and parsed by the grammar of its kind, which a row
+// that was given or the name's extension decides. The way out is a text, encoded piece by piece
+// into a file that takes its place at the end only, or sent whole.
+//
+// The trap: line ends. Inside all are CR; the one that the file used is remembered, and goes out
+// with what this document saves. A warning of the conversion is an error in LoadError beside a
+// text that is there all the same.
 #include "xmltree/loadeddocument.h"
 
 #include <utility>

@@ -132,7 +132,20 @@ void XPathTreeBuilder::Run::BuildChild(XTreeNode& source) {
       if (source.HasPrefix()) level.prefixedAttributes = true;
       return ExpandValue(*node);
     }
-    default: {
+    case XTreeKind::Document:
+    case XTreeKind::Entity:
+    case XTreeKind::DTDDocument:
+    case XTreeKind::XMLTag:
+    case XTreeKind::CData:
+    case XTreeKind::Comment:
+    case XTreeKind::PI:
+    case XTreeKind::DocType:
+    case XTreeKind::ExternalID:
+    case XTreeKind::DTDElement:
+    case XTreeKind::DTDAttlist:
+    case XTreeKind::DTDEntity:
+    case XTreeKind::DTDNotation:
+    case XTreeKind::Any: {
       Level inner{MakeNode(source, level), source.FirstChild(), nullptr, level.entityDepth};
       Append(level.node, inner.node);
       Open(inner);

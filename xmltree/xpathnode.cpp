@@ -1,3 +1,13 @@
+// The node of the data model in three parts: what it reads from its source or has of its own, the
+// scope of prefixes, and the links. Scopes are counted and shared: an element that declares nothing
+// points to the scope of its parent, and only OwnScope, before a change, makes a copy. What few
+// nodes have, a base URI and the nodes of the namespace axis, lies in the pool beside them.
+//
+// Every walk goes by the links, so depth costs no stack; DeleteTree even keeps its list of what is
+// left in the links of the nodes that go.
+//
+// The trap: an own scope may be shared downwards, so a change by its owner shows in all that share
+// it. Who needs another one below takes OwnScope there first.
 #include "xmltree/xpathnode.h"
 
 #include <array>
@@ -77,13 +87,6 @@ std::u16string_view XPathNode::StringValue(TQString& scratch) const {
     scratch.AppendAt(text, cursor, kTextMargin);
   });
   return cursor == 0 ? only : scratch.View();
-}
-
-void XPathNode::AppendStringValue(TQString& out, int& cursor) const {
-  if (kind != Kind::Root && kind != Kind::Element) {
-    return out.AppendAt(GetValue(), cursor, kTextMargin);
-  }
-  ForEachText(*this, [&](std::u16string_view text) { out.AppendAt(text, cursor, kTextMargin); });
 }
 
 // --- scope ---------------------------------------------------------------------------------------

@@ -55,10 +55,6 @@ TEST(PrefixMap, AgreesWithAnOrderedMapAndKeepsOldVersions) {
       model[prefix] = uri < 4 ? &kUris[uri] : nullptr;
       map.Set(prefix, model[prefix]);
     }
-    if (random() % 5 == 0) {
-      model.erase(u"");
-      map = map.WithoutDefault();
-    }
     if (versions.size() < 60) {
       versions.push_back(version);
     } else {
@@ -92,7 +88,6 @@ TEST(PrefixMap, SharesUntilItIsChanged) {
   PrefixMap copy = map;
   copy.Set(u"p", nullptr);  // which it already is
   EXPECT_TRUE(copy.SharesWith(map));
-  EXPECT_TRUE(map.WithoutDefault().SharesWith(map));
   copy.Set(u"p", &kUris[1]);
   EXPECT_FALSE(copy.SharesWith(map));
 }

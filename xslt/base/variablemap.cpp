@@ -1,3 +1,12 @@
+// A list of cells that share their tails, like the environments of an interpreter: each scope is a
+// pointer into it. From kIndexedSize cells on every cell has an index of all below it, a trie that
+// shares all but one path with the one before: a persistent structure made by path copying
+// (Driscoll, Sarnak, Sleator, Tarjan, "Making Data Structures Persistent", 1989) over the bits of
+// hashes (Bagwell, "Ideal Hash Trees", 2001), with two branches a node.
+//
+// The trap is ownership. A link says by its lowest bit whether its holder frees the cell; a copy of
+// a map borrows, so the frame that made it must go first. Nodes of tries are shared and counted;
+// cells are not.
 #include "xslt/variablemap.h"
 
 #include <utility>

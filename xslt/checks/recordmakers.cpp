@@ -1,3 +1,10 @@
+// What an instruction reads of its attributes, taken out of the tree once. An expression or an
+// attribute value template stays with its attribute node, since errors name that; names are
+// expanded and switches decided, as far as the stylesheet alone settles them.
+//
+// The trap: makers run behind all checks of their element and in front of its children. They take
+// a value for well-formed, and what they raise all the same, such as an unbound prefix in a list,
+// comes after every other fault of the element.
 #include "checks/recordmakers.h"
 
 #include "base/namelist.h"

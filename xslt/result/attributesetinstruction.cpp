@@ -56,7 +56,7 @@ bool AttributeSetInstruction::AttributeIsSet(XPathNode* child) const {
   if (name == nullptr) throw TQXSLTError(XsltCode::NameExpected, child);
   const TemplateFrame* use = Frame().Parent;
   const XPathNode* user = use->CallingNode->parent;
-  while (use->Parent != nullptr && IsUseAttributeSets(*use->CallingNode)) use = use->Parent;
+  while (use->Parent != nullptr && NamesAttributeSets(*use->CallingNode)) use = use->Parent;
   const std::u16string_view prefix = PrefixOf(name->GetValue());
   const InternedURI uri = use->CallingNode->AttributeScopeMap().Lookup(prefix);
   const std::u16string_view local = LocalPartOf(name->GetValue());
@@ -79,7 +79,7 @@ bool AttributeSetInstruction::Resume() {
   XPathNode* next = NextContent(cursor);
   if (InUsedSets) {
     while (next != nullptr && next->kind == XPathNodeKind::Attribute &&
-           !IsUseAttributeSets(*next)) {
+           !NamesAttributeSets(*next)) {
       next = NextContent(next);
     }
     InUsedSets = next != nullptr && next->kind == XPathNodeKind::Attribute;

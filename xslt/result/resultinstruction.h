@@ -59,7 +59,7 @@ class SetUsingInstruction : public ResultInstruction {
   bool InAttributeSets = false;
 };
 
-// An attribute of code use-attribute-sets, which runs as an instruction of its own.
-bool IsUseAttributeSets(const XPathNode& node);
+// An attribute of code use-attribute-sets, in whatever namespace.
+bool NamesAttributeSets(const XPathNode& node);
 
 }  // namespace kelmora

@@ -16,7 +16,6 @@ namespace kelmora {
 
 class RuleIndex {
  public:
-  void Clear() { modes_.clear(); }
   // Rules are added with ascending Rank.
   void Add(TemplateRule* rule);
 

@@ -1,3 +1,14 @@
+// The rule for a node is the first in the order of rules whose pattern has it (XSLT 1.0, 5.5). The
+// rules lie in one vector, the other way round: what is registered later has a higher precedence
+// and goes behind, so a rule's index, its Rank, never changes. A selection goes down the candidates
+// that RuleIndex has for the node's mode, kind and name, and takes the first that holds.
+//
+// Whether a rule holds is asked in one of two ways. What SimplePattern can take is tested at the
+// node. Any other pattern runs once per document as a query from all its nodes, and the rule keeps
+// which nodes came out (MatchSets).
+//
+// The trap is failure: a query raises when a selection reaches its rule and not earlier, so no rule
+// may be asked before its turn, nor left out as long as its pattern can fail.
 #include "rules/templaterules.h"
 
 #include <algorithm>
@@ -104,13 +115,7 @@ void TemplateRules::AddRule(std::unique_ptr<TemplateRule> rule) {
 
 void TemplateRules::SortNewRules() {
   const auto before = [](const auto& a, const auto& b) { return RuleBefore(*b, *a); };
-  const auto middle = rules_.begin() + static_cast<std::ptrdiff_t>(sorted_);
-  std::sort(middle, rules_.end(), before);
-  if (sorted_ > 0 && middle != rules_.end() && !before(*(middle - 1), *middle)) {
-    std::inplace_merge(rules_.begin(), middle, rules_.end(), before);
-    index_.Clear();
-    sorted_ = 0;
-  }
+  std::sort(rules_.begin() + static_cast<std::ptrdiff_t>(sorted_), rules_.end(), before);
   for (; sorted_ < rules_.size(); ++sorted_) {
     TemplateRule* rule = rules_[sorted_].get();
     rule->Rank = static_cast<std::int32_t>(sorted_);
@@ -123,7 +128,6 @@ void TemplateRules::SortNewRules() {
 
 // A pattern that does not parse stays a query, which raises when a selection reaches the rule.
 void TemplateRules::Classify(TemplateRule& rule) {
-  if (rule.Simple != nullptr) return;
   const ParsedExpression& parsed = processor_->TryParse(rule.Pattern, kTemplatePattern);
   if (parsed.tree == nullptr) return;
   auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap());

@@ -68,9 +68,8 @@ struct XPathNode {
   void SetOwnName(TQString name);
   void SetOwnValue(TQString value);
   // The text of all descendant text and CDATA nodes for roots and elements, else GetValue.
-  // The first form returns a view when no text has to be joined, else fills `scratch`.
+  // A view when no text has to be joined, else `scratch`, filled.
   std::u16string_view StringValue(TQString& scratch) const;
-  void AppendStringValue(TQString& out, int& cursor) const;
 
   // --- scope ---------------------------------------------------------------------------------
   // The maps in force: the node's own or those of the nearest ancestor that has some. The map of

@@ -38,6 +38,7 @@ class GlobalEvaluation;
 class KeptTrees;
 class KeyTables;
 class NumberCounts;
+class NumberFormats;
 class ResultScopes;
 class StartTags;
 class StylesheetIndex;
@@ -152,6 +153,7 @@ class XSLTProcessorBase {
   StartTags* Tags = nullptr;
   Collations* Collators = nullptr;
   NumberCounts* Counts = nullptr;
+  NumberFormats* NumberFormatting = nullptr;
   StylesheetModules* Modules = nullptr;
 
  protected:
