@@ -1,4 +1,5 @@
-// DtdReader reads the declarations of a DOCTYPE and its external subset into a DocumentModel.
+// This room reads DTDs: DtdReader reads the declarations of a DOCTYPE and its external subset into
+// a DocumentModel.
 //
 // The declarations are read in passes, because a parameter entity can be used in a declaration that
 // stands in front of its own: the first pass leaves an unknown reference out and asks for another

@@ -79,7 +79,7 @@ bool DocumentModel::ReadReferenced(XTreeNode& root, const SchemaReference& refer
   const bool isDtd = location.Extension(true) == u"dtd";
   LoadRecord* record = LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
   if (record == nullptr) {
-    const std::int32_t code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
+    const ModelCode code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
     return error_.RecordError(code, reference.attributeNode, location);
   }
   schemaLocations.push_back(record->path);

@@ -1,3 +1,11 @@
+// A node is held against its row in the order of the document: each attribute by its expanded name,
+// then its value by the rule that the row has for it; each child by the name that the language
+// gives it. The first that does not fit is recorded, with the message of the row, and ends the
+// reading.
+//
+// Values are expanded before they are looked at, but for defaults: those go into the tree of the
+// instance, where their references are resolved. A reference that fails is a problem of the value,
+// so what the expansion itself recorded makes way for it.
 #include "schema/schemawalker.h"
 
 #include <algorithm>

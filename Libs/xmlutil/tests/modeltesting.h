@@ -80,7 +80,7 @@ class ModelTest : public testing::Test {
     return out;
   }
 
-  std::int32_t Error() const { return model_->Error().Code(); }
+  ModelCode Error() const { return model_->Error().Code(); }
   std::string ErrorText() const { return ToNative(model_->Error().Text()); }
 
   static void Dump(const XPathNode& node, std::string& out) {

@@ -1,4 +1,5 @@
-// DocumentModel reads a document's DTD or schema and answers the tree builder: what does an entity
+// The room of the model holds declarations, entities, the record of problems, and DocumentModel
+// above them. It reads a document's DTD or schema and answers the tree builder: what does an entity
 // reference expand to, what is the declaration of an element, what does it add by default.
 // Documents are never validated.
 //
