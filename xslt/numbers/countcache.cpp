@@ -62,7 +62,7 @@ const OrderNumbers* CountCache::ChildrenOf(const CountTest& test, XPathNode* par
 
 const OrderNumbers* CountCache::NodesOf(const CountTest& test, XPathNode* node) {
   const CountTest* owner = OwnerOf(test);
-  const auto [place, isNew] = lists_.try_emplace({.test = owner, .document = node->documentNumber});
+  const auto [place, isNew] = lists_.try_emplace(CountKey{owner, DocumentKeyOf(node)});
   Lists& lists = place->second;
   if (!isNew) return Find(lists, test);
   for (const XPathNode* at = node->Root(); at != nullptr; at = at->NextInDocument(true)) {
