@@ -255,6 +255,9 @@ void XPathExpression::OnMissingVariable(std::u16string_view) {}
 XPathNode* XPathExpression::LoadDocument(const TQString&, XPathNode*) {
   return nullptr;
 }
+bool XPathExpression::HasElement(std::u16string_view) const {
+  return false;
+}
 void XPathExpression::OnLocationPath(const XPathValue&) {}
 
 }  // namespace kelmora

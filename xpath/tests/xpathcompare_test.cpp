@@ -83,7 +83,7 @@ TEST(XPathConversions, TextsAsNumbers) {
   const std::string alphabet = "0012359..+-eE \t\r\n";
   for (int i = 0; i < 50000; ++i) {
     std::string text;
-    for (unsigned length = random() % 9; length > 0; --length) {
+    for (std::size_t length = random() % 9; length > 0; --length) {
       text += alphabet[random() % alphabet.size()];
     }
     std::string inside = text;

@@ -10,10 +10,9 @@
 #include <string_view>
 
 #include "xmltree/xpathnode.h"
+#include "xpath/qualifiedname.h"
 
 namespace kelmora {
-
-inline constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
 
 // The elements by their codes.
 enum class XsltElement : std::int32_t {
@@ -57,6 +56,7 @@ class XsltElementNames {
  public:
   // Literal outside of the XSLT namespace and for names that XSLT does not have.
   static XsltElement Code(const XPathNode* node);
+  static XsltElement Code(std::u16string_view localName);  // in the XSLT namespace
 };
 
 class XsltAttributeNames {

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
+#include <utility>
 
 #include "base/parsedexpression.h"
 #include "numbers/numbercounter.h"
 #include "tqcore/tqtext.h"
+#include "xpath/alternatives.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
@@ -43,23 +46,21 @@ std::unique_ptr<CountTest> MakeNameTest(const NumberQuery& query, std::u16string
 
 std::unique_ptr<CountTest> MakeTest(const NumberQuery& query, const ExpressionText& text) {
   auto test = std::make_unique<CountTest>();
-  std::u16string_view rest = text.Text;
-  // A "|" in a string or in brackets doesn't separate alternatives, so such a text stays whole.
-  const bool mayBeSplit = rest.find_first_of(u"\"'[") == std::u16string_view::npos;
-  for (bool isLast = false; !isLast;) {
-    const std::size_t bar = mayBeSplit ? rest.find(u'|') : std::u16string_view::npos;
-    isLast = bar == std::u16string_view::npos;
+  bool areSimple = true;
+  ForEachAlternative(text.Text, [&](std::u16string_view pattern, bool /*isLast*/) {
+    if (!areSimple) return;
     ExpressionText alternative;
-    alternative.Text = rest.substr(0, bar);
-    if (!isLast) rest.remove_prefix(bar + 1);
+    alternative.Text = pattern;
     // The plain way raises it for a text that doesn't parse, if that is ever reached.
     const XPathParseNodeRef& tree = query.processor.TryParse(alternative, kNoPattern).tree;
-    if (tree == nullptr) return std::make_unique<CountTest>();
-    auto pattern = SimplePattern::Classify(tree, query.element->AttributeScopeMap());
-    if (!pattern.has_value()) return std::make_unique<CountTest>();
-    test->isSingleStep = test->isSingleStep && pattern->IsSingleStep();
-    test->alternatives.push_back(std::move(*pattern));
-  }
+    std::optional<SimplePattern> simple;
+    if (tree) simple = SimplePattern::Classify(tree, query.element->AttributeScopeMap());
+    areSimple = simple.has_value();
+    if (!areSimple) return;
+    test->isSingleStep = test->isSingleStep && simple->IsSingleStep();
+    test->alternatives.push_back(std::move(*simple));
+  });
+  if (!areSimple) return std::make_unique<CountTest>();
   const SimplePattern& first = test->alternatives.front();
   if (test->alternatives.size() == 1 && first.IsSingleStep() && !first.IsRoot()) {
     const SimpleStep& step = first.LastStep();

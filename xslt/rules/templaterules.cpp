@@ -20,6 +20,8 @@
 #include "names/elementrecord.h"
 #include "names/stylesheetindex.h"
 #include "tqcore/tqtext.h"
+#include "xpath/alternatives.h"
+#include "xpath/qualifiedname.h"
 #include "xpath/simplepattern.h"
 #include "xslt/tqxslterror.h"
 #include "xslt/xsltprocessorbase.h"
@@ -38,37 +40,6 @@ XPathNode* FindAnyAttribute(const XPathNode* element, std::u16string_view localN
   return nullptr;
 }
 
-// The text of a mode by the map: "uri:local", the local part alone for a prefix bound to nothing.
-TQString ExpandMode(std::u16string_view mode, const PrefixMap& map) {
-  const std::u16string_view prefix = PrefixOf(mode);
-  const PrefixMap::Entry* entry = prefix.empty() ? nullptr : map.Find(prefix);
-  if (entry == nullptr) return mode;
-  if (entry->uri == nullptr || entry->uri->IsEmpty()) return LocalPartOf(mode);
-  return XSLTProcessorBase::ExpandName(mode, map);
-}
-
-// Cuts a match text at each "|" that stands in neither a string nor a predicate. `each` gets the
-// alternatives and whether it is the last; a text without "|" is its only one.
-template <class Each>
-void SplitAlternatives(std::u16string_view patterns, Each each) {
-  std::size_t start = 0;
-  char16_t closing = 0;  // ends the string or predicate that is open
-  for (std::size_t at = 0; at < patterns.size(); ++at) {
-    const char16_t unit = patterns[at];
-    if (closing != 0) {
-      if (unit == closing) closing = 0;
-    } else if (unit == u'[') {
-      closing = u']';
-    } else if (unit == u'\'' || unit == u'"') {
-      closing = unit;
-    } else if (unit == u'|') {
-      each(patterns.substr(start, at - start), false);
-      start = at + 1;
-    }
-  }
-  each(patterns.substr(start), true);
-}
-
 }  // namespace
 
 ModeId TemplateRules::InternMode(std::u16string_view expanded) {
@@ -82,7 +53,7 @@ ModeId TemplateRules::InternMode(std::u16string_view expanded) {
 ModeId TemplateRules::ResolveMode(std::u16string_view mode, const XPathNode* scopeNode) {
   if (mode.empty()) return kNoMode;
   if (PrefixOf(mode).empty()) return InternMode(mode);
-  return InternMode(ExpandMode(mode, scopeNode->ScopeMap()));
+  return InternMode(ExpandName(mode, scopeNode->ScopeMap(), UnboundPrefix::DropIfDeclared));
 }
 
 void TemplateRules::RegisterBuiltInRules(XPathNode* builtInRoot) {
@@ -117,7 +88,7 @@ void TemplateRules::RegisterTemplate(XPathNode* templateNode, std::int32_t prece
   patterns.Replace(u'\n', u' ');
   auto sequence = static_cast<std::int32_t>(rules_.size());
   bool isSplit = false;
-  SplitAlternatives(TrimView(patterns, kBlanks), [&](std::u16string_view pattern, bool isLast) {
+  ForEachAlternative(TrimView(patterns, kBlanks), [&](std::u16string_view pattern, bool isLast) {
     if (isSplit && isLast && pattern.empty()) {
       throw TQXSLTError(XsltCode::UnexpectedValue, matchNode);
     }

@@ -108,10 +108,6 @@ class XSLTProcessorBase {
   // long as the run.
   const ParsedExpression& TryParse(const ExpressionText& expression, XPathPatternKind patternKind);
 
-  // "uri:local" of a qualified name by the map, the name as written when its prefix is not bound to
-  // a URI; an unprefixed name is never expanded.
-  static TQString ExpandName(std::u16string_view name, const PrefixMap& map);
-
   // --- result and messages -------------------------------------------------------------------
   const struct OutputSettings& OutputSettings() const { return Serializer_.OutputSettings(); }
   // The text of the result, of the result so far during a run. Lives until the next step or run.
