@@ -26,8 +26,6 @@ constexpr PredefinedEntity kPredefined[] = {
 constexpr View kNotSimple = u" \t\r\n(|,%=<>'\"";
 constexpr View kSystem = u"SYSTEM";
 constexpr View kPublic = u"PUBLIC";
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kEntityKind = 2;
 
 EntityDecl& Enter(DocumentModel::EntityMap& table, View name) {
   auto& entry = table[TQString(name)];
@@ -122,8 +120,9 @@ void DtdReader::LoadEntityDocument(EntityDecl& entity, const XTreeNode* node) {
     model_.Error().RecordError(ModelCode::NotAnExternalID, node, entity.name);
     return;
   }
-  entity.document = model_.LoadReferencedDocument(TQString(words[location]), entity.baseUrl,
-                                                  entity.parameter ? kDtdKind : kEntityKind);
+  entity.document =
+      model_.LoadReferencedDocument(TQString(words[location]), entity.baseUrl,
+                                    entity.parameter ? GrammarKind::DTD : GrammarKind::Entity);
   if (entity.document == nullptr) {
     model_.Error().RecordError(ModelCode::LoadFailed, node, entity.name);
     return;
