@@ -10,6 +10,7 @@ import sys
 
 # Libraries that stand elsewhere than in a folder of their name at the top.
 FOLDERS = {name: 'Libs/' + name for name in ('tqcore', 'ystreamimpl', 'parso', 'xmlutil')}
+FOLDERS['parsocompile'] = 'Libs/parso'
 FOLDERS['unicode'] = 'Libs/xmlutil/unicode'
 
 

@@ -31,13 +31,9 @@ constexpr std::u16string_view kUrlStarts[] = {u"file://", u"http://", u"https://
                                               u"ftp://"};
 constexpr std::string_view kSendVerb = "PUT";
 
-constexpr auto kDtdKind = static_cast<std::uint32_t>(GrammarKind::DTD);
-constexpr auto kXmlKind = static_cast<std::uint32_t>(GrammarKind::XML);
-constexpr auto kEntityKind = static_cast<std::uint32_t>(GrammarKind::Entity);
-
-XTreeKind RootFor(std::uint32_t kind) {
-  if (kind == kDtdKind) return XTreeKind::DTDDocument;
-  return kind == kEntityKind ? XTreeKind::Entity : XTreeKind::Document;
+XTreeKind RootFor(GrammarKind kind) {
+  if (kind == GrammarKind::DTD) return XTreeKind::DTDDocument;
+  return kind == GrammarKind::Entity ? XTreeKind::Entity : XTreeKind::Document;
 }
 
 std::unique_ptr<TQUrlLoader> MakeLoader(const TransferOptions& options) {
@@ -163,7 +159,7 @@ bool LoadedDocument::Decode(EncodedBytes bytes, LoadError& error) {
 
 const DocumentKindRow* LoadedDocument::RowForName() const {
   if (row_ != nullptr) return row_;
-  return kinds_.Find(path_.Extension(true) == u"dtd" ? kDtdKind : kXmlKind);
+  return kinds_.Find(path_.Extension(true) == u"dtd" ? GrammarKind::DTD : GrammarKind::XML);
 }
 
 // An empty text is a root without children.

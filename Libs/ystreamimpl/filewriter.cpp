@@ -1,3 +1,13 @@
+// The new content goes to a file without a name (O_TMPFILE), or where there are none to one with a
+// name of its own beside the target; Commit gives it that name if it has none yet and renames it
+// over the target, which the system does in one step. `target_` is the file behind all symbolic
+// links, and empty when `path_` is written directly; `replacement_` is the name beside it, empty as
+// long as there is none.
+//
+// The traps are the targets that a rename would harm: pipes and devices, files of another owner,
+// files in a directory that may not be written, mount points. They are written in place, after all
+// that can fail without touching them. A failure that a full disk or a quota gives ends the writing
+// instead, since the old content is worth more than a part of the new.
 #include "ystreamimpl/filewriter.h"
 
 #include <algorithm>

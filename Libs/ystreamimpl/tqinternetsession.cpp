@@ -1,3 +1,12 @@
+// One libcurl handle for all requests, so that connections stay open between them; its options are
+// reset and set anew for each. The library is looked for by name when the first request comes, and
+// its functions and the numbers of its options stand in curlapi.h, so that a build needs no headers
+// of it.
+//
+// The trap is memory: libcurl keeps pointers to what it is given (headers, the data to send, the
+// block that receives), so all of that lives in Perform until the transfer is over. Its callbacks
+// are C functions: no exception may leave them, and what they could not do is told by the count
+// that they return.
 #include "tqinternetsession.h"
 
 #include <algorithm>

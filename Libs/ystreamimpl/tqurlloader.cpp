@@ -1,3 +1,10 @@
+// A URL is taken to pieces, the login chosen, and the request given to the transport; `file:` URLs
+// are read and written here. The login that the caller gave goes before that in the URL, and that
+// before the one that worked before with this server.
+//
+// Three things are kept for the whole process: the logins that worked (CredentialCache), the time
+// that failed transfers may still take (Patience), and a transport that tests put in the place of
+// the real one. A transfer that succeeds costs no patience, however long it takes.
 #include "ystreamimpl/tqurlloader.h"
 
 #include <chrono>

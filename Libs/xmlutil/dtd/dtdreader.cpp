@@ -15,8 +15,6 @@ using View = std::u16string_view;
 
 constexpr View kSectionStart = u"<![";
 constexpr View kSectionEnd = u"]]>";
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kDocumentKind = 1;
 
 // A text counts as read once, however deep the entities nest that lead to it.
 class NestingGuard {
@@ -69,7 +67,8 @@ bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   const bool prepared = model_.pass > 0;
   model_.pass = prepared ? 1 : 0;
   model_.passLimit = prepared ? 2 : 1;
-  const Place place{TQString(url), root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
+  const Place place{TQString(url),
+                    root.kind == XTreeKind::DTDDocument ? GrammarKind::DTD : GrammarKind::XML};
   bool complete = false;
   do {
     BeginPass();
@@ -123,12 +122,13 @@ bool DtdReader::ReadDoctype(const XTreeContainer& doctype, const Place& place) {
   if (const XTreeNode* external = doctype.FirstChildOfKind(XTreeKind::ExternalID)) {
     const SchemaReference reference = DocumentModel::DetectSchemaKind(*doctype.parent, false);
     const TQString& location = reference.locations.front();
-    LoadRecord* record = model_.LoadReferencedDocument(location, place.url, kDtdKind);
+    LoadRecord* record = model_.LoadReferencedDocument(location, place.url, GrammarKind::DTD);
     if (record == nullptr) {
       return model_.Error().RecordError(ModelCode::LoadFailed, external, location);
     }
     model_.schemaLocations.push_back(record->path);
-    if (!ReadDeclarations(*record->Root()->AsContainer(), {record->path, kDtdKind})) return false;
+    if (!ReadDeclarations(*record->Root()->AsContainer(), {record->path, GrammarKind::DTD}))
+      return false;
   }
   return ReadDeclarations(doctype, place);
 }
@@ -201,7 +201,7 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
   }
   entity->readInPass = model_.pass;
   return ReadDeclarations(*entity->document->Root()->AsContainer(),
-                          {entity->document->path, kDtdKind});
+                          {entity->document->path, GrammarKind::DTD});
 }
 
 bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {

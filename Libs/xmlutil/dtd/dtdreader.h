@@ -31,7 +31,7 @@ class DtdReader {
   // pieces of it parse.
   struct Place {
     TQString url;
-    std::uint32_t kind;          // a GrammarKind
+    GrammarKind kind;
     bool isProvisional = false;  // the text of a provisional value
   };
 

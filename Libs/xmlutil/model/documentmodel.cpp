@@ -14,8 +14,6 @@ namespace {
 
 using View = std::u16string_view;
 
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kDocumentKind = 1;
 constexpr View kSelf = u"schema:--self--";
 
 // The kind of a schema file decides over the kind that was expected of it.
@@ -77,7 +75,8 @@ bool DocumentModel::ReadReferenced(XTreeNode& root, const SchemaReference& refer
     return ReadSchemaOfKind(reference.kind, source, reference);
   }
   const bool isDtd = location.Extension(true) == u"dtd";
-  LoadRecord* record = LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
+  LoadRecord* record =
+      LoadReferencedDocument(location, url_, isDtd ? GrammarKind::DTD : GrammarKind::XML);
   if (record == nullptr) {
     const ModelCode code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
     return error_.RecordError(code, reference.attributeNode, location);
@@ -169,12 +168,12 @@ bool DocumentModel::ExpandEntityReferences(View text, TQString& out) {
 }
 
 std::unique_ptr<XTree> DocumentModel::ParseContent(View text) {
-  return kelmora::ParseFragment(*manager_->RowFor(kDocumentKind), text, u"content",
+  return kelmora::ParseFragment(*manager_->RowFor(GrammarKind::XML), text, u"content",
                                 XTreeKind::Element, true);
 }
 
 std::unique_ptr<XTree> DocumentModel::ParseFragment(View text, const char16_t* startRule,
-                                                    XTreeKind holder, std::uint32_t kind) const {
+                                                    XTreeKind holder, GrammarKind kind) const {
   const DocumentKindRow* row = manager_->RowFor(kind);
   if (row == nullptr) return nullptr;
   return kelmora::ParseFragment(*row, text, startRule, holder, false);
@@ -186,7 +185,7 @@ const XTreeContainer& DocumentModel::Keep(std::unique_ptr<XTree> fragment) {
 }
 
 LoadRecord* DocumentModel::LoadReferencedDocument(const TQString& url, View referrerUrl,
-                                                  std::uint32_t kind) {
+                                                  GrammarKind kind) {
   const TQString path =
       url.IsRelativePath(false) ? url.ResolveRelativePath(TQString(referrerUrl), TQString()) : url;
   if (path.IsEmpty()) return nullptr;

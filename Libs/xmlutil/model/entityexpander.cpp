@@ -19,8 +19,6 @@ constexpr PredefinedEntity kPredefined[] = {
     {u"lt", u"&#60;"}, {u"amp", u"&#38;"}, {u"gt", u">"}, {u"apos", u"'"}, {u"quot", u"\""},
 };
 constexpr View kSystem = u"SYSTEM";
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kEntityKind = 2;
 
 }  // namespace
 
@@ -55,8 +53,9 @@ void EntityExpander::LoadEntityDocument(EntityDecl& entity, const XTreeNode* nod
     model_.Error().RecordError(ModelCode::NotAnExternalID, node, entity.name);
     return;
   }
-  entity.document = model_.LoadReferencedDocument(TQString(words[location]), entity.baseUrl,
-                                                  entity.parameter ? kDtdKind : kEntityKind);
+  entity.document =
+      model_.LoadReferencedDocument(TQString(words[location]), entity.baseUrl,
+                                    entity.parameter ? GrammarKind::DTD : GrammarKind::Entity);
   if (entity.document == nullptr) {
     model_.Error().RecordError(ModelCode::LoadFailed, node, entity.name);
     return;

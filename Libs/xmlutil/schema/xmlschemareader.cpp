@@ -14,7 +14,6 @@ using Word = SchemaWord;
 
 constexpr View kSchemaNamespace = u"http://www.w3.org/2001/XMLSchema";
 constexpr View kDeclaration = u"xmlns";
-constexpr std::uint32_t kDocumentKind = 1;
 constexpr int kMostFurtherPasses = 3;
 
 bool IsDeclaration(View name) {
@@ -234,7 +233,7 @@ bool XmlSchemaReader::ReadInclude(const XTreeNode& node, const SchemaRow& row) {
   if (!ReadAttributes(node, row, values)) return false;
   if (MissesAttribute(node, values, Word::SchemaLocation)) return false;
   const TQString& location = values[Word::SchemaLocation];
-  const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
+  const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, GrammarKind::XML);
   if (record == nullptr) return Fail(ModelCode::LoadFailed, node, location);
   // The same definitions may come in twice.
   return ReadNested({record->Root(), record->path, {}}, node, state_.targetNamespace) ||
@@ -267,7 +266,8 @@ bool XmlSchemaReader::ReadImport(const XTreeNode& node) {
   const TQString& wanted = values[Word::Namespace];
   SchemaSource source;
   if (!location.IsEmpty()) {
-    const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
+    const LoadRecord* record =
+        model_.LoadReferencedDocument(location, state_.url, GrammarKind::XML);
     if (record == nullptr) return Fail(ModelCode::LoadFailed, node, location);
     source = {record->Root(), record->path, {}};
   } else if (!wanted.IsEmpty()) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -13,14 +14,12 @@
 namespace kelmora {
 
 struct LoadRecord {
-  static constexpr std::uint32_t kNoKind = 7;
-
   std::unique_ptr<XTree> tree;
   std::unique_ptr<LoadedDocument> document;
   TQString path;
   const char16_t* lineEnd = u"\r\n";
-  std::uint32_t kind = kNoKind;  // GrammarKind, kNoKind until a load sets it
-  bool cached = false;           // the name is one of the program's own files
+  std::optional<GrammarKind> kind;  // none until a load sets it
+  bool cached = false;              // the name is one of the program's own files
 
   XTreeNode* Root() const { return tree ? tree->root : nullptr; }
 };
@@ -35,9 +34,9 @@ class DocumentManager {
   // Takes over a record with its document, also after a failed load. The record's path and tree
   // must not change from then on.
   LoadRecord* AdoptRecord(std::unique_ptr<LoadRecord> record);
-  const DocumentKindRow* RowFor(std::uint32_t kind) const { return kinds_.Find(kind); }
+  const DocumentKindRow* RowFor(GrammarKind kind) const { return kinds_.Find(kind); }
   // The first record whose load of exactly this path with that kind gave a tree; null without one.
-  LoadRecord* FindByPath(std::u16string_view path, std::uint32_t kind) const;
+  LoadRecord* FindByPath(std::u16string_view path, GrammarKind kind) const;
   LoadRecord* FindByRoot(const XTreeNode* root) const;
   void RemoveRecord(LoadRecord* record);
   void ClearAll();

@@ -65,7 +65,6 @@ class TQString {
   void Reserve(int capacity);       // grows only; rounded up to a multiple of 10; keeps the text
   void ReserveEmpty(int capacity);  // as Reserve, but the text becomes empty
   void ReserveRaw(int capacity);    // as Reserve, but the text is undefined until written
-  void SetAt(int index, char16_t unit);  // a unit of value 0 cuts the text there
   // For a producer that knows how much it will write at most: a block for `capacity` units, all
   // undefined, which must not be read before FinishWriting has said how many were written. None
   // of them may be 0. The capacity becomes the length.

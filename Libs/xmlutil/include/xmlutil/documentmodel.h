@@ -101,13 +101,13 @@ class DocumentModel final : public TreeModel {
   bool ReadDCD(const SchemaSource& document);
 
   // --- services of the readers ---------------------------------------------------------------
-  // Loads a DTD (kind 0), entity (2), or schema (1) that `referrerUrl`'s document names; one that
-  // is loaded already is not read again. Null when it cannot be read, which is silent.
+  // Loads a DTD, an entity or a schema (GrammarKind::XML) that `referrerUrl`'s document names; one
+  // that is loaded already is not read again. Null when it cannot be read, which is silent.
   LoadRecord* LoadReferencedDocument(const TQString& url, std::u16string_view referrerUrl,
-                                     std::uint32_t kind);
+                                     GrammarKind kind);
   // Parses a piece of a document of that kind from a rule; null when it does not parse.
   std::unique_ptr<XTree> ParseFragment(std::u16string_view text, const char16_t* startRule,
-                                       XTreeKind holder, std::uint32_t kind) const;
+                                       XTreeKind holder, GrammarKind kind) const;
   // Keeps such a tree, so that declarations can point into it.
   const XTreeContainer& Keep(std::unique_ptr<XTree> fragment);
   ElementDecl* FindElement(const NameKey& name) const;
