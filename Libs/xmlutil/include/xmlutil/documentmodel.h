@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/treemodel.h"
 #include "xmltree/xpathtreebuilder.h"
