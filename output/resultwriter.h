@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "output/outputsettings.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 
@@ -79,7 +80,7 @@ class ResultWriter {
   TQString Scratch;     // working copy of a value
   const std::u16string_view LineEnd;
   const std::u16string_view Encoding;
-  std::unordered_set<std::u16string_view> CdataNames;  // the names in Settings.CdataElements
+  std::unordered_set<std::u16string_view, TextHash> CdataNames;  // in Settings.CdataElements
   // Most pieces are a few units long; they gather here on their way to Text.
   char16_t pending_[kPendingSize];
 };

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Holds the documents against the sources: messages, elements, attributes and functions that the
-program knows, the libraries and who sees whom, the files and places that a document points to.
+program knows, the libraries and who sees whom, the files and places that a document points to, and
+that tables keyed by text have the hash that docs/robustness.md promises.
 
 usage: documents.py [SOURCES]
 """
@@ -110,6 +111,26 @@ def check_pointers(read, sources):
                 yield '%s: no file %s' % (page.name, path)
 
 
+def check_hashes(sources):
+    """Tables that are keyed by text take the keyed hash of tqcore, and no other."""
+    text_key = r'(?:TQString|\w*Name|NameKey|View|std::(?:u16)?string(?:_view)?)'
+    tables = re.compile(r'unordered_(?:multi)?(?:map|set)<\s*%s\b[^;{]*' % text_key)
+    number = 0
+    for path in [*sources.rglob('*.h'), *sources.rglob('*.cpp')]:
+        place = path.relative_to(sources)
+        if place.parts[0].startswith('build') or {'tests', 'bench', 'fuzz'} & set(place.parts):
+            continue
+        text = path.read_text(encoding='utf-8')
+        if re.search(r'std::hash<\s*%s' % text_key, text):
+            yield '%s: std::hash of a text' % place
+        for table in tables.findall(text):
+            number += 1
+            if not re.search(r'\b\w*(?:Text|Name)Hash\b', table):
+                yield '%s: a table without TextHash: %s' % (place, table)
+    if number < 10:
+        yield 'only %d tables keyed by text were found in the sources' % number
+
+
 def main():
     here = pathlib.Path(__file__).resolve().parent.parent
     sources = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else here
@@ -118,7 +139,8 @@ def main():
         return (sources / path).read_text(encoding='utf-8')
 
     problems = [*check_reference(read), *check_libraries(read), *check_rooms(read, sources),
-                *check_state(read, sources), *check_pointers(read, sources)]
+                *check_state(read, sources), *check_pointers(read, sources),
+                *check_hashes(sources)]
     for line in problems:
         print(line)
     return 1 if problems else 0

@@ -13,6 +13,7 @@ import functools
 import os
 import pathlib
 import random
+import re
 import resource
 import shutil
 import socket
@@ -21,6 +22,8 @@ import sys
 import tempfile
 import threading
 import unittest
+
+import colliding
 
 PROGRAM = ''
 SAMPLES = ''
@@ -549,6 +552,108 @@ class Bounds(Hostile):
         self.check_result(Run({'in.xsl': recursion}, more=['-xslstack', '10000000'], limits=limits),
                           XML_START)
         self.check_refused(Run({'in.xsl': recursion}), 'XSL template stack overflow\n\n')
+
+
+def each(text, names):
+    return ''.join(text.replace('#', name) for name in names)
+
+
+def schema_of(content):
+    return {'in.xml': '<r %s xsi:noNamespaceSchemaLocation="s.xsd"/>' % XSI,
+            's.xsd': '<s:schema xmlns:s="http://www.w3.org/2001/XMLSchema">%s</s:schema>' % content}
+
+
+ROOT_RULE = '<xsl:template match="/"><r>%s</r></xsl:template>'
+KEY = '<xsl:key name="k" match="i" use="@n"/>'
+# Where names come into a table, and for some names the files that fill it. "#" is each of them.
+TABLES = [
+    ('keys', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names),
+        'in.xsl': XSL % (KEY + ROOT_RULE % '<xsl:for-each select="//i"><xsl:copy-of '
+                         'select="key(\'k\', @n)"/></xsl:for-each>')}),
+    ('groups', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names * 2),
+        'in.xsl': XSL % (KEY + ROOT_RULE % '<xsl:copy-of select="//i[generate-id() = '
+                         'generate-id(key(\'k\', @n)[1])]"/>')}),
+    ('texts of node sets', lambda names: {
+        'in.xml': '<a>%s%s</a>' % (each('<i n="#"/>', names[::2]), each('<j n="#"/>', names[1::2])),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:value-of select="//i/@n = //j/@n"/>'}),
+    ('namespaces', lambda names: {'in.xml': '<a>%s</a>' % each('<i xmlns="#"/>', names)}),
+    ('attributes', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:for-each select="//i"><xsl:attribute name="{@n}"/>'
+                  '</xsl:for-each>'}),
+    ('attributes by default', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a %s/>' % (each('<!ATTLIST a # CDATA "d">', names),
+                                                each(' #=""', names))}),
+    ('elements of a DTD', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a/>' % each('<!ELEMENT # ANY><!ATTLIST # b CDATA "d">', names)}),
+    ('entities', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a>%s</a>' % (each('<!ENTITY # "x">', names),
+                                                  each('&#;', names))}),
+    ('elements of a schema', lambda names: schema_of(each('<s:element name="#"/>', names))),
+    ('values of a schema', lambda names: schema_of(
+        '<s:simpleType name="t"><s:restriction base="s:string">%s</s:restriction></s:simpleType>'
+        '<s:element name="r"/>' % each('<s:enumeration value="#"/>', names))),
+    ('siblings', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#/>', names),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:for-each select="a/*"><xsl:number/></xsl:for-each>'}),
+    ('rules', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#/>', names),
+        'in.xsl': XSL % each('<xsl:template match="#">.</xsl:template>', names)}),
+    ('modes', lambda names: {
+        'in.xsl': XSL % (each('<xsl:template match="a" mode="#">.</xsl:template>', names)
+                         + ROOT_RULE % each('<xsl:apply-templates mode="#"/>', names))}),
+    ('named templates', lambda names: {
+        'in.xsl': XSL % (each('<xsl:template name="#">.</xsl:template>', names)
+                         + ROOT_RULE % each('<xsl:call-template name="#"/>', names))}),
+    ('variables', lambda names: {
+        'in.xsl': XSL % (each('<xsl:variable name="#" select="1"/>', names)
+                         + ROOT_RULE % each('<xsl:value-of select="$#"/>', names))}),
+    ('names for CDATA', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#>.</#>', names),
+        'in.xsl': XSL % ('<xsl:output cdata-section-elements="%s"/>' % each(' #', names)
+                         + ROOT_RULE % '<xsl:copy-of select="a"/>')}),
+]
+
+
+class Flooding(Hostile):
+    """Names chosen to share one hash cost what others cost, and no result depends on hashes."""
+
+    def measured(self, files):
+        def used():
+            usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+            return usage.ru_utime + usage.ru_stime
+
+        start = used()
+        run = Run({name: XML_START + text for name, text in files.items()})
+        self.check_end(run)
+        self.assertEqual(run.error, '')
+        return used() - start, run.result.decode()
+
+    def test_no_result_depends_on_the_secret(self):
+        names = colliding.plain_names(100)
+        for kind, files_of in TABLES:
+            with self.subTest(kind=kind):
+                self.assertEqual(len({self.measured(files_of(names))[1] for _ in range(4)}), 1)
+        # The first error of a schema is shown, and here one of many.
+        wrong = schema_of(each('<s:element name="#" type="none"/>', names))
+        self.assertEqual(len({Run(wrong).error for _ in range(8)}), 1)
+
+    def test_tables(self):
+        count = 5000 if IS_SANITIZED else 20000
+        plain = colliding.plain_names(count)
+        chosen = colliding.colliding_names(count)
+        self.assertEqual({colliding.hash_of(name) for name in chosen[:100]},
+                         {colliding.hash_of(chosen[-1])})
+        to_plain = dict(zip(chosen, plain))
+        for kind, files_of in TABLES:
+            with self.subTest(kind=kind):
+                plain_seconds, plain_result = self.measured(files_of(plain))
+                seconds, result = self.measured(files_of(chosen))
+                result = re.sub('[%s]{8}' % colliding.LETTERS, lambda name: to_plain[name[0]], result)
+                self.assertTrue(result == plain_result, 'the results differ')
+                self.assertLess(seconds, 2 * plain_seconds + 0.2)
 
 
 def edited(data, generator):

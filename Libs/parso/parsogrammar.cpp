@@ -2,6 +2,7 @@
 
 #include "parsogrammarloader.h"
 #include "parsoprogram.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqerrorlogger.h"
 #include "tqcore/tqexcept.h"
 #include "ystreamimpl/ystream.h"
@@ -13,9 +14,7 @@ constexpr std::size_t kIndexSlots = 1024;  // a power of two, above 2 * kMaxRule
 static_assert(kIndexSlots > 2 * ParsoGrammar::kMaxRules);
 
 std::size_t SlotOf(std::u16string_view name, ParsoKind kind) {
-  std::uint32_t hash = 2166136261u ^ static_cast<std::uint8_t>(kind);
-  for (char16_t unit : name) hash = (hash ^ unit) * 16777619u;
-  return (hash ^ (hash >> 15)) & (kIndexSlots - 1);
+  return (HashText(name) ^ static_cast<std::uint8_t>(kind)) & (kIndexSlots - 1);
 }
 
 // Lines of a text in memory, cut as YStream::ReadLine cuts them.

@@ -38,12 +38,8 @@ struct VariableMap::TrieNode {
 
 namespace {
 
-// Names are short, so a simple mixture will do. The last step spreads it into the low bits, which
-// the trie takes first.
 std::uint32_t HashOf(std::u16string_view name) {
-  std::uint64_t hash = name.size();
-  for (const char16_t unit : name) hash = (hash ^ unit) * 0x9E3779B97F4A7C15u;
-  return static_cast<std::uint32_t>(hash >> 32);
+  return static_cast<std::uint32_t>(HashText(name));
 }
 
 constexpr int Bit(std::uint32_t hash, int level) {

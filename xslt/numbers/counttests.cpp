@@ -1,7 +1,6 @@
 #include "numbers/counttests.h"
 
 #include <algorithm>
-#include <functional>
 #include <optional>
 #include <utility>
 
@@ -73,9 +72,7 @@ std::unique_ptr<CountTest> MakeTest(const NumberQuery& query, const ExpressionTe
 }  // namespace
 
 std::size_t NodeNameHash::operator()(const NodeName& name) const {
-  constexpr std::size_t kSpread = 0x9E3779B97F4A7C15u;
-  return std::hash<std::u16string_view>()(name.localName) ^
-         (std::hash<InternedURI>()(name.uri) * kSpread) ^ (name.isAttribute ? 1 : 0);
+  return HashName(name.localName, name.uri) ^ (name.isAttribute ? 1 : 0);
 }
 
 bool CountTest::Matches(const XPathNode* node) const {

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xpath/simplepattern.h"

@@ -16,6 +16,7 @@
 
 #include "rules/ruleindex.h"
 #include "rules/templaterule.h"
+#include "tqcore/texthash.h"
 
 namespace kelmora {
 
@@ -62,7 +63,7 @@ class TemplateRules {
   std::vector<std::unique_ptr<TemplateRule>> rules_;  // by ascending Rank: the reverse of Rules
   std::size_t sorted_ = 0;                            // rules_ up to here are in order and indexed
   RuleIndex index_;
-  std::unordered_map<std::u16string_view, NamedRules> named_;  // by ExpandedName
+  std::unordered_map<std::u16string_view, NamedRules, TextHash> named_;  // by ExpandedName
   std::unordered_map<TQString, ModeId, TextHash, TextEqual> modes_{{u"", kNoMode},
                                                                    {u"?", kAnyMode}};
 };

@@ -15,6 +15,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xpath/xpathvalue.h"
@@ -40,7 +41,7 @@ class GlobalEvaluation {
   bool Retry(const TQXSLTError& error);
 
  private:
-  using ByName = std::unordered_map<std::u16string_view, XPathNode*>;
+  using ByName = std::unordered_map<std::u16string_view, XPathNode*, TextHash>;
 
   void MakeWay(const XPathNode* definingNode, Role role, const BindingRecord& binding);
   bool Remove(const XPathNode* definingNode, Role role, const TQString& name);

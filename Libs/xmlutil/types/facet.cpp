@@ -16,6 +16,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqtext.h"
 #include "types/datetimevalue.h"
 #include "types/simpletype.h"

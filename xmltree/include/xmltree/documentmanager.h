@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/loadeddocument.h"
 
 namespace kelmora {
@@ -45,7 +46,7 @@ class DocumentManager {
   const DocumentKindTable& kinds_;
   std::unordered_map<const LoadRecord*, std::unique_ptr<LoadRecord>> records_;
   std::unordered_map<const XTreeNode*, LoadRecord*> byRoot_;
-  std::unordered_map<std::u16string_view, std::vector<LoadRecord*>> byPath_;
+  std::unordered_map<std::u16string_view, std::vector<LoadRecord*>, TextHash> byPath_;
 };
 
 }  // namespace kelmora

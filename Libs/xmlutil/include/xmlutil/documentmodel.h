@@ -18,6 +18,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/treemodel.h"
 #include "xmltree/xpathtreebuilder.h"
