@@ -14,6 +14,7 @@
 #include "parso/parsogrammar.h"
 #include "parso/parsoparser.h"
 #include "sortkey.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/xpathnode.h"
 #include "xpath/simplepattern.h"
@@ -101,6 +102,20 @@ void ParseDocument(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * text.Length());
 }
 BENCHMARK(ParseDocument);
+
+// Names of that many units, by the hash of tables and by the library's, which has no secret.
+template <class Hash>
+void HashNames(benchmark::State& state) {
+  const auto units = static_cast<std::size_t>(state.range(0));
+  std::vector<std::u16string> names;
+  for (char16_t first = u'a'; first <= u'z'; ++first) names.emplace_back(units, first);
+  for (auto _ : state) {
+    for (const std::u16string& name : names) benchmark::DoNotOptimize(Hash()(name));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(names.size()));
+}
+BENCHMARK(HashNames<TextHash>)->Arg(3)->Arg(8)->Arg(16)->Arg(64);
+BENCHMARK(HashNames<std::hash<std::u16string_view>>)->Arg(3)->Arg(8)->Arg(16)->Arg(64);
 
 // Evaluates from the root; the argument chooses the expression.
 void EvaluatePath(benchmark::State& state) {

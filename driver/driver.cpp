@@ -14,8 +14,6 @@ namespace {
 constexpr Console::Stream kOutput = Console::Stream::kOutput;
 constexpr Console::Stream kError = Console::Stream::kError;
 // Numbers of document kinds. That of stylesheets has no grammar of its own; the name decides.
-constexpr std::uint32_t kSourceKind = 1;
-constexpr std::uint32_t kStylesheetKind = 5;
 
 }  // namespace
 
@@ -73,12 +71,12 @@ bool Driver::LoadDocuments() {
   MakeAbsolute(XmlFile, directory);
 
   LoadError loadError;
-  SourceDocument = LoadDocument(XmlFile, kSourceKind, loadError, SourceXTree);
+  SourceDocument = LoadDocument(XmlFile, GrammarKind::XML, loadError, SourceXTree);
   if (SourceDocument == nullptr) return false;
   SourceRoot = BuildTree(SourceXTree, XmlFile);
   if (SourceRoot == nullptr) return false;
 
-  StylesheetDocument = LoadDocument(XslFile, kStylesheetKind, loadError, StylesheetXTree);
+  StylesheetDocument = LoadDocument(XslFile, GrammarKind::Stylesheet, loadError, StylesheetXTree);
   if (StylesheetDocument == nullptr) return false;
   LfOutput = StylesheetDocument->LineEnd()[0] != u'\r';
   if (!LfOutput) Processor->Serializer().SetLineEnd(u"\r\n");
@@ -88,7 +86,7 @@ bool Driver::LoadDocuments() {
   return StylesheetRoot != nullptr;
 }
 
-LoadedDocument* Driver::LoadDocument(const TQString& path, std::uint32_t kind, LoadError& loadError,
+LoadedDocument* Driver::LoadDocument(const TQString& path, GrammarKind kind, LoadError& loadError,
                                      XTreeNode*& xtree) {
   auto record = std::make_unique<LoadRecord>();
   record->document = Manager->CreateDocument();

@@ -43,7 +43,7 @@ class Driver {
   void Cleanup();
 
   // One of the two documents; null when it could not be loaded, and the words are written.
-  LoadedDocument* LoadDocument(const TQString& path, std::uint32_t kind, LoadError& loadError,
+  LoadedDocument* LoadDocument(const TQString& path, GrammarKind kind, LoadError& loadError,
                                XTreeNode*& xtree);
   XPathNode* BuildTree(XTreeNode* xtree, const TQString& path);
   void ReportError(const TQXSLTError& error) const;

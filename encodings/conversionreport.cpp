@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "encodings/encodings.h"
+#include "tqcore/processstate.h"
 
 namespace kelmora {
 
@@ -13,8 +14,7 @@ void ConversionReport::Record(char16_t unit) {
 }
 
 ConversionReport& TheConversionReport() {
-  static ConversionReport report;
-  return report;
+  return ProcessState::Of<ConversionReport>();
 }
 
 bool ConversionRanOutOfMemory() {

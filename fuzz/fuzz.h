@@ -25,7 +25,7 @@ class World {
   static World& Instance();
 
   DocumentManager& Manager() { return *manager_; }
-  const DocumentKindRow& Row(std::uint32_t kind) { return *kinds_.Find(kind); }
+  const DocumentKindRow& Row(GrammarKind kind) { return *kinds_.Find(kind); }
 
  private:
   World();

@@ -11,8 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   TQString text = FromNative(input);
   text.ConvertLineEnds(u"\r");
   LoadError ignored;
-  const auto tree =
-      ParseXTree(fuzz::World::Instance().Row(1), text, {}, XTreeKind::Document, true, ignored);
+  const auto tree = ParseXTree(fuzz::World::Instance().Row(GrammarKind::XML), text, {},
+                               XTreeKind::Document, true, ignored);
   if (tree == nullptr) return 0;
   XPathTreeBuilder builder;
   DocumentModel model(&fuzz::World::Instance().Manager());

@@ -10,8 +10,6 @@ namespace kelmora::fuzz {
 
 namespace {
 
-constexpr std::uint32_t kDocumentKind = 1;
-
 // Words without which a document names no other: a fuzzer must not read files or reach a network.
 constexpr std::u16string_view kNames[] = {u"SYSTEM",   u"PUBLIC",    u"chemaLocation",
                                           u"x-schema", u"XMLSchema", u"xml-data"};
@@ -43,7 +41,7 @@ Document::Document(XPathTreeBuilder& builder, std::string_view bytes) {
   text_ = std::move(*text);
   text_.ConvertLineEnds(u"\r");
   LoadError ignored;
-  tree_ = ParseXTree(World::Instance().Row(kDocumentKind), text_, {}, XTreeKind::Document, true,
+  tree_ = ParseXTree(World::Instance().Row(GrammarKind::XML), text_, {}, XTreeKind::Document, true,
                      ignored);
   if (tree_ == nullptr || NamesOtherDocuments(text_)) return;
   DocumentModel model(&World::Instance().Manager());

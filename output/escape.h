@@ -17,6 +17,11 @@ enum EscapeClass : std::uint8_t {
   EscapeURL = 16,   // what a URL made of printable ASCII may not hold
 };
 
+// What the values of a method need.
+inline constexpr unsigned kTextEscapes = EscapeAngle | EscapeAmp;  // comments, too
+inline constexpr unsigned kXmlAttributeEscapes = kTextEscapes | EscapeQuote | EscapeBreak;
+inline constexpr unsigned kHtmlAttributeEscapes = EscapeAngle | EscapeQuote;
+
 // Index of the first unit at or behind `start` that belongs to one of `classes`, else the length.
 std::size_t FindEscapable(std::u16string_view text, std::size_t start, unsigned classes);
 

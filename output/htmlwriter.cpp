@@ -2,66 +2,64 @@
 // and no stack: behind an element it tells whether that element, not its parent, is a block, and
 // the next decision reads what the last element left.
 #include <cstdint>
-#include <vector>
 
 #include "escape.h"
 #include "htmlnames.h"
-#include "output/outputserializer.h"
 #include "resultnodes.h"
+#include "resultwalk.h"
+#include "resultwriter.h"
 
 namespace kelmora {
 
-void OutputSerializer::WriteHtml(const XPathNode& top) {
-  std::vector<std::uint8_t> open;  // traits of the nodes whose content is being written
-  const XPathNode* node = &top;
-  while (true) {
-    const bool inRaw = !open.empty() && (open.back() & HtmlRaw) != 0;
-    unsigned traits = 0;
-    if (const XPathNode* content = StartHtml(*node, !inRaw, traits)) {
-      open.push_back(static_cast<std::uint8_t>(traits));
-      node = content;
-      continue;
-    }
-    while (node != &top && node->next == nullptr) {
-      node = node->parent;
-      EndHtml(*node, open.back());
-      open.pop_back();
-    }
-    if (node == &top) return;
-    node = node->next;
-  }
-}
+namespace {
 
-// Writes a leaf whole; of an element the start tag, or all of it when it has no content. Returns
-// the first child that is still to be written, null without one, and the element's traits.
-const XPathNode* OutputSerializer::StartHtml(const XPathNode& node, bool escapeText,
-                                             unsigned& traits) {
+class HtmlWriter final : public ResultWriter {
+ public:
+  using Level = std::uint8_t;  // traits of the element, 0 of another node, whose children they are
+
+  explicit HtmlWriter(const WriterInput& input) : ResultWriter(input) {}
+
+  void WriteAll(const XPathNode& root) {
+    const bool hasIdentifier = Settings.DoctypeSystemGiven || Settings.DoctypePublicGiven;
+    if (hasIdentifier && FirstElement(root) != nullptr) WriteDoctype(u"HTML");
+    WalkResult(root, *this, Level());
+    Finish();
+  }
+
+  const XPathNode* Start(const XPathNode& node, Level outer, Level& traits);
+  void End(const XPathNode& node, Level traits);
+
+ private:
+  const XPathNode* StartElement(const XPathNode& element, unsigned traits);
+  void EndElement(const XPathNode& element, unsigned traits, bool lastWasText);
+  void WriteAttribute(const XPathNode& attribute);
+  void WriteUri(std::u16string_view value);
+  void WriteMeta();
+
+  bool BlockContext = true;  // the element last started or ended is a block element
+  bool NeedMeta = false;     // a head waits for its META element
+};
+
+const XPathNode* HtmlWriter::Start(const XPathNode& node, Level outer, Level& traits) {
   const bool onLine = Indent && BlockContext;
   switch (node.kind) {
     case XPathNodeKind::Element:
-      return StartHtmlElement(node, traits);
+      traits = static_cast<Level>(HtmlElementTraits(node.GetName()));
+      return StartElement(node, traits);
     case XPathNodeKind::Text:
     case XPathNodeKind::CData:
-      WriteCharacterData(node, escapeText && node.escapeOutput);
+      WriteCharacterData(node, node.escapeOutput && (outer & HtmlRaw) == 0);
       return nullptr;
     case XPathNodeKind::Attribute:
-      WriteHtmlAttribute(node);
+      WriteAttribute(node);
       return nullptr;
     case XPathNodeKind::Namespace:  // that of an element is part of its tag
       return nullptr;
     case XPathNodeKind::PI:
-      if (onLine) Tabs(Depth);
-      Write(u"<?");
-      Write(node.GetName());
-      Write(u" ");
-      Write(node.GetValue());
-      Write(u">");
-      if (onLine) LineBreak();
+      WriteInstruction(node, u">", onLine);
       return nullptr;
     case XPathNodeKind::Comment:
-      if (onLine) Tabs(Depth);
-      WriteComment(node);
-      if (onLine) LineBreak();
+      WriteComment(node, onLine);
       return nullptr;
     case XPathNodeKind::XMLDeclaration:
       return nullptr;
@@ -77,9 +75,7 @@ const XPathNode* OutputSerializer::StartHtml(const XPathNode& node, bool escapeT
   return nullptr;
 }
 
-const XPathNode* OutputSerializer::StartHtmlElement(const XPathNode& element, unsigned& traits) {
-  const std::u16string_view name = element.GetName();
-  traits = HtmlElementTraits(name);
+const XPathNode* HtmlWriter::StartElement(const XPathNode& element, unsigned traits) {
   const bool isBlock = (traits & HtmlBlock) != 0;
   const bool breakBefore = BlockContext && isBlock && Indent && !HasTextChild(element);
   BlockContext = isBlock;
@@ -88,13 +84,13 @@ const XPathNode* OutputSerializer::StartHtmlElement(const XPathNode& element, un
     Tabs(Depth);
   }
   Write(u"<");
-  Write(name);
+  Write(element.GetName());
   if ((traits & HtmlHead) != 0) NeedMeta = true;
 
   const XPathNode* child = element.firstChild;
   for (; child != nullptr && IsAttributeOrNamespace(*child); child = child->next) {
     if (child->kind == XPathNodeKind::Attribute) {
-      WriteHtmlAttribute(*child);
+      WriteAttribute(*child);
     } else {
       WriteNamespace(*child);
     }
@@ -108,20 +104,20 @@ const XPathNode* OutputSerializer::StartHtmlElement(const XPathNode& element, un
   if ((traits & HtmlNonEmpty) != 0) {
     Write(u">");
     WriteMeta();
-    EndHtmlElement(element, traits, false);
+    EndElement(element, traits, false);
   } else {
     Write((traits & HtmlEmpty) != 0 ? u">" : u" />");
   }
   return nullptr;
 }
 
-void OutputSerializer::EndHtml(const XPathNode& node, unsigned traits) {
+void HtmlWriter::End(const XPathNode& node, Level traits) {
   if (node.kind != XPathNodeKind::Element) return;
   --Depth;
-  EndHtmlElement(node, traits, node.lastChild->kind == XPathNodeKind::Text);
+  EndElement(node, traits, node.lastChild->kind == XPathNodeKind::Text);
 }
 
-void OutputSerializer::EndHtmlElement(const XPathNode& element, unsigned traits, bool lastWasText) {
+void HtmlWriter::EndElement(const XPathNode& element, unsigned traits, bool lastWasText) {
   if ((traits & HtmlEmpty) == 0) {
     const bool breakEnd = BlockContext && !lastWasText && Indent;
     if (breakEnd) {
@@ -135,7 +131,7 @@ void OutputSerializer::EndHtmlElement(const XPathNode& element, unsigned traits,
   BlockContext = (traits & HtmlBlock) != 0;
 }
 
-void OutputSerializer::WriteHtmlAttribute(const XPathNode& attribute) {
+void HtmlWriter::WriteAttribute(const XPathNode& attribute) {
   const std::u16string_view name = attribute.GetName();
   const std::u16string_view value = attribute.GetValue();
   const unsigned traits = HtmlAttributeTraits(name);
@@ -146,13 +142,13 @@ void OutputSerializer::WriteHtmlAttribute(const XPathNode& attribute) {
   if ((traits & HtmlUri) != 0 && IsPrintableAscii(value)) {
     WriteUri(value);
   } else {
-    EscapeText(value, true, false, false);
+    EscapeText(value, kHtmlAttributeEscapes);
   }
   Write(u"\"");
 }
 
 // What it escapes includes all that an attribute value must not hold.
-void OutputSerializer::WriteUri(std::u16string_view value) {
+void HtmlWriter::WriteUri(std::u16string_view value) {
   static constexpr char16_t kDigits[] = u"0123456789ABCDEF";
   std::size_t start = 0;
   while (true) {
@@ -166,7 +162,7 @@ void OutputSerializer::WriteUri(std::u16string_view value) {
   }
 }
 
-void OutputSerializer::WriteMeta() {
+void HtmlWriter::WriteMeta() {
   if (!NeedMeta) return;
   NeedMeta = false;
   if (Indent) {
@@ -176,6 +172,12 @@ void OutputSerializer::WriteMeta() {
   Write(u"<META http-equiv=\"Content-Type\" content=\"text/html; charset=");
   Write(ShownEncoding());
   Write(u"\">");
+}
+
+}  // namespace
+
+void WriteHtml(const WriterInput& input) {
+  HtmlWriter(input).WriteAll(input.root);
 }
 
 }  // namespace kelmora

@@ -1,4 +1,4 @@
-// Questions that the writers ask of the nodes of a result.
+// Questions that the serializer and the writers ask of the nodes of a result.
 #pragma once
 
 #include "xmltree/xpathnode.h"
@@ -11,6 +11,13 @@ inline bool HasTextChild(const XPathNode& node) {
     if (child->kind == XPathNodeKind::Text) return true;
   }
   return false;
+}
+
+// Null without one. Linear in the children in front of it.
+inline const XPathNode* FirstElement(const XPathNode& root) {
+  const XPathNode* node = root.firstChild;
+  while (node != nullptr && node->kind != XPathNodeKind::Element) node = node->next;
+  return node;
 }
 
 inline bool IsAttributeOrNamespace(const XPathNode& node) {

@@ -8,9 +8,12 @@ result and nothing on standard error, or with a message there and the old result
 is a folder of files that hold a stylesheet and a document, parted by a line of three percent signs.
 """
 import concurrent.futures
+import fcntl
+import functools
 import os
 import pathlib
 import random
+import re
 import resource
 import shutil
 import socket
@@ -19,6 +22,8 @@ import sys
 import tempfile
 import threading
 import unittest
+
+import colliding
 
 PROGRAM = ''
 SAMPLES = ''
@@ -43,6 +48,16 @@ SHIFT_JIS GB2312 EUC-KR BIG5 EUC-JP ISO-2022-JP UTF-8 UTF-7 UTF-16 ISO-10646-UCS
 ISO-10646-UCS-4'''.split()
 
 
+@functools.cache
+def open_program():
+    """A copy of the program that every user may start, in whatever home it was built."""
+    directory = tempfile.TemporaryDirectory(prefix='kelmora-hostile-')
+    os.chmod(directory.name, 0o755)
+    copy = shutil.copy(PROGRAM, directory.name)
+    os.chmod(copy, 0o755)
+    return directory, copy
+
+
 class Run:
     """One run in a directory of its own, which is gone afterwards."""
 
@@ -62,8 +77,9 @@ class Run:
             result = self.place / out
             self.result = result.read_bytes() if os.path.isfile(result) else None
             self.names = sorted(os.listdir(directory))
-            if os.path.ismount(directory):
-                subprocess.run(['umount', directory], check=True)
+            for mounted in (self.place / 'out', self.place / 'small', self.place):
+                if os.path.ismount(mounted):
+                    subprocess.run(['umount', str(mounted)], check=True)
 
     def start(self, arguments, limits, stdout, user):
         def prepare():
@@ -73,7 +89,8 @@ class Run:
                 os.setgid(user)
                 os.setuid(user)
 
-        done = subprocess.run([PROGRAM] + arguments, cwd=self.place, stdin=subprocess.DEVNULL,
+        program = PROGRAM if user is None else open_program()[1]
+        done = subprocess.run([program] + arguments, cwd=self.place, stdin=subprocess.DEVNULL,
                               stdout=stdout, stderr=subprocess.PIPE, preexec_fn=prepare,
                               timeout=LONGEST_SECONDS)
         self.code = done.returncode
@@ -164,6 +181,20 @@ class Reading(Hostile):
         self.check_result(Run(xml='pipe', change=feed),
                           XML_START + ('<a>' + 'x' * 100000) * 3 + '</a>' * 3)
 
+    def test_long_header_line(self):
+        """More than the library that reads it takes is a failed transfer, and not lack of memory."""
+        with socket.create_server(('127.0.0.1', 0)) as server:
+            def answer():
+                with server.accept()[0] as connection:
+                    connection.recv(4096)
+                    try:
+                        connection.sendall(b'HTTP/1.1 200 OK\r\nX: ' + b'x' * 1000000)
+                    except OSError:
+                        pass
+
+            threading.Thread(target=answer, daemon=True).start()
+            url = 'http://127.0.0.1:%d/' % server.getsockname()[1]
+            self.check_refused(Run(xml=url), 'Failed to load %s\n' % url)
 
     def test_pipes_that_nobody_opens(self):
         def make(at):
@@ -191,6 +222,9 @@ class Writing(Hostile):
     def test_names(self):
         rows = [
             ('none/out', 'No such file or directory', None),
+            ('file:///none/out', 'No such file or directory', None),
+            ('lost', 'No such file or directory',
+             lambda at: (at / 'lost').symlink_to('none/out')),
             ('in.xml/out', 'Not a directory', None),
             ('directory', 'Is a directory', lambda at: (at / 'directory').mkdir()),
             ('loop', 'Too many levels of symbolic links',
@@ -227,6 +261,68 @@ class Writing(Hostile):
     def big(self):
         return {'in.xml': '<a>%s</a>' % ('y' * 3000000)}
 
+    def test_deep_directory(self):
+        """Its path is longer than the system takes, so the working directory is all there is."""
+        with tempfile.TemporaryDirectory(prefix='kelmora-hostile-') as directory:
+            at = pathlib.Path(directory)
+            (at / 'in.xml').write_text(self.big()['in.xml'])
+            (at / 'in.xsl').write_text(IDENTITY)
+            start = os.open('.', os.O_RDONLY)
+            try:
+                os.chdir(directory)
+                for _ in range(25):
+                    os.mkdir('x' * 200)
+                    os.chdir('x' * 200)
+                os.symlink('made', 'link')
+                for name, limit, error, result in (
+                        ('out', 1000000, self.failed('out', 'File too large'), OLD),
+                        ('link', 1000000, self.failed('link', 'File too large'), None),
+                        ('out', 9000000, '', None), ('link', 9000000, '', None)):
+                    pathlib.Path('out').write_bytes(OLD)
+                    done = subprocess.run(
+                        [PROGRAM, '-xml', at / 'in.xml', '-xsl', at / 'in.xsl', '-out', name],
+                        stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, preexec_fn=lambda:
+                        resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+                    self.assertEqual((done.returncode, done.stderr.decode()), (0, error))
+                    if error:
+                        self.assertEqual(pathlib.Path('out').read_bytes(), OLD)
+                        self.assertEqual(sorted(os.listdir()), ['link', 'out'])
+                    else:
+                        self.assertEqual(os.stat(name).st_size, len(XML_START) + 3000007)
+            finally:
+                os.chdir(start)
+                os.close(start)
+
+    def test_leftovers(self):
+        """What a killed run left goes; what a live one has stays."""
+        files = {'.kelmora-new-0': 'left', '.kelmora-new-1': 'left'}
+        run = Run(files)
+        self.assertEqual(run.names, ['.kelmora-new-1', 'in.xml', 'in.xsl', 'out'])
+        self.assertEqual(run.result.decode(), XML_START + '<a/>')
+        held = []
+
+        def hold(at):
+            held.append(open(at / '.kelmora-new-0'))
+            fcntl.flock(held[0], fcntl.LOCK_EX)
+
+        run = Run(files, change=hold)
+        held[0].close()
+        self.assertEqual(run.names, ['.kelmora-new-0', 'in.xml', 'in.xsl', 'out'])
+        self.assertEqual(run.result.decode(), XML_START + '<a/>')
+
+    def test_dangling_link(self):
+        def change(at):
+            (at / 'elsewhere').mkdir()
+            (at / 'link').symlink_to('elsewhere/next')
+            (at / 'elsewhere' / 'next').symlink_to('../made')
+
+        run = Run(self.big(), out='link', change=change, limits=[(resource.RLIMIT_FSIZE, 1000000)])
+        self.assertEqual((run.error, run.result), (self.failed('link', 'File too large'), None))
+        self.assertEqual(run.names, ['elsewhere', 'in.xml', 'in.xsl', 'link', 'out'])
+        run = Run(self.big(), out='link', change=change)
+        self.check_result(run, XML_START + self.big()['in.xml'])
+        self.assertIn('made', run.names)
+
     def test_full_file_system(self):
         # The limit of the size of a file acts in the middle of the writing, as a full disk does.
         run = Run(self.big(), limits=[(resource.RLIMIT_FSIZE, 1000000)])
@@ -248,6 +344,24 @@ class Writing(Hostile):
             self.check_refused(Run(change=mount(options, files)),
                                self.failed('out', 'No space left on device'))
 
+    def test_what_cannot_be_replaced(self):
+        """A file on a full disk of its own, which is mounted at the name of the result."""
+        if os.geteuid() != 0 or not shutil.which('mount'):
+            self.skipTest('nothing can be mounted')
+
+        def mount(at):
+            (at / 'small').mkdir()
+            for command in (['-t', 'tmpfs', '-o', 'size=64k', 'tmpfs', str(at / 'small')],
+                            ['--bind', str(at / 'small' / 'out'), str(at / 'out')]):
+                subprocess.run(['mount'] + command, stderr=subprocess.DEVNULL)
+                if '--bind' not in command:
+                    (at / 'small' / 'out').write_bytes(OLD)
+            self.assertTrue(os.path.ismount(at / 'out') or self.skipTest('nothing can be mounted'))
+
+        self.check_refused(Run(self.big(), change=mount),
+                           self.failed('out', 'No space left on device'))
+        self.check_result(Run(change=mount), XML_START + '<a/>')
+
     def test_without_rights(self):
         nobody = 65534 if os.geteuid() == 0 else None
 
@@ -259,6 +373,9 @@ class Writing(Hostile):
 
         # A file that may be written to in a directory that may not is written in its place.
         self.check_result(Run(change=protect(0o666, 0o555), user=nobody), XML_START + '<a/>')
+        run = Run(self.big(), change=protect(0o666, 0o555), user=nobody,
+                  limits=[(resource.RLIMIT_FSIZE, 1000000)])
+        self.check_refused(run, self.failed('out', 'File too large'))
         self.check_refused(Run(change=protect(0o444, 0o777), user=nobody),
                            self.failed('out', 'Permission denied'))
         run = Run(change=protect(0o444, 0o555), out='new', user=nobody)
@@ -468,6 +585,108 @@ class Bounds(Hostile):
         self.check_refused(Run({'in.xsl': recursion}), 'XSL template stack overflow\n\n')
 
 
+def each(text, names):
+    return ''.join(text.replace('#', name) for name in names)
+
+
+def schema_of(content):
+    return {'in.xml': '<r %s xsi:noNamespaceSchemaLocation="s.xsd"/>' % XSI,
+            's.xsd': '<s:schema xmlns:s="http://www.w3.org/2001/XMLSchema">%s</s:schema>' % content}
+
+
+ROOT_RULE = '<xsl:template match="/"><r>%s</r></xsl:template>'
+KEY = '<xsl:key name="k" match="i" use="@n"/>'
+# Where names come into a table, and for some names the files that fill it. "#" is each of them.
+TABLES = [
+    ('keys', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names),
+        'in.xsl': XSL % (KEY + ROOT_RULE % '<xsl:for-each select="//i"><xsl:copy-of '
+                         'select="key(\'k\', @n)"/></xsl:for-each>')}),
+    ('groups', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names * 2),
+        'in.xsl': XSL % (KEY + ROOT_RULE % '<xsl:copy-of select="//i[generate-id() = '
+                         'generate-id(key(\'k\', @n)[1])]"/>')}),
+    ('texts of node sets', lambda names: {
+        'in.xml': '<a>%s%s</a>' % (each('<i n="#"/>', names[::2]), each('<j n="#"/>', names[1::2])),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:value-of select="//i/@n = //j/@n"/>'}),
+    ('namespaces', lambda names: {'in.xml': '<a>%s</a>' % each('<i xmlns="#"/>', names)}),
+    ('attributes', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<i n="#"/>', names),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:for-each select="//i"><xsl:attribute name="{@n}"/>'
+                  '</xsl:for-each>'}),
+    ('attributes by default', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a %s/>' % (each('<!ATTLIST a # CDATA "d">', names),
+                                                each(' #=""', names))}),
+    ('elements of a DTD', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a/>' % each('<!ELEMENT # ANY><!ATTLIST # b CDATA "d">', names)}),
+    ('entities', lambda names: {
+        'in.xml': '<!DOCTYPE a [%s]><a>%s</a>' % (each('<!ENTITY # "x">', names),
+                                                  each('&#;', names))}),
+    ('elements of a schema', lambda names: schema_of(each('<s:element name="#"/>', names))),
+    ('values of a schema', lambda names: schema_of(
+        '<s:simpleType name="t"><s:restriction base="s:string">%s</s:restriction></s:simpleType>'
+        '<s:element name="r"/>' % each('<s:enumeration value="#"/>', names))),
+    ('siblings', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#/>', names),
+        'in.xsl': XSL % ROOT_RULE % '<xsl:for-each select="a/*"><xsl:number/></xsl:for-each>'}),
+    ('rules', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#/>', names),
+        'in.xsl': XSL % each('<xsl:template match="#">.</xsl:template>', names)}),
+    ('modes', lambda names: {
+        'in.xsl': XSL % (each('<xsl:template match="a" mode="#">.</xsl:template>', names)
+                         + ROOT_RULE % each('<xsl:apply-templates mode="#"/>', names))}),
+    ('named templates', lambda names: {
+        'in.xsl': XSL % (each('<xsl:template name="#">.</xsl:template>', names)
+                         + ROOT_RULE % each('<xsl:call-template name="#"/>', names))}),
+    ('variables', lambda names: {
+        'in.xsl': XSL % (each('<xsl:variable name="#" select="1"/>', names)
+                         + ROOT_RULE % each('<xsl:value-of select="$#"/>', names))}),
+    ('names for CDATA', lambda names: {
+        'in.xml': '<a>%s</a>' % each('<#>.</#>', names),
+        'in.xsl': XSL % ('<xsl:output cdata-section-elements="%s"/>' % each(' #', names)
+                         + ROOT_RULE % '<xsl:copy-of select="a"/>')}),
+]
+
+
+class Flooding(Hostile):
+    """Names chosen to share one hash cost what others cost, and no result depends on hashes."""
+
+    def measured(self, files):
+        def used():
+            usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+            return usage.ru_utime + usage.ru_stime
+
+        start = used()
+        run = Run({name: XML_START + text for name, text in files.items()})
+        self.check_end(run)
+        self.assertEqual(run.error, '')
+        return used() - start, run.result.decode()
+
+    def test_no_result_depends_on_the_secret(self):
+        names = colliding.plain_names(100)
+        for kind, files_of in TABLES:
+            with self.subTest(kind=kind):
+                self.assertEqual(len({self.measured(files_of(names))[1] for _ in range(4)}), 1)
+        # The first error of a schema is shown, and here one of many.
+        wrong = schema_of(each('<s:element name="#" type="none"/>', names))
+        self.assertEqual(len({Run(wrong).error for _ in range(8)}), 1)
+
+    def test_tables(self):
+        count = 5000 if IS_SANITIZED else 20000
+        plain = colliding.plain_names(count)
+        chosen = colliding.colliding_names(count)
+        self.assertEqual({colliding.hash_of(name) for name in chosen[:100]},
+                         {colliding.hash_of(chosen[-1])})
+        to_plain = dict(zip(chosen, plain))
+        for kind, files_of in TABLES:
+            with self.subTest(kind=kind):
+                plain_seconds, plain_result = self.measured(files_of(plain))
+                seconds, result = self.measured(files_of(chosen))
+                result = re.sub('[%s]{8}' % colliding.LETTERS, lambda name: to_plain[name[0]], result)
+                self.assertTrue(result == plain_result, 'the results differ')
+                self.assertLess(seconds, 2 * plain_seconds + 0.2)
+
+
 def edited(data, generator):
     """The same few edits for the same generator: a piece lost, doubled, or bytes put in."""
     for _ in range(generator.randint(1, 4)):
@@ -577,6 +796,7 @@ class Damage(Hostile):
 
 
 if __name__ == '__main__':
+    os.umask(0o022)  # another user reads some of the files
     PROGRAM = os.path.abspath(sys.argv.pop(1))
     SAMPLES = sys.argv.pop(1)
     with open(PROGRAM, 'rb') as program:

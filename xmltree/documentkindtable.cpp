@@ -4,24 +4,26 @@ namespace kelmora {
 
 bool DocumentKindTable::Fill(bool stopOnFailure, TQString& errorText) {
   filled_ = true;
-  for (std::uint32_t kind = 0; stopOnFailure && kind < kGrammarKindCount; ++kind) {
+  for (std::uint32_t i = 0; stopOnFailure && i < kGrammarKindCount; ++i) {
+    const auto kind = static_cast<GrammarKind>(i);
     if (Find(kind) != nullptr) continue;
-    errorText = KindFileName(static_cast<GrammarKind>(kind));
+    errorText = KindFileName(kind);
     return false;
   }
   return true;
 }
 
-const DocumentKindRow* DocumentKindTable::Find(std::uint32_t kind) const {
-  if (!filled_ || kind >= kGrammarKindCount) return nullptr;
-  if (tried_[kind]) return rows_[kind].get();
-  tried_[kind] = true;
-  auto grammar = std::make_unique<ParsoGrammar>(KindFileName(static_cast<GrammarKind>(kind)));
-  if (!grammar->valid) return nullptr;
+const DocumentKindRow* DocumentKindTable::Find(GrammarKind kind) const {
+  if (!filled_) return nullptr;
+  const auto index = static_cast<std::size_t>(kind);
+  if (tried_[index]) return rows_[index].get();
+  tried_[index] = true;
+  auto grammar = std::make_unique<ParsoGrammar>();
+  if (!grammar->InitCompiled(KindFileName(kind))) return nullptr;
   const GrammarRuleTable rules(*grammar);
-  rows_[kind] =
+  rows_[index] =
       std::make_unique<DocumentKindRow>(DocumentKindRow{kind, std::move(grammar), rules, true});
-  return rows_[kind].get();
+  return rows_[index].get();
 }
 
 }  // namespace kelmora

@@ -21,7 +21,7 @@ LoadRecord* DocumentManager::AdoptRecord(std::unique_ptr<LoadRecord> record) {
   return adopted;
 }
 
-LoadRecord* DocumentManager::FindByPath(std::u16string_view path, std::uint32_t kind) const {
+LoadRecord* DocumentManager::FindByPath(std::u16string_view path, GrammarKind kind) const {
   const auto loads = byPath_.find(path);
   if (loads == byPath_.end()) return nullptr;
   for (LoadRecord* record : loads->second) {

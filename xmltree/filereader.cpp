@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "fileerror.h"
-#include "tqcore/tqsingleton.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 #include "ystreamimpl/filedescriptor.h"
 #include "ystreamimpl/patience.h"
@@ -106,7 +106,7 @@ class Reader {
   // A writer tells of himself by what he writes. One who has not yet written makes the pipe one
   // that may be read later; without a writer it has ended.
   bool AwaitWriter(int seconds) {
-    seconds = TQSingleton<Patience>::Instance().Grant(seconds);
+    seconds = ProcessState::Of<Patience>().Grant(seconds);
     if (Poll(seconds) != 0) return true;
     bytes_.Resize(1);
     const ssize_t count = ReadSome(bytes_.Data(), 1);
@@ -116,7 +116,7 @@ class Reader {
   }
 
   bool AwaitData(int seconds) {
-    seconds = TQSingleton<Patience>::Instance().Grant(seconds);
+    seconds = ProcessState::Of<Patience>().Grant(seconds);
     const int ready = Poll(seconds);
     if (ready < 0) return Fail(errno);
     return ready > 0 || GiveUp(seconds);
@@ -133,7 +133,7 @@ class Reader {
   }
 
   bool GiveUp(int seconds) {
-    TQSingleton<Patience>::Instance().Spend(seconds);
+    ProcessState::Of<Patience>().Spend(seconds);
     SetFileError(error_, ETIMEDOUT, TQString::Format(u"No data came within %d seconds", {seconds}));
     return false;
   }

@@ -1,3 +1,11 @@
+// The way in is bytes, text, tree: a file or URL is read whole, its encoding detected from the
+// bytes (XML 1.0, appendix F), the text decoded and parsed by the grammar of its kind, which a row
+// that was given or the name's extension decides. The way out is a text, encoded piece by piece
+// into a file that takes its place at the end only, or sent whole.
+//
+// The trap: line ends. Inside all are CR; the one that the file used is remembered, and goes out
+// with what this document saves. A warning of the conversion is an error in LoadError beside a
+// text that is there all the same.
 #include "xmltree/loadeddocument.h"
 
 #include <utility>
@@ -23,13 +31,9 @@ constexpr std::u16string_view kUrlStarts[] = {u"file://", u"http://", u"https://
                                               u"ftp://"};
 constexpr std::string_view kSendVerb = "PUT";
 
-constexpr auto kDtdKind = static_cast<std::uint32_t>(GrammarKind::DTD);
-constexpr auto kXmlKind = static_cast<std::uint32_t>(GrammarKind::XML);
-constexpr auto kEntityKind = static_cast<std::uint32_t>(GrammarKind::Entity);
-
-XTreeKind RootFor(std::uint32_t kind) {
-  if (kind == kDtdKind) return XTreeKind::DTDDocument;
-  return kind == kEntityKind ? XTreeKind::Entity : XTreeKind::Document;
+XTreeKind RootFor(GrammarKind kind) {
+  if (kind == GrammarKind::DTD) return XTreeKind::DTDDocument;
+  return kind == GrammarKind::Entity ? XTreeKind::Entity : XTreeKind::Document;
 }
 
 std::unique_ptr<TQUrlLoader> MakeLoader(const TransferOptions& options) {
@@ -73,8 +77,10 @@ bool SendToUrl(const TQString& url, TextEncoder& encoder, LoadError& error,
     if (!encoder.EncodeNext(piece)) return EncodeFailed(error);
     data += piece;
   }
-  if (MakeLoader(options)->Send(url, data, kSendVerb, ToNative(options.mediaType))) return true;
+  const auto loader = MakeLoader(options);
+  if (loader->Send(url, data, kSendVerb, ToNative(options.mediaType))) return true;
   error.Set(LoadError::File, LoadError::UrlUnreadable);
+  if (loader->SystemError() != 0) SetSystemError(error, loader->SystemError());
   return false;
 }
 
@@ -153,7 +159,7 @@ bool LoadedDocument::Decode(EncodedBytes bytes, LoadError& error) {
 
 const DocumentKindRow* LoadedDocument::RowForName() const {
   if (row_ != nullptr) return row_;
-  return kinds_.Find(path_.Extension(true) == u"dtd" ? kDtdKind : kXmlKind);
+  return kinds_.Find(path_.Extension(true) == u"dtd" ? GrammarKind::DTD : GrammarKind::XML);
 }
 
 // An empty text is a root without children.

@@ -342,52 +342,46 @@ XTreeNode* ParseTreeWalk::EnterElementItem(const ParsoNode& node, XTreeNode* cur
                                            const WalkStep& step) {
   Element* element = AsDtdElement(current);
   if (element == nullptr) return nullptr;
-  switch (step.act) {
-    case Act::Repeat:
-      element->repeat = RepeatOf(node.Text());
-      return current;
-    case Act::SubName:
-      if (element->item == Element::Mixed) {
-        element = AsDtdElement(Append(node, XTreeKind::DTDElement, current));
-      }
-      element->item = Element::SubName;
-      element->name = node.Text();
-      return element;
-    case Act::RawItem:
-      element->text = node.Text();
-      [[fallthrough]];
-    default:
-      element->item = step.item;
-      return current;
+  if (step.act == Act::Repeat) {
+    element->repeat = RepeatOf(node.Text());
+    return current;
   }
+  if (step.act == Act::SubName) {
+    if (element->item == Element::Mixed) {
+      element = AsDtdElement(Append(node, XTreeKind::DTDElement, current));
+    }
+    element->item = Element::SubName;
+    element->name = node.Text();
+    return element;
+  }
+  if (step.act == Act::RawItem) element->text = node.Text();
+  element->item = step.item;
+  return current;
 }
 
 XTreeNode* ParseTreeWalk::EnterAttlistItem(const ParsoNode& node, Level& level,
                                            const WalkStep& step) {
   Attlist* list = AsAttlist(level.current);
   if (list == nullptr) return nullptr;
-  switch (step.act) {
-    case Act::Definition: {
-      if (list->first == nullptr) return list;
-      // A further definition has a list of its own, which those behind it go on from. The list of
-      // a fragment is the root itself and has no parent to put it beside.
-      XTreeContainer* parent = list->parent != nullptr ? list->parent : list;
-      Attlist* further = AsAttlist(Append(node, XTreeKind::DTDAttlist, parent));
-      further->name = list->name;
-      if (list->parent != nullptr) level.current = further;
-      return further;
-    }
-    case Act::RawAttlist:
-      list->item = step.item;
-      list->text = node.Text();
-      return list;
-    default: {
-      Attlist* item = AsAttlist(Append(node, XTreeKind::DTDAttlist, list));
-      item->item = step.item;
-      if (step.act == Act::AttlistText) item->text = node.Text();
-      return item;
-    }
+  if (step.act == Act::Definition) {
+    if (list->first == nullptr) return list;
+    // A further definition has a list of its own, which those behind it go on from. The list of
+    // a fragment is the root itself and has no parent to put it beside.
+    XTreeContainer* parent = list->parent != nullptr ? list->parent : list;
+    Attlist* further = AsAttlist(Append(node, XTreeKind::DTDAttlist, parent));
+    further->name = list->name;
+    if (list->parent != nullptr) level.current = further;
+    return further;
   }
+  if (step.act == Act::RawAttlist) {
+    list->item = step.item;
+    list->text = node.Text();
+    return list;
+  }
+  Attlist* item = AsAttlist(Append(node, XTreeKind::DTDAttlist, list));
+  item->item = step.item;
+  if (step.act == Act::AttlistText) item->text = node.Text();
+  return item;
 }
 
 }  // namespace kelmora

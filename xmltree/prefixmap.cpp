@@ -4,6 +4,8 @@
 //
 // Weights (1 + number of nodes) of siblings differ at most by the factor 3, which bounds the depth
 // by log(n) / log(4/3) and makes recursion along a path harmless.
+// The factors are those for which Hirai and Yamamoto, "Balancing weight-balanced trees" (2011),
+// prove the rotations right.
 #include "xmltree/prefixmap.h"
 
 #include <new>
@@ -121,16 +123,6 @@ struct PrefixMap::Node {
     side = Insert(side, shared);
     return Balance(node);
   }
-  static Node* RemoveFirst(Node* node) {
-    node = Own(node);
-    if (node->left == nullptr) {
-      Node* rest = Hold(node->right);
-      Drop(node);
-      return rest;
-    }
-    node->left = RemoveFirst(node->left);
-    return Balance(node);
-  }
 };
 
 namespace {
@@ -170,14 +162,6 @@ void PrefixMap::Set(std::u16string_view prefix, InternedURI uri) {
   Node::Nodes().Reserve(kMostCopies);
   auto* shared = new (Node::Entries().Take()) Node::SharedEntry{{TQString(prefix), uri}};
   root_ = Node::Insert(root_, shared);
-}
-
-PrefixMap PrefixMap::WithoutDefault() const {
-  PrefixMap result(*this);
-  if (Find(u"") == nullptr) return result;
-  Node::Nodes().Reserve(kMostCopies);
-  result.root_ = Node::RemoveFirst(result.root_);
-  return result;
 }
 
 int PrefixMap::Size() const {

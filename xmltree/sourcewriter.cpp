@@ -126,7 +126,19 @@ void SourceWriter::End(XTreeNode& node) {
       return EndDtdElement(static_cast<XTreeDTDElement&>(node));
     case XTreeKind::DTDAttlist:
       return EndAttlist(static_cast<XTreeDTDAttlist&>(node));
-    default:
+    case XTreeKind::Document:
+    case XTreeKind::Entity:
+    case XTreeKind::DTDDocument:
+    case XTreeKind::XMLTag:
+    case XTreeKind::Attribute:
+    case XTreeKind::Text:
+    case XTreeKind::CData:
+    case XTreeKind::Comment:
+    case XTreeKind::PI:
+    case XTreeKind::ExternalID:
+    case XTreeKind::DTDEntity:
+    case XTreeKind::DTDNotation:
+    case XTreeKind::Any:
       return;
   }
 }

@@ -82,7 +82,7 @@ XTreeNode* SourceWriter::StartDtdElement(Element& element) {
     if (!isFirst) Write(group == Element::Sequence ? u", " : u" | ");
     if (element.item == Element::SubName) Write(element.name);
   }
-  switch (element.item) {
+  switch (static_cast<Element::Item>(element.item)) {
     case Element::PCDATA:
       Write(u"(#PCDATA)");
       break;
@@ -102,7 +102,7 @@ XTreeNode* SourceWriter::StartDtdElement(Element& element) {
     case Element::Choice:
       Write(u"(");
       break;
-    default:
+    case Element::SubName:  // written above
       break;
   }
   return IsGroup(element) ? element.first : nullptr;
@@ -135,7 +135,7 @@ XTreeNode* SourceWriter::StartAttlist(Attlist& list) {
 
 void SourceWriter::StartAttlistItem(const Attlist& item) {
   Write(kKeywords[static_cast<std::size_t>(item.item)]);
-  switch (item.item) {
+  switch (static_cast<Attlist::Item>(item.item)) {
     case Attlist::AttributeName:
       Write(item.text);
       return Write(u" ");
@@ -148,8 +148,22 @@ void SourceWriter::StartAttlistItem(const Attlist& item) {
     case Attlist::DefaultValue:
       Write(u" ");
       return WriteQuoted(item.text);
-    default:
-      return;
+    case Attlist::List:
+    case Attlist::TypeCDATA:
+    case Attlist::TypeID:
+    case Attlist::TypeIDREF:
+    case Attlist::TypeIDREFS:
+    case Attlist::TypeENTITY:
+    case Attlist::TypeENTITIES:
+    case Attlist::TypeNMTOKEN:
+    case Attlist::TypeNMTOKENS:
+    case Attlist::TypeNOTATION:
+    case Attlist::TypeEnumeration:
+    case Attlist::Required:
+    case Attlist::Implied:
+    case Attlist::Fixed:
+    case Attlist::Unformatted:
+      return;  // the keyword is all
   }
 }
 

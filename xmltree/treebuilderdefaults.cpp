@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "declarationname.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqtext.h"
 #include "treebuilderrun.h"
 
@@ -28,9 +29,7 @@ struct AttributeKey {
   bool operator==(const AttributeKey&) const = default;
 };
 struct AttributeKeyHash {
-  std::size_t operator()(const AttributeKey& key) const {
-    return TextHash()(key.name) ^ std::hash<InternedURI>()(key.uri);
-  }
+  std::size_t operator()(const AttributeKey& key) const { return HashName(key.name, key.uri); }
 };
 
 AttributeKey KeyOf(const DefaultedAttribute& declared) {

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "declarationname.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 
 namespace kelmora {
@@ -23,7 +24,9 @@ using Kind = XPathNodeKind;
 using View = std::u16string_view;
 
 // Counts the builds of all builders.
-std::int32_t documentCounter = 0;
+struct DocumentCounter {
+  std::int32_t last = 0;
+};
 
 bool IsAttributeKind(Kind kind) {
   return kind == Kind::Attribute || kind == Kind::Namespace;
@@ -58,7 +61,7 @@ XPathTreeBuilder::Run::~Run() {
 }
 
 XPathNode* XPathTreeBuilder::Run::Build(XTreeNode& source) {
-  documentNumber_ = ++documentCounter;
+  documentNumber_ = ++ProcessState::Of<DocumentCounter>().last;
   hasDeclarations_ = model_.HasDeclarations();
   Level top{nullptr, source.FirstChild()};
   root_ = top.node = MakeNode(source, top);
@@ -129,7 +132,20 @@ void XPathTreeBuilder::Run::BuildChild(XTreeNode& source) {
       if (source.HasPrefix()) level.prefixedAttributes = true;
       return ExpandValue(*node);
     }
-    default: {
+    case XTreeKind::Document:
+    case XTreeKind::Entity:
+    case XTreeKind::DTDDocument:
+    case XTreeKind::XMLTag:
+    case XTreeKind::CData:
+    case XTreeKind::Comment:
+    case XTreeKind::PI:
+    case XTreeKind::DocType:
+    case XTreeKind::ExternalID:
+    case XTreeKind::DTDElement:
+    case XTreeKind::DTDAttlist:
+    case XTreeKind::DTDEntity:
+    case XTreeKind::DTDNotation:
+    case XTreeKind::Any: {
       Level inner{MakeNode(source, level), source.FirstChild(), nullptr, level.entityDepth};
       Append(level.node, inner.node);
       Open(inner);

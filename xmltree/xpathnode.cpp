@@ -1,9 +1,20 @@
+// The node of the data model in three parts: what it reads from its source or has of its own, the
+// scope of prefixes, and the links. Scopes are counted and shared: an element that declares nothing
+// points to the scope of its parent, and only OwnScope, before a change, makes a copy. What few
+// nodes have, a base URI and the nodes of the namespace axis, lies in the pool beside them.
+//
+// Every walk goes by the links, so depth costs no stack; DeleteTree even keeps its list of what is
+// left in the links of the nodes that go.
+//
+// The trap: an own scope may be shared downwards, so a change by its owner shows in all that share
+// it. Who needs another one below takes OwnScope there first.
 #include "xmltree/xpathnode.h"
 
 #include <array>
 #include <utility>
 
 #include "declarationname.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 #include "xpathnodepool.h"
 
@@ -76,13 +87,6 @@ std::u16string_view XPathNode::StringValue(TQString& scratch) const {
     scratch.AppendAt(text, cursor, kTextMargin);
   });
   return cursor == 0 ? only : scratch.View();
-}
-
-void XPathNode::AppendStringValue(TQString& out, int& cursor) const {
-  if (kind != Kind::Root && kind != Kind::Element) {
-    return out.AppendAt(GetValue(), cursor, kTextMargin);
-  }
-  ForEachText(*this, [&](std::u16string_view text) { out.AppendAt(text, cursor, kTextMargin); });
 }
 
 // --- scope ---------------------------------------------------------------------------------------
@@ -263,6 +267,15 @@ XPathNode* XPathNode::Copy(const XPathNode& other, bool deep, XPathNode* parent)
 
 // The list of what is still to be deleted runs through the nodes themselves: the children of the
 // node at its head are put in front of the rest.
+std::int64_t XPathNode::NumberOfItsOwn() const {
+  struct LastNumber {
+    std::int64_t value = 0;
+  };
+  std::int64_t& number = XPathNodePool::Instance().MakeRare(*this).number;
+  if (number == 0) number = ++ProcessState::Of<LastNumber>().value;
+  return number;
+}
+
 void XPathNode::DeleteTree(XPathNode* root) {
   if (root == nullptr) return;
   XPathNodePool& pool = XPathNodePool::Instance();

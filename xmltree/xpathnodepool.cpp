@@ -21,7 +21,7 @@ XPathNodePool::RareFields* XPathNodePool::FindRare(const XPathNode& node) {
   return node.hasRareFields_ ? &rare_.find(&node)->second : nullptr;
 }
 
-XPathNodePool::RareFields& XPathNodePool::MakeRare(XPathNode& node) {
+XPathNodePool::RareFields& XPathNodePool::MakeRare(const XPathNode& node) {
   RareFields& fields = rare_[&node];
   node.hasRareFields_ = true;
   return fields;

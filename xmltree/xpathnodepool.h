@@ -1,6 +1,7 @@
 // XPathNodePool: the memory of all XPathNodes, and the fields that few nodes have.
 #pragma once
 
+#include <cstdint>
 #include <unordered_map>
 #include <vector>
 
@@ -15,6 +16,7 @@ class XPathNodePool {
     InternedURI baseURI = nullptr;
     bool hasNamespaceNodes = false;
     std::vector<XPathNode*> namespaceNodes;  // owned
+    std::int64_t number = 0;                 // see XPathNode::NumberOfItsOwn; 0: not asked for yet
   };
 
   static XPathNodePool& Instance();
@@ -24,7 +26,7 @@ class XPathNodePool {
   void Delete(XPathNode* node);
 
   RareFields* FindRare(const XPathNode& node);  // null for a node without
-  RareFields& MakeRare(XPathNode& node);
+  RareFields& MakeRare(const XPathNode& node);
 
   NamespaceScope* CopyScope(const NamespaceScope& scope);
   void DeleteScope(NamespaceScope* scope);

@@ -1,3 +1,9 @@
+// What a kind of node may have and hold stands in one table, kTraits, in the order of XTreeKind; a
+// set of kinds is a word with a bit for each. The nodes have neither destructor nor virtual table,
+// so that a tree is given back as a whole with its arena.
+//
+// The trap: operations cast by `kind`, and nothing finds out a node whose kind does not fit its
+// class. XTree::Make takes the class, and MakeOfKind alone pairs kinds with classes.
 #include "xmltree/xtreenode.h"
 
 #include <array>

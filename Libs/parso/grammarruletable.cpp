@@ -33,11 +33,6 @@ const char16_t* KindFileName(GrammarKind kind) {
   return kFileNames[static_cast<std::size_t>(kind)];
 }
 
-std::u16string_view GrammarRuleName(GrammarRule rule) {
-  if (rule == GrammarRule::None) return {};
-  return kNames[static_cast<std::size_t>(rule)];
-}
-
 GrammarRule GrammarRuleFromName(std::u16string_view name) {
   const auto* found = std::lower_bound(
       kByName.begin(), kByName.end(), name,
@@ -47,10 +42,10 @@ GrammarRule GrammarRuleFromName(std::u16string_view name) {
 }
 
 GrammarRuleTable::GrammarRuleTable(const ParsoGrammar& grammar) {
-  for (const auto& rule : grammar.rules) {
+  for (const ParsoRule* rule : grammar.rules) {
     if (rule == nullptr || rule->kind != ParsoKind::Rule) continue;
     if (rule->grammarRule == GrammarRule::None) continue;
-    rules_[static_cast<std::size_t>(rule->grammarRule)] = rule.get();
+    rules_[static_cast<std::size_t>(rule->grammarRule)] = rule;
   }
 }
 

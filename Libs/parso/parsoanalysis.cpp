@@ -1,3 +1,13 @@
+// Facts of rules, each worked out once by recursion over the operands and kept by the rule's index:
+// whether a rule matches nothing, with which two units it can begin (FIRST sets, as of LL(2)
+// parsers), how many nodes a match leaves, how much there is to go through. Parsing expression
+// grammars and these predicates are described by Ford, "Parsing Expression Grammars: A
+// Recognition-Based Syntactic Foundation", POPL 2004.
+//
+// The trap is recursion: a rule that is being visited answers with what is safe to believe, and
+// that answer is kept in facts of the rules in between. So it has to err to one side: anything may
+// begin it, any number of nodes may come of it. Only "matches nothing" says no, which holds since
+// a rule that comes back to itself before it has taken a unit never ends and is not supported.
 #include "parsoanalysis.h"
 
 #include <algorithm>
@@ -30,7 +40,8 @@ ParsoNodeCount Quantify(ParsoNodeCount count, ParsoQuantifier quantifier) {
 
 bool Meet(const ParsoClassTable& a, const ParsoClassTable& b) {
   std::uint8_t common = 0;
-  for (std::size_t i = 0; i < a.size(); ++i) common = static_cast<std::uint8_t>(common | (a[i] & b[i]));
+  for (std::size_t i = 0; i < a.size(); ++i)
+    common = static_cast<std::uint8_t>(common | (a[i] & b[i]));
   return common != 0;
 }
 
@@ -245,7 +256,7 @@ bool ParsoAnalysis::CanLeave(const ParsoRule& rule, const ParsoRule& wanted) {
 std::vector<bool> FindMemoisedRules(const ParsoGrammar& grammar) {
   std::vector<bool> memoised(grammar.rules.size());
   std::vector<bool> named(grammar.rules.size());
-  for (const auto& rule : grammar.rules) {
+  for (const ParsoRule* rule : grammar.rules) {
     if (rule == nullptr) continue;
     for (const ParsoRule* name : rule->constraint) {
       if (name != nullptr) named[static_cast<std::size_t>(name->index)] = true;
@@ -254,7 +265,7 @@ std::vector<bool> FindMemoisedRules(const ParsoGrammar& grammar) {
   for (const auto& start : grammar.rules) {
     if (start == nullptr || start->kind != ParsoKind::Rule) continue;
     std::vector<bool> reached(grammar.rules.size());
-    std::vector<const ParsoRule*> pending = {start.get()};
+    std::vector<const ParsoRule*> pending = {start};
     bool isConstrained = false;
     while (!pending.empty() && !isConstrained) {
       const ParsoRule& rule = *pending.back();

@@ -48,7 +48,7 @@ ParsoBeginning ParsoCompiler::BeginningOf(const ParsoChild& alternative) {
       .Closed();
 }
 
-ParsoCode ParsoCompiler::ChoiceCode(const std::vector<ParsoChild>& children, bool attached,
+ParsoCode ParsoCompiler::ChoiceCode(std::span<const ParsoChild> children, bool attached,
                                     const ParsoRule* leafOfEmpty) {
   std::vector<Alternative> alternatives;
   for (std::size_t i = 0; i < children.size(); ++i) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "parsoprogram.h"
@@ -10,7 +11,8 @@ namespace kelmora {
 
 class ParsoCompiler {
  public:
-  explicit ParsoCompiler(ParsoProgram& program) : program_(program), analysis_(program.analysis_) {}
+  explicit ParsoCompiler(ParsoProgram& program)
+      : program_(program), analysis_(*program.analysis_) {}
 
   // False when the rule needs what the machine can't do; the routine then has no code.
   bool Compile(ParsoRoutine& routine);
@@ -55,7 +57,7 @@ class ParsoCompiler {
   const ParsoStop* StopOf(const ParsoRule& rule);
 
   // parsochoicecompiler.cpp
-  ParsoCode ChoiceCode(const std::vector<ParsoChild>& children, bool attached,
+  ParsoCode ChoiceCode(std::span<const ParsoChild> children, bool attached,
                        const ParsoRule* leafOfEmpty);
   ParsoCode AlternativeCode(const ParsoChild& child, bool attached, const ParsoRule* leafOfEmpty);
   ParsoCode DispatchCode(const std::vector<Alternative>& alternatives);

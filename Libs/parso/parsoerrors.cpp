@@ -53,7 +53,7 @@ void WriteOperand(const ParsoRule& rule, TQString& out) {
 void WriteOperands(const ParsoRule& rule, TQString& out) {
   const char16_t separator = SeparatorOf(rule.op);
   for (const ParsoChild& child : rule.children) {
-    if (&child != &rule.children.front()) {
+    if (&child != rule.children.begin()) {
       out += u' ';
       if (separator != 0) {
         out += separator;

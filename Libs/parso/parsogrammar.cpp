@@ -2,6 +2,7 @@
 
 #include "parsogrammarloader.h"
 #include "parsoprogram.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqerrorlogger.h"
 #include "tqcore/tqexcept.h"
 #include "ystreamimpl/ystream.h"
@@ -13,9 +14,7 @@ constexpr std::size_t kIndexSlots = 1024;  // a power of two, above 2 * kMaxRule
 static_assert(kIndexSlots > 2 * ParsoGrammar::kMaxRules);
 
 std::size_t SlotOf(std::u16string_view name, ParsoKind kind) {
-  std::uint32_t hash = 2166136261u ^ static_cast<std::uint8_t>(kind);
-  for (char16_t unit : name) hash = (hash ^ unit) * 16777619u;
-  return (hash ^ (hash >> 15)) & (kIndexSlots - 1);
+  return (HashText(name) ^ static_cast<std::uint8_t>(kind)) & (kIndexSlots - 1);
 }
 
 // Lines of a text in memory, cut as YStream::ReadLine cuts them.
@@ -77,9 +76,7 @@ bool Load(ParsoGrammar& grammar, Lines lines) {
 
 }  // namespace
 
-ParsoGrammar::ParsoGrammar() : index_(kIndexSlots) {
-  rules.reserve(kMaxRules);
-}
+ParsoGrammar::ParsoGrammar() = default;
 
 ParsoGrammar::ParsoGrammar(const char16_t* fileName) : ParsoGrammar() {
   if (fileName != nullptr) Init(fileName);
@@ -126,6 +123,7 @@ bool ParsoGrammar::LoadText(std::string_view text) {
 
 ParsoRule* ParsoGrammar::FindRule(std::u16string_view name, ParsoKind kind) const {
   if (name.empty()) return nullptr;
+  if (index_.empty()) IndexAllRules();
   for (std::size_t slot = SlotOf(name, kind);; slot = (slot + 1) & (kIndexSlots - 1)) {
     ParsoRule* rule = index_[slot];
     if (rule == nullptr || (rule->kind == kind && rule->name == name)) return rule;
@@ -135,7 +133,7 @@ ParsoRule* ParsoGrammar::FindRule(std::u16string_view name, ParsoKind kind) cons
 ParsoRule* ParsoGrammar::CreateRule(std::u16string_view name, ParsoKind kind, bool noNode,
                                     bool keepApart, bool keepNode) {
   if (rules.size() == kMaxRules) return nullptr;
-  auto rule = std::make_unique<ParsoRule>();
+  ParsoRule* rule = arena_.Make<ParsoRule>();
   rule->name = arena_.Keep(name);
   rule->kind = name.data() == nullptr ? ParsoKind::Group : kind;
   rule->flagNoNode = noNode;
@@ -144,12 +142,12 @@ ParsoRule* ParsoGrammar::CreateRule(std::u16string_view name, ParsoKind kind, bo
   rule->grammar = this;
   rule->index = static_cast<std::int32_t>(rules.size());
   if (rule->kind == ParsoKind::Rule) rule->grammarRule = GrammarRuleFromName(name);
-  IndexRule(rule.get());
-  rules.push_back(std::move(rule));
-  return rules.back().get();
+  rules.push_back(rule);
+  if (!index_.empty()) IndexRule(rule);
+  return rule;
 }
 
-void ParsoGrammar::IndexRule(ParsoRule* rule) {
+void ParsoGrammar::IndexRule(ParsoRule* rule) const {
   if (rule->name.empty()) return;
   std::size_t slot = SlotOf(rule->name, rule->kind);
   for (; index_[slot] != nullptr; slot = (slot + 1) & (kIndexSlots - 1)) {
@@ -159,10 +157,10 @@ void ParsoGrammar::IndexRule(ParsoRule* rule) {
 }
 
 // The optimiser changes kinds and deletes objects, so it has the index made anew.
-void ParsoGrammar::IndexAllRules() {
+void ParsoGrammar::IndexAllRules() const {
   index_.assign(kIndexSlots, nullptr);
-  for (const auto& rule : rules) {
-    if (rule != nullptr) IndexRule(rule.get());
+  for (ParsoRule* rule : rules) {
+    if (rule != nullptr) IndexRule(rule);
   }
 }
 

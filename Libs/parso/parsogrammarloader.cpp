@@ -159,7 +159,7 @@ void ParsoGrammarLoader::CompileConstraint(ParsoRule& rule, std::u16string_view 
   for (std::u16string_view side : {text.substr(0, equals), text.substr(equals + 1)}) {
     ParsoRule* named = FindOrCreate(CutToken(side), ParsoKind::Rule);
     if (named != nullptr && rule.constraint.size() < kMaxConstraintNames) {
-      rule.constraint.push_back(named);
+      rule.constraint.Append(grammar_.arena_, named);
     }
   }
 }
@@ -176,7 +176,7 @@ void ParsoGrammarLoader::AddChild(ParsoRule& rule, ParsoRule* child) {
   }
   if (!rule.children.empty() && rule.op == ParsoOp::None) rule.op = ParsoOp::Sequence;
   if (rule.children.size() < kMaxChildren) {
-    rule.children.push_back({child, ParsoQuantifier::One});
+    rule.children.Append(grammar_.arena_, {child, ParsoQuantifier::One});
   }
 }
 

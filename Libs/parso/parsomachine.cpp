@@ -338,7 +338,7 @@ PARSO_STEP void ParsoMachine::CloseLeaf(Registers& r) {
 ParsoMachine::Outcome ParsoMachine::Run(const ParsoRoutine& start, const char16_t* text,
                                         std::int32_t length) {
   static constexpr const void* kLabels[] = {
-#define PARSO_OPCODE(name) &&name,
+#define PARSO_OPCODE(name, operand, also) &&name,
 #include "parsoopcode.def"
 #undef PARSO_OPCODE
   };

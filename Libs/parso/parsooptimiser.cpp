@@ -81,7 +81,7 @@ void ParsoOptimiser::Run() {
 }
 
 void ParsoOptimiser::CompileClasses() {
-  for (const auto& rule : grammar_.rules) {
+  for (ParsoRule* rule : grammar_.rules) {
     const bool isCode = rule->kind == ParsoKind::Code;
     if (rule->kind != ParsoKind::Bracket && !isCode && !IsOneUnitLiteral(*rule)) continue;
     ParsoClassTable* table = NewTable();
@@ -99,7 +99,7 @@ void ParsoOptimiser::CompileClasses() {
 void ParsoOptimiser::MergeClasses() {
   for (bool changed = true; changed;) {
     changed = false;
-    for (const auto& rule : grammar_.rules) changed |= MergeInto(*rule);
+    for (ParsoRule* rule : grammar_.rules) changed |= MergeInto(*rule);
   }
 }
 
@@ -127,7 +127,7 @@ bool ParsoOptimiser::MergeInto(ParsoRule& rule) {
 void ParsoOptimiser::DeleteUnreferenced() {
   auto& rules = grammar_.rules;
   std::vector<int> references(rules.size());
-  for (const auto& rule : rules) {
+  for (ParsoRule* rule : rules) {
     for (const ParsoChild& child : rule->children) {
       ++references[static_cast<std::size_t>(child.rule->index)];
     }
@@ -137,15 +137,16 @@ void ParsoOptimiser::DeleteUnreferenced() {
     for (const ParsoChild& child : rules[i]->children) {
       --references[static_cast<std::size_t>(child.rule->index)];
     }
-    for (const auto& rule : rules) {
-      if (rule != nullptr) std::ranges::replace(rule->constraint, rules[i].get(), nullptr);
+    for (ParsoRule* rule : rules) {
+      if (rule != nullptr)
+        std::ranges::replace(rule->constraint, rules[i], static_cast<ParsoRule*>(nullptr));
     }
     rules[i] = nullptr;
   }
 }
 
 void ParsoOptimiser::DemoteSingletons() {
-  for (const auto& rule : grammar_.rules) {
+  for (ParsoRule* rule : grammar_.rules) {
     if (rule == nullptr || rule->index < 1 || rule->kind != ParsoKind::Class) continue;
     if (std::ranges::count(*rule->table, 1) != 1) continue;
     const auto code = std::ranges::find(*rule->table, 1) - rule->table->begin();

@@ -1,7 +1,8 @@
 // ParsoProgram: the rules of a grammar as instructions for ParsoMachine.
 //
 // A routine is the code of one rule. It exists when the rule is first called, so that a text pays
-// only for the rules that it needs. Instructions and what they point to live as long as the
+// only for the rules that it needs: the routine is taken from the table of the grammar if it was
+// made of one that holds it, else compiled. Instructions and what they point to live as long as the
 // program.
 #pragma once
 
@@ -18,7 +19,7 @@
 namespace kelmora {
 
 enum class ParsoOpcode : std::uint16_t {
-#define PARSO_OPCODE(name) name,
+#define PARSO_OPCODE(name, operand, also) name,
 #include "parsoopcode.def"
 #undef PARSO_OPCODE
 };
@@ -54,6 +55,14 @@ struct ParsoDispatch {
 };
 
 struct ParsoRoutine;
+struct ParsoInstructionRow;
+struct ParsoStopRow;
+
+// Which members of the unions an instruction uses.
+enum class ParsoOperand : std::uint8_t { None, Set, Name, Stop, Beginning, Dispatch, Routine };
+enum class ParsoSecondOperand : std::uint8_t { None, Rule, Literal, Owner };
+ParsoOperand OperandOf(ParsoOpcode opcode);
+ParsoSecondOperand SecondOperandOf(ParsoOpcode opcode);
 
 struct ParsoInstruction {
   ParsoInstruction(ParsoOpcode code = ParsoOpcode::Accept, std::int32_t jumpBy = 1)
@@ -100,6 +109,9 @@ class ParsoProgram {
   bool Complete(ParsoRoutine& routine);
 
   bool HasConstraints() const { return hasConstraints_; }
+  // All routines that can be reached from any rule, with their code; those that the machine can't
+  // run have none.
+  const std::deque<ParsoRoutine>& AllRoutines();
   // For ParsoInterpreter.
   const std::vector<bool>& MemoisedRules();
 
@@ -107,9 +119,12 @@ class ParsoProgram {
   friend class ParsoCompiler;
 
   ParsoRoutine* RoutineFor(const ParsoRule& rule, ParsoOutput output);
+  bool TakeFromTable(ParsoRoutine& routine);
+  ParsoInstruction FromRow(const ParsoInstructionRow& row, const ParsoGrammarTable& table);
+  const ParsoStop* StopFromRow(const ParsoStopRow& row, const ParsoGrammarTable& table);
 
   const ParsoGrammar& grammar_;
-  ParsoAnalysis analysis_;
+  std::unique_ptr<ParsoAnalysis> analysis_;  // made when something is compiled
   bool isSupported_ = true;
   bool hasConstraints_ = false;
   std::deque<ParsoRoutine> routines_;

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "tqcore/processstate.h"
 #include "tqcore/tqstring.h"
 
 namespace kelmora {
@@ -33,14 +34,16 @@ const char16_t* BehindLastBackslash(const char16_t* file) {
 
 }  // namespace
 
-std::int32_t TQExcept::language = 0;
-
 TQExcept::TQExcept(std::int32_t code, std::int32_t line, const char16_t* file)
     : code_(code), line_(line), file_(BehindLastBackslash(file)) {}
 
 // Formats without allocating, since the error may be that there is no memory.
 const char16_t* TQExcept::GetErrorText(bool withLocation) const {
-  static std::array<char16_t, kBufferSize> buffer;
+  struct TextBuffer {
+    std::array<char16_t, kBufferSize> units;
+  };
+  std::array<char16_t, kBufferSize>& buffer = ProcessState::Of<TextBuffer>().units;
+  const std::int32_t language = ProcessState::Of<Language>().number;
   const bool isKnown = language >= 0 && language < static_cast<int>(std::size(kWordings));
   const Wording& wording = kWordings[isKnown ? language : 0];
   if (withLocation) {

@@ -190,17 +190,6 @@ void TQString::RaiseBadIndex() {
   throw TQExcept(kIndexBeyondCapacity, __LINE__, kFile);
 }
 
-void TQString::SetAt(int index, char16_t unit) {
-  if (index < 0 || index > Capacity()) RaiseBadIndex();
-  if (index == Capacity()) return;  // the place of the terminator, and all of the shared block
-  Text()[index] = unit;
-  if (unit == 0) {
-    if (index < Length()) SetLength(index);
-  } else if (index == Length()) {
-    SetLength(index + 1);
-  }
-}
-
 // --- search ----------------------------------------------------------------------------------
 
 int TQString::Find(std::u16string_view text, int start) const {

@@ -1,3 +1,13 @@
+// Searches, trimming, and conversion between UTF-8 bytes and 16-bit units.
+//
+// Searches for a unit or a line end look at eight units at a time; a text is found by its first
+// unit, and by the method of Knuth, Morris and Pratt ("Fast Pattern Matching in Strings", SIAM
+// Journal on Computing 6, 1977) once the plain way has compared too much, so that no text and no
+// needle makes a search quadratic.
+//
+// The trap is that names of this system need not be UTF-8: a byte that is no part of a character
+// becomes a unit of its own that no character has (IsStrayByte), and the way back makes that byte
+// of it again. A name that was read is written as it was.
 #include "tqcore/tqtext.h"
 
 #include <algorithm>

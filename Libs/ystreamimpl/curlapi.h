@@ -4,6 +4,7 @@
 // a test compares them with <curl/curl.h> where that is installed.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace kelmora {
@@ -58,7 +59,10 @@ struct CurlApi {
   using Handle = void*;
   using List = void*;
 
-  int (*globalInit)(long flags) = nullptr;
+  // The library then takes its memory by the functions given.
+  int (*globalInit)(long flags, void* (*allocate)(std::size_t), void (*release)(void*),
+                    void* (*resize)(void*, std::size_t), char* (*copy)(const char*),
+                    void* (*allocateZeros)(std::size_t, std::size_t)) = nullptr;
   Handle (*easyInit)() = nullptr;
   void (*easyReset)(Handle) = nullptr;
   void (*easyCleanup)(Handle) = nullptr;

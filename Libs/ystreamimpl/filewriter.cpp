@@ -1,14 +1,29 @@
+// The new content goes to a file without a name (O_TMPFILE), or where there are none to one with a
+// name of its own beside the target; Commit gives it that name if it has none yet and renames it
+// over the target, which the system does in one step. `target_` is the file behind all symbolic
+// links, and empty when `path_` is written directly; `replacement_` is the name beside it, empty as
+// long as there is none.
+//
+// The traps are the targets that a rename would harm: pipes and devices, files of another owner,
+// files in a directory that may not be written, mount points. They are written in place, after all
+// that can fail without touching them. A failure that a full disk or a quota gives ends the writing
+// instead, since the old content is worth more than a part of the new.
 #include "ystreamimpl/filewriter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <memory>
+#include <iterator>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/mman.h>
 #include <unistd.h>
+
+#include "filetarget.h"
 
 namespace kelmora {
 namespace {
@@ -16,22 +31,12 @@ namespace {
 constexpr mode_t kNewFileMode = 0666;  // less the user's mask
 constexpr mode_t kPermissions = 0777;
 constexpr mode_t kModeBits = 07777;
-constexpr int kNameAttempts = 100;
+constexpr int kNameAttempts = 1000;
+constexpr const char* kNameStart = ".kelmora-new-";
 constexpr const char* kOwnDescriptors = "/proc/self/fd/";  // by which a nameless file gets a name
 constexpr int kCopyBlock = 65536;                          // bytes
 constexpr long kPipePauseNanoseconds = 20'000'000;
 constexpr int kPipePausesPerSecond = 50;
-
-std::string ResolveLinks(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
-                                                             &std::free);
-  return resolved != nullptr ? resolved.get() : "";
-}
-
-// With its slash; empty for a bare name.
-std::string DirectoryOf(const std::string& path) {
-  return path.substr(0, path.rfind('/') + 1);
-}
 
 // A pipe that this process was given may be one that never waits.
 int AwaitRoom(int descriptor) {
@@ -50,13 +55,49 @@ int WriteAll(int descriptor, std::string_view bytes) {
   return 0;
 }
 
-// Whether a file that cannot be made or named beside its target can still be written in its place.
-// On a full disk that would only cost the old content.
-bool MayWriteInPlace(int failure) {
-  return failure == EACCES || failure == EPERM || failure == EROFS || failure == ENAMETOOLONG;
+// Whether a file whose copy cannot be made, named or moved beside its target can still be written
+// in its place. On a full disk, or one that fails, that would only cost the old content.
+bool MayOverwrite(int failure) {
+  constexpr int kNumbers[] = {EACCES, EBUSY, EINVAL, ENAMETOOLONG, EPERM, EROFS, EXDEV};
+  return std::find(std::begin(kNumbers), std::end(kNumbers), failure) != std::end(kNumbers);
+}
+
+// Takes the lock of a file, unless another run has it. Where the file system has no locks, none
+// has.
+bool TakeLock(const FileDescriptor& file) {
+  return flock(file.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+FileDescriptor FileInMemory() {
+  return FileDescriptor(memfd_create("kelmora", MFD_CLOEXEC));
+}
+
+// Makes the content of one file that of another, whose room is kept until the end. Returns 0 or the
+// system's number.
+int CopyContent(const FileDescriptor& from, const FileDescriptor& to) {
+  if (lseek(from.Number(), 0, SEEK_SET) != 0 || lseek(to.Number(), 0, SEEK_SET) != 0) return errno;
+  const auto block = std::make_unique<char[]>(kCopyBlock);
+  off_t length = 0;
+  while (true) {
+    const ssize_t count = read(from.Number(), block.get(), kCopyBlock);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    if (count == 0) return ftruncate(to.Number(), length) == 0 ? 0 : errno;
+    length += count;
+    const int failure = WriteAll(to.Number(), {block.get(), static_cast<std::size_t>(count)});
+    if (failure != 0) return failure;
+  }
+}
+
+// Closing tells of writes that failed late; this asks for it and keeps the file open.
+int AskForLateFailure(const FileDescriptor& file) {
+  FileDescriptor duplicate = DuplicateDescriptor(file.Number());
+  return duplicate.IsOpen() ? duplicate.Close() : errno;
 }
 
 }  // namespace
+
+FileWriter::FileWriter(std::string path) : path_(std::move(path)) {}
 
 FileWriter::~FileWriter() {
   DropReplacement();
@@ -68,22 +109,24 @@ int FileWriter::Open() {
     return file_.IsOpen() ? 0 : errno;
   }
   struct stat status {};
-  if (stat(path_.c_str(), &status) != 0) {
-    struct stat link {};
-    if (errno != ENOENT || lstat(path_.c_str(), &link) == 0) return OpenDirectly();
-    target_ = path_;
-    return OpenReplacement(nullptr);
+  isNew_ = stat(path_.c_str(), &status) != 0;
+  if (isNew_ && errno != ENOENT) return errno;
+  if (!isNew_) {
+    if (S_ISFIFO(status.st_mode)) return OpenPipe();
+    if (!S_ISREG(status.st_mode)) return OpenDirectly();
+    // A file that its owner has protected is not to be replaced behind his back.
+    if (access(path_.c_str(), W_OK) != 0) return errno;
   }
-  if (S_ISFIFO(status.st_mode)) return OpenPipe();
-  if (!S_ISREG(status.st_mode)) return OpenDirectly();
-  // A file that its owner has protected is not to be replaced behind his back.
-  if (access(path_.c_str(), W_OK) != 0) return errno;
-  target_ = ResolveLinks(path_);
-  return target_.empty() ? OpenDirectly() : OpenReplacement(&status);
+  if (path_.ends_with('/')) return OpenDirectly();  // which is refused
+  target_ = std::make_unique<FileTarget>();
+  if (const int failure = target_->Resolve(path_)) return failure;
+  if (isNew_) return OpenCopy(nullptr);
+  // A name below /proc can lead to a file that has lost its own.
+  return target_->IsNameOf(status) ? OpenCopy(&status) : OpenDirectly();
 }
 
 int FileWriter::OpenDirectly() {
-  target_.clear();
+  target_.reset();
   file_ = FileDescriptor(
       open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, kNewFileMode));
   return file_.IsOpen() ? 0 : errno;
@@ -104,47 +147,73 @@ int FileWriter::OpenPipe() {
   return ETIMEDOUT;
 }
 
-int FileWriter::OpenReplacement(const struct stat* replaced) {
-  const mode_t mode = replaced != nullptr ? replaced->st_mode & kPermissions : kNewFileMode;
-  if (const int failure = MakeReplacement(mode)) {
-    return replaced == nullptr || MayWriteInPlace(failure) ? OpenDirectly() : failure;
+int FileWriter::OpenCopy(const struct stat* replaced) {
+  manner_ = Manner::kReplace;
+  const int failure =
+      MakeReplacement(replaced != nullptr ? replaced->st_mode & kPermissions : kNewFileMode);
+  if (failure == 0) {
+    if (replaced != nullptr && !KeepOwnerAndMode(*replaced)) manner_ = Manner::kOverwrite;
+    return 0;
   }
-  if (replaced == nullptr || KeepOwnerAndMode(*replaced)) return 0;
-  DropReplacement();
-  return OpenDirectly();
+  if (!MayOverwrite(failure)) return failure;
+  manner_ = Manner::kOverwrite;
+  file_ = FileInMemory();
+  return file_.IsOpen() ? 0 : errno;
 }
 
 int FileWriter::MakeReplacement(mode_t mode) {
-  const std::string directory = DirectoryOf(target_);
+  const int directory = target_->Directory();
   if (access(kOwnDescriptors, X_OK) == 0) {
-    file_ = FileDescriptor(
-        open(directory.empty() ? "." : directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode));
+    file_ = FileDescriptor(openat(directory, ".", O_RDWR | O_TMPFILE | O_CLOEXEC, mode));
     if (file_.IsOpen()) return 0;
   }
-  return TakeName([this, mode](const char* name) {
-    file_ = FileDescriptor(open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    return file_.IsOpen();
+  return TakeName([this, directory, mode](const char* name) {
+    file_ = FileDescriptor(openat(directory, name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file_.IsOpen()) return false;
+    if (TakeLock(file_)) return true;
+    errno = EEXIST;  // another run has taken it for a leftover meanwhile
+    return false;
   });
 }
 
 int FileWriter::NameReplacement() {
-  const std::string nameless = kOwnDescriptors + std::to_string(file_.Number());
-  return TakeName([&nameless](const char* name) {
-    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
-  });
+  static_cast<void>(TakeLock(file_));  // nobody else can have it while it is nameless
+  return TakeName([this](const char* name) { return LinkNameless(name); });
 }
 
-// Offers names beside the target, until `take` can make one of them that of the new file.
+bool FileWriter::LinkNameless(const char* name) {
+  const std::string nameless = kOwnDescriptors + std::to_string(file_.Number());
+  return linkat(AT_FDCWD, nameless.c_str(), target_->Directory(), name, AT_SYMLINK_FOLLOW) == 0;
+}
+
+// Offers names beside the target, until `take` can make one of them that of the copy, which is
+// locked by then: that tells other runs that its own one lives.
 template <class Take>
 int FileWriter::TakeName(const Take& take) {
-  const std::string start = DirectoryOf(target_) + ".kelmora-" + std::to_string(getpid()) + "-";
   int failure = EEXIST;
   for (int attempt = 0; attempt < kNameAttempts && failure == EEXIST; ++attempt) {
-    replacement_ = start + std::to_string(attempt);
+    replacement_ = kNameStart + std::to_string(attempt);
     failure = take(replacement_.c_str()) ? 0 : errno;
+    if (failure == EEXIST && RemoveLeftover()) failure = take(replacement_.c_str()) ? 0 : errno;
+    if (failure == 0 && !IsCopy(file_)) failure = EEXIST;
   }
   if (failure != 0) replacement_.clear();
   return failure;
+}
+
+bool FileWriter::IsCopy(const FileDescriptor& file) const {
+  struct stat status {};
+  return fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode) &&
+         target_->IsNameOf(status, replacement_.c_str());
+}
+
+// Removes what a run left that was killed between naming its copy and moving it. The name is looked
+// at again under the lock: it may be another file's by then.
+bool FileWriter::RemoveLeftover() const {
+  const FileDescriptor left(openat(target_->Directory(), replacement_.c_str(),
+                                   O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  return left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0 && IsCopy(left) &&
+         unlinkat(target_->Directory(), replacement_.c_str(), 0) == 0;
 }
 
 bool FileWriter::KeepOwnerAndMode(const struct stat& replaced) {
@@ -156,9 +225,9 @@ bool FileWriter::KeepOwnerAndMode(const struct stat& replaced) {
 }
 
 void FileWriter::DropReplacement() {
-  static_cast<void>(file_.Close());
-  if (!replacement_.empty()) unlink(replacement_.c_str());
+  if (!replacement_.empty()) unlinkat(target_->Directory(), replacement_.c_str(), 0);
   replacement_.clear();
+  static_cast<void>(file_.Close());
 }
 
 int FileWriter::Write(std::string_view bytes) {
@@ -166,35 +235,44 @@ int FileWriter::Write(std::string_view bytes) {
 }
 
 int FileWriter::Commit() {
-  if (target_.empty()) return file_.Close();
-  // Closing tells of writes that failed late, which must be known before the old file goes; the
-  // descriptor itself may yet be needed.
-  if (const int failure = DuplicateDescriptor(file_.Number()).Close()) return failure;
-  if (replacement_.empty()) {
-    const int failure = NameReplacement();
-    if (failure != 0) return MayWriteInPlace(failure) ? CopyOverTarget() : failure;
+  if (manner_ == Manner::kDirect) return file_.Close();
+  if (const int failure = AskForLateFailure(file_)) return failure;
+  if (manner_ == Manner::kReplace) {
+    const int failure = ReplaceTarget();
+    if (failure == 0 || !MayOverwrite(failure)) return failure;
   }
-  if (rename(replacement_.c_str(), target_.c_str()) != 0) return CopyOverTarget();
-  replacement_.clear();
-  return file_.Close();
+  return OverwriteTarget();
 }
 
-// A file that is a mount point of its own cannot be replaced, only written; nor can one whose
-// replacement may get no name.
-int FileWriter::CopyOverTarget() {
-  FileDescriptor target(
-      open(target_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFileMode));
-  if (!target.IsOpen()) return errno;
-  if (lseek(file_.Number(), 0, SEEK_SET) != 0) return errno;
-  const auto block = std::make_unique<char[]>(kCopyBlock);
-  while (true) {
-    const ssize_t count = read(file_.Number(), block.get(), kCopyBlock);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (count == 0) return target.Close();
-    const int failure = WriteAll(target.Number(), {block.get(), static_cast<std::size_t>(count)});
-    if (failure != 0) return failure;
+int FileWriter::ReplaceTarget() {
+  if (replacement_.empty()) {
+    if (isNew_ && LinkNameless(target_->Name())) return 0;
+    if (isNew_ && errno != EEXIST) return errno;
+    if (const int failure = NameReplacement()) return failure;
   }
+  const int directory = target_->Directory();
+  if (renameat(directory, replacement_.c_str(), directory, target_->Name()) != 0) return errno;
+  replacement_.clear();
+  return 0;
+}
+
+int FileWriter::OverwriteTarget() {
+  const int making = isNew_ ? O_CREAT | O_EXCL : 0;
+  const FileDescriptor target(openat(target_->Directory(), target_->Name(),
+                                     O_RDWR | O_NOCTTY | O_CLOEXEC | making, kNewFileMode));
+  if (!target.IsOpen()) return errno;
+  const FileDescriptor old = FileInMemory();
+  if (!old.IsOpen()) return errno;
+  if (const int failure = CopyContent(target, old)) return failure;
+  int failure = CopyContent(file_, target);
+  if (failure == 0) failure = AskForLateFailure(target);
+  if (failure == 0) return 0;
+  if (isNew_) {
+    unlinkat(target_->Directory(), target_->Name(), 0);
+  } else {
+    static_cast<void>(CopyContent(old, target));
+  }
+  return failure;
 }
 
 }  // namespace kelmora

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "readline.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqerrorlogger.h"
 
 namespace kelmora {
@@ -34,8 +35,10 @@ void RememberDirectory(const TQString& name) {
 }  // namespace
 
 std::vector<TQString>& TQDelegatorStreamImpl::SearchDirectories() {
-  static std::vector<TQString> directories;
-  return directories;
+  struct Directories {
+    std::vector<TQString> names;
+  };
+  return ProcessState::Of<Directories>().names;
 }
 
 TQDelegatorStreamImpl::~TQDelegatorStreamImpl() = default;

@@ -1,6 +1,16 @@
+// One libcurl handle for all requests, so that connections stay open between them; its options are
+// reset and set anew for each. The library is looked for by name when the first request comes, and
+// its functions and the numbers of its options stand in curlapi.h, so that a build needs no headers
+// of it.
+//
+// The trap is memory: libcurl keeps pointers to what it is given (headers, the data to send, the
+// block that receives), so all of that lives in Perform until the transfer is over. Its callbacks
+// are C functions: no exception may leave them, and what they could not do is told by the count
+// that they return.
 #include "tqinternetsession.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -14,6 +24,32 @@ namespace {
 constexpr const char* kLibraries[] = {"libcurl.so.4", "libcurl-gnutls.so.4"};
 constexpr long kStallBytesPerSecond = 100;
 
+// The library answers a header line of more than it takes with "out of memory", too. So it is told
+// to take its memory by these, which notice when there is none.
+bool memoryEnded = false;
+
+template <class Piece>
+Piece* Noticed(Piece* piece, bool isWanted = true) {
+  if (piece == nullptr && isWanted) memoryEnded = true;
+  return piece;
+}
+
+void* Allocate(std::size_t size) {
+  return Noticed(std::malloc(size), size > 0);
+}
+
+void* Resize(void* piece, std::size_t size) {
+  return Noticed(std::realloc(piece, size), size > 0);
+}
+
+char* Copy(const char* text) {
+  return Noticed(strdup(text));
+}
+
+void* AllocateZeros(std::size_t count, std::size_t size) {
+  return Noticed(std::calloc(count, size), count > 0 && size > 0);
+}
+
 }  // namespace
 
 bool CurlApi::Load() {
@@ -22,7 +58,7 @@ bool CurlApi::Load() {
     library = OpenSharedLibrary(name);
     if (library != nullptr) break;
   }
-  return library != nullptr && BindSymbol(library, "curl_global_init", globalInit) &&
+  return library != nullptr && BindSymbol(library, "curl_global_init_mem", globalInit) &&
          BindSymbol(library, "curl_easy_init", easyInit) &&
          BindSymbol(library, "curl_easy_reset", easyReset) &&
          BindSymbol(library, "curl_easy_cleanup", easyCleanup) &&
@@ -79,7 +115,9 @@ TQInternetSession::~TQInternetSession() {
 bool TQInternetSession::Open() {
   if (handle_ != nullptr) return true;
   if (!api_.Load()) return false;
-  if (api_.globalInit(curl::kGlobalAll) == curl::kOk) handle_ = api_.easyInit();
+  const int result =
+      api_.globalInit(curl::kGlobalAll, &Allocate, &std::free, &Resize, &Copy, &AllocateZeros);
+  if (result == curl::kOk) handle_ = api_.easyInit();
   if (handle_ == nullptr) throw std::bad_alloc();  // nothing else can be missing by then
   return true;
 }
@@ -101,8 +139,11 @@ UrlResponse TQInternetSession::Perform(const UrlRequest& request) {
   SetPointer(CurlOption::kWriteFunction, reinterpret_cast<const void*>(&OnWrite));
   SetPointer(CurlOption::kWriteData, &download);
 
+  memoryEnded = false;
   const int result = api_.easyPerform(handle_);
-  if (result == curl::kOutOfMemory || download.ranOutOfMemory) throw std::bad_alloc();
+  if ((result == curl::kOutOfMemory && memoryEnded) || download.ranOutOfMemory) {
+    throw std::bad_alloc();
+  }
   response.isComplete = result == curl::kOk;
   response.status = download.Status();
   response.hasBody = response.isComplete && request.HasBodyToRead(response.status);

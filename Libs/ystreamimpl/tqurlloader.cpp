@@ -1,3 +1,10 @@
+// A URL is taken to pieces, the login chosen, and the request given to the transport; `file:` URLs
+// are read and written here. The login that the caller gave goes before that in the URL, and that
+// before the one that worked before with this server.
+//
+// Three things are kept for the whole process: the logins that worked (CredentialCache), the time
+// that failed transfers may still take (Patience), and a transport that tests put in the place of
+// the real one. A transfer that succeeds costs no patience, however long it takes.
 #include "ystreamimpl/tqurlloader.h"
 
 #include <chrono>
@@ -9,6 +16,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tqcore/processstate.h"
 #include "tqcore/tqsingleton.h"
 #include "tqcore/tqtext.h"
 #include "tqinternetsession.h"
@@ -53,7 +61,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 // What a failed transfer took comes off the time that later ones may wait.
 UrlResponse PerformPatiently(UrlRequest& request) {
   using Clock = std::chrono::steady_clock;
-  Patience& patience = TQSingleton<Patience>::Instance();
+  Patience& patience = ProcessState::Of<Patience>();
   if (patience.IsSpent()) return {};
   request.limits.connectSeconds = patience.Grant(request.limits.connectSeconds);
   request.limits.stallSeconds = patience.Grant(request.limits.stallSeconds);
@@ -79,9 +87,12 @@ bool ReadLocalFile(const std::string& path, std::int64_t largest, std::string& d
   return std::ferror(file.get()) == 0;
 }
 
-bool WriteLocalFile(const std::string& path, std::string_view data) {
+// Returns 0 or the system's number of the failure.
+int WriteLocalFile(const std::string& path, std::string_view data) {
   FileWriter file(path);
-  return file.Open() == 0 && file.Write(data) == 0 && file.Commit() == 0;
+  int failure = file.Open();
+  if (failure == 0) failure = file.Write(data);
+  return failure == 0 ? file.Commit() : failure;
 }
 
 }  // namespace
@@ -126,9 +137,13 @@ bool TQUrlLoader::Fetch(std::u16string_view url) {
 bool TQUrlLoader::Send(std::u16string_view url, std::string_view data, std::string_view verb,
                        std::string_view mediaType) {
   DropBuffer();
+  systemError_ = 0;
   UrlRequest request;
   if (!Prepare(url, request)) return false;
-  if (request.service == UrlService::kFile) return WriteLocalFile(object_, data);
+  if (request.service == UrlService::kFile) {
+    systemError_ = WriteLocalFile(object_, data);
+    return systemError_ == 0;
+  }
   if (!request.IsHttp() && request.service != UrlService::kFtp) return false;
   request.isSend = true;
   request.verb = verb;

@@ -18,7 +18,7 @@ namespace kelmora {
 namespace {
 
 struct Loaded {
-  XTreeNode* Load(const TQString& path, std::uint32_t kind = 1) {
+  XTreeNode* Load(const TQString& path, GrammarKind kind = GrammarKind::XML) {
     record = std::make_unique<LoadRecord>();
     record->document = std::make_unique<LoadedDocument>(Kinds());
     record->document->SetKind(Kinds().Find(kind));
@@ -57,29 +57,29 @@ TEST(LoadedDocument, LineEndsBecomeSingleReturns) {
 TEST(LoadedDocument, KindAndNameChooseTheGrammar) {
   struct Row {
     const char* name;
-    std::uint32_t kind;
+    GrammarKind kind;
     const char* bytes;
     const char* dump;
-    std::uint32_t loadedKind;
+    GrammarKind loadedKind;
   };
   const TemporaryDirectory directory;
   for (const Row& row : {
-           Row{"a.xml", 1, "<a/>", "0(<a>)", 1},
-           {"a.DTD", 5, "<!ENTITY e 'v'>", "2(14:e ''v'')", 0},
-           {"a.dtd", 1, "<a/>", "0(<a>)", 1},
-           {"noname", 5, "<a/>", "0(<a>)", 1},
-           {"a.ent", 2, "x<b/>", "1('x' <b>)", 2},
-           {"a.3dml", 3, "< a x='&'>&</ a>", "no", 3},
-           {"b.3dml", 3, "< a x='&'>&</a>", "0(<a @x=& '&'>)", 3},
+           Row{"a.xml", GrammarKind::XML, "<a/>", "0(<a>)", GrammarKind::XML},
+           {"a.DTD", GrammarKind::Stylesheet, "<!ENTITY e 'v'>", "2(14:e ''v'')", GrammarKind::DTD},
+           {"a.dtd", GrammarKind::XML, "<a/>", "0(<a>)", GrammarKind::XML},
+           {"noname", GrammarKind::Stylesheet, "<a/>", "0(<a>)", GrammarKind::XML},
+           {"a.ent", GrammarKind::Entity, "x<b/>", "1('x' <b>)", GrammarKind::Entity},
+           {"a.3dml", GrammarKind::Lax, "< a x='&'>&</ a>", "no", GrammarKind::Lax},
+           {"b.3dml", GrammarKind::Lax, "< a x='&'>&</a>", "0(<a @x=& '&'>)", GrammarKind::Lax},
        }) {
     Loaded loaded;
     const XTreeNode* root = loaded.Load(directory.Write(row.name, row.bytes), row.kind);
     EXPECT_EQ(root != nullptr ? Dump(*root) : "no", row.dump) << row.name;
     EXPECT_EQ(loaded.record->kind, row.loadedKind) << row.name;
   }
-  EXPECT_EQ(Kinds().Find(4), nullptr);
+  EXPECT_EQ(Kinds().Find(GrammarKind::XmlTD), nullptr);
   DocumentKindTable table;
-  EXPECT_EQ(table.Find(1), nullptr);
+  EXPECT_EQ(table.Find(GrammarKind::XML), nullptr);
   TQString errorText;
   EXPECT_FALSE(table.Fill(true, errorText));
   EXPECT_EQ(errorText, u"gra_xml_td.txt");
@@ -189,31 +189,31 @@ TEST(LoadedDocument, NamesThatAreUrls) {
 TEST(DocumentManager, FindsWhatWasLoaded) {
   const TemporaryDirectory directory;
   DocumentManager manager(Kinds());
-  const auto load = [&](const TQString& path, std::uint32_t kind) {
+  const auto load = [&](const TQString& path, GrammarKind kind) {
     Loaded loaded;
     loaded.Load(path, kind);
     return manager.AdoptRecord(std::move(loaded.record));
   };
   const TQString path = directory.Write("a.xml", "<a/>");
-  LoadRecord* first = load(path, 1);
-  LoadRecord* again = load(path, 1);
-  LoadRecord* entity = load(path, 2);
-  LoadRecord* failed = load(directory.Name("none"), 1);
+  LoadRecord* first = load(path, GrammarKind::XML);
+  LoadRecord* again = load(path, GrammarKind::XML);
+  LoadRecord* entity = load(path, GrammarKind::Entity);
+  LoadRecord* failed = load(directory.Name("none"), GrammarKind::XML);
   EXPECT_EQ(failed->Root(), nullptr);
-  EXPECT_EQ(failed->kind, LoadRecord::kNoKind);
-  EXPECT_EQ(manager.FindByPath(failed->path, 1), nullptr);
-  EXPECT_EQ(manager.FindByPath(path, 1), first);
-  EXPECT_EQ(manager.FindByPath(path, 2), entity);
-  EXPECT_EQ(manager.FindByPath(path, 0), nullptr);
+  EXPECT_FALSE(failed->kind);
+  EXPECT_EQ(manager.FindByPath(failed->path, GrammarKind::XML), nullptr);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::XML), first);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::Entity), entity);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::DTD), nullptr);
   EXPECT_EQ(manager.FindByRoot(again->Root()), again);
   manager.RemoveRecord(first);
   manager.RemoveRecord(failed);
-  EXPECT_EQ(manager.FindByPath(path, 1), again);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::XML), again);
   manager.RemoveRecord(again);
-  EXPECT_EQ(manager.FindByPath(path, 1), nullptr);
-  EXPECT_EQ(manager.FindByPath(path, 2), entity);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::XML), nullptr);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::Entity), entity);
   manager.ClearAll();
-  EXPECT_EQ(manager.FindByPath(path, 2), nullptr);
+  EXPECT_EQ(manager.FindByPath(path, GrammarKind::Entity), nullptr);
 }
 
 }  // namespace

@@ -51,13 +51,9 @@ TEST(PrefixMap, AgreesWithAnOrderedMapAndKeepsOldVersions) {
     auto& [map, model] = version;
     for (auto changes = random() % 4; changes > 0; --changes) {
       const std::u16string prefix = RandomPrefix(random);
-      const unsigned uri = random() % 5;
+      const auto uri = random() % 5;
       model[prefix] = uri < 4 ? &kUris[uri] : nullptr;
       map.Set(prefix, model[prefix]);
-    }
-    if (random() % 5 == 0) {
-      model.erase(u"");
-      map = map.WithoutDefault();
     }
     if (versions.size() < 60) {
       versions.push_back(version);
@@ -92,7 +88,6 @@ TEST(PrefixMap, SharesUntilItIsChanged) {
   PrefixMap copy = map;
   copy.Set(u"p", nullptr);  // which it already is
   EXPECT_TRUE(copy.SharesWith(map));
-  EXPECT_TRUE(map.WithoutDefault().SharesWith(map));
   copy.Set(u"p", &kUris[1]);
   EXPECT_FALSE(copy.SharesWith(map));
 }

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "temporarydirectory.h"
@@ -14,6 +15,19 @@
 #include "treedump.h"
 #include "xmltree/loadeddocument.h"
 #include "ystreamimpl/filewriter.h"
+
+namespace {
+
+int refusedRename = 0;  // the number with which the next renames fail
+
+}  // namespace
+
+// Stands before the C library's own.
+extern "C" int renameat(int from, const char* old, int to, const char* name) noexcept {
+  if (refusedRename == 0) return static_cast<int>(syscall(SYS_renameat2, from, old, to, name, 0));
+  errno = refusedRename;
+  return -1;
+}
 
 namespace kelmora {
 namespace {
@@ -198,6 +212,24 @@ TEST(SaveText, FullDisk) {
     EXPECT_EQ(directory.Read("file"), "old");
     EXPECT_EQ(directory.Count(), 1u);
     EXPECT_FALSE(Save(name, u"old").HasError());
+  }
+}
+
+// Only a file that cannot be replaced at all is written over.
+TEST(SaveText, RenamesThatAreRefused) {
+  const TemporaryDirectory directory;
+  struct Row {
+    int refusal;
+    const char* content;
+  };
+  for (const Row& row : {Row{EIO, "old"}, {ENOSPC, "old"}, {EBUSY, "new"}, {EXDEV, "new"}}) {
+    const TQString path = directory.Write("file", "old");
+    refusedRename = row.refusal;
+    const LoadError error = Save(path, u"new");
+    refusedRename = 0;
+    EXPECT_EQ(error.code, row.content[0] == 'o' ? row.refusal : 0);
+    EXPECT_EQ(directory.Read("file"), row.content) << row.refusal;
+    EXPECT_EQ(directory.Count(), 1u);
   }
 }
 

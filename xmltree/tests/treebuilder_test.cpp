@@ -239,7 +239,8 @@ TEST(TreeBuilder, HandlesDepthAndBreadth) {
     TQString out;
     int cursor = 0;
     WriteSource(*parsed->tree->root, out, cursor, 0, {});
-    copy->AppendStringValue(out, cursor);
+    TQString value;
+    copy->StringValue(value);
     int nodes = 0;
     for (const XPathNode* n = copy.get(); n != nullptr; n = n->NextInDocument(true)) ++nodes;
     return nodes;

@@ -51,8 +51,7 @@ std::unique_ptr<ParsedText> ParseText(View text, GrammarKind kind, bool normaliz
   const XTreeKind root = kind == GrammarKind::DTD      ? XTreeKind::DTDDocument
                          : kind == GrammarKind::Entity ? XTreeKind::Entity
                                                        : XTreeKind::Document;
-  parsed->tree = ParseXTree(*Kinds().Find(static_cast<std::uint32_t>(kind)), parsed->text, {}, root,
-                            normalize, parsed->error);
+  parsed->tree = ParseXTree(*Kinds().Find(kind), parsed->text, {}, root, normalize, parsed->error);
   return parsed;
 }
 
@@ -117,7 +116,7 @@ bool FakeModel::ExpandEntityReferences(View text, TQString& out) {
 }
 
 std::unique_ptr<XTree> FakeModel::ParseContent(View text) {
-  return ParseFragment(*Kinds().Find(1), text, u"content", XTreeKind::Element, true);
+  return ParseFragment(*Kinds().Find(GrammarKind::XML), text, u"content", XTreeKind::Element, true);
 }
 
 ElementDeclaration* FakeModel::FindDeclaration(View name, InternedURI, ElementDeclaration*) {

@@ -48,10 +48,6 @@ TEST(XPathNode, StringValuesJoinTextsInOrder) {
     const BuiltTree tree(row.text);
     TQString scratch(u"old");
     EXPECT_EQ(ToNative(tree.root->StringValue(scratch)), row.value);
-    TQString out(u"<");
-    int cursor = 1;
-    tree.root->AppendStringValue(out, cursor);
-    EXPECT_EQ(ToNative(out), std::string("<") + row.value);
   }
   const BuiltTree single(u"<a><b>view</b></a>");
   TQString scratch;

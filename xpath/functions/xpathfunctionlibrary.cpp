@@ -55,18 +55,6 @@ std::u16string_view NameOfFunction(std::int32_t number) {
   return {};
 }
 
-TQString ExpandName(const PrefixMap& map, std::u16string_view name) {
-  if (name.find(u':') != std::u16string_view::npos) {
-    if (InternedURI uri = map.Lookup(PrefixOf(name)); uri != nullptr && !uri->IsEmpty()) {
-      TQString expanded = *uri;
-      expanded += u':';
-      expanded += LocalPartOf(name);
-      return expanded;
-    }
-  }
-  return TQString(name);
-}
-
 // --- errors, arguments, conversions -----------------------------------------------------------
 
 void XPathFunctionLibrary::Raise(XPathError code, XPathFunction function) const {

@@ -74,7 +74,4 @@ class XsltFunctionLibrary : public XPathFunctionLibrary {
   TQString NameArgument(Call call, Context context, XPathFunction function) const;
 };
 
-// "uri:local" when the map binds the prefix of the name to a URI, else the name as it is.
-TQString ExpandName(const PrefixMap& map, std::u16string_view name);
-
 }  // namespace kelmora

@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <string>
-#include <unordered_map>
 
 #include "functions/xpathfunctionlibrary.h"
 #include "tqcore/tqtext.h"
@@ -9,21 +7,6 @@
 namespace kelmora {
 namespace {
 
-constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
-
-// clang-format off
-constexpr std::u16string_view kElements[] = {
-    u"apply-imports", u"apply-templates", u"attribute",       u"attribute-set",
-    u"call-template", u"choose",          u"comment",         u"copy",
-    u"copy-of",       u"decimal-format",  u"element",         u"fallback",
-    u"for-each",      u"if",              u"import",          u"include",
-    u"key",           u"message",         u"namespace-alias", u"number",
-    u"otherwise",     u"output",          u"param",           u"preserve-space",
-    u"processing-instruction",            u"sort",            u"strip-space",
-    u"stylesheet",    u"template",        u"text",            u"transform",
-    u"value-of",      u"variable",        u"when",            u"with-param",
-};
-// clang-format on
 
 struct SystemPropertyRow {
   std::u16string_view name;
@@ -42,22 +25,12 @@ std::u16string_view XsltLocalName(const PrefixMap& map, std::u16string_view name
   return uri != nullptr && *uri == kXsltNamespace ? LocalPartOf(name) : std::u16string_view();
 }
 
-// Numbers of the nodes that bear no stamp: those of result trees and of the namespace axis, and the
-// copies that an xsl:include makes. They are given in the order of asking, so that a run that is
-// repeated gives the same ones.
-std::int64_t NumberOfUnstamped(const XPathNode* node) {
-  static std::unordered_map<const XPathNode*, std::int64_t> numbers;
-  auto [at, isNew] = numbers.try_emplace(node, 0);
-  if (isNew) at->second = static_cast<std::int64_t>(numbers.size());
-  return at->second;
-}
-
 // All have ten digits, so that a name which ends in digits leads to no ambiguity.
 std::int64_t NodeNumberOf(const XPathNode* node) {
   constexpr std::int64_t kFirstStamped = 1'000'000'000;
   constexpr std::int64_t kFirstUnstamped = 5'000'000'000;
   bool stamped = node->documentNumber > 0 && node->orderNumber > 0;
-  return stamped ? kFirstStamped + node->orderNumber : kFirstUnstamped + NumberOfUnstamped(node);
+  return stamped ? kFirstStamped + node->orderNumber : kFirstUnstamped + node->NumberOfItsOwn();
 }
 
 void NumberFromOne(XPathNodeList& list) {
@@ -131,7 +104,7 @@ XPathNodeList XsltFunctionLibrary::Key(Call call, Context context) const {
   if (evaluation.current != nullptr) node = evaluation.current;
 
   TQString scratch;
-  TQString name = ExpandName(*evaluation.prefixMap, TextArgument(call, context, 0, scratch));
+  TQString name = ExpandName(TextArgument(call, context, 0, scratch), *evaluation.prefixMap);
   XPathOperand value;
   Argument(call, context, 1, value);
   if (evaluation.keyTable == nullptr || !evaluation.keyTable->HasKey(name)) {
@@ -200,7 +173,7 @@ TQString XsltFunctionLibrary::FormatNumber(Call call, Context context) const {
   }
   const DecimalFormat* format = nullptr;
   if (evaluation.decimalFormats != nullptr) {
-    auto found = evaluation.decimalFormats->find(ExpandName(*evaluation.prefixMap, name).View());
+    auto found = evaluation.decimalFormats->find(ExpandName(name, *evaluation.prefixMap).View());
     if (found != evaluation.decimalFormats->end()) format = &found->second;
   }
   if (format == nullptr) {
@@ -236,7 +209,7 @@ TQString XsltFunctionLibrary::SystemProperty(Call call, Context context) const {
 bool XsltFunctionLibrary::ElementAvailable(Call call, Context context) const {
   TQString name = NameArgument(call, context, XPathFunction::elementAvailable);
   std::u16string_view local = XsltLocalName(*context.evaluation->prefixMap, name);
-  return std::find(std::begin(kElements), std::end(kElements), local) != std::end(kElements);
+  return !local.empty() && context.evaluation->expression->HasElement(local);
 }
 
 bool XsltFunctionLibrary::FunctionAvailable(Call call, Context context) const {

@@ -111,7 +111,7 @@ std::optional<SimplePattern> SimplePattern::Classify(const XPathParseNodeRef& tr
 }
 
 // Names come before predicates, which cost more.
-bool SimplePattern::TakeSteps(std::size_t& last, XPathNode*& place) {
+bool SimplePattern::TakeSteps(std::size_t& last, XPathNode*& place) const {
   XPathNode* at = place;
   std::size_t first = last;
   bool hasPredicates = false;
@@ -135,7 +135,7 @@ bool SimplePattern::TakeSteps(std::size_t& last, XPathNode*& place) {
   return true;
 }
 
-SimplePattern::Climb SimplePattern::ClimbTo(std::size_t& last, XPathNode*& place) {
+SimplePattern::Climb SimplePattern::ClimbTo(std::size_t& last, XPathNode*& place) const {
   const std::size_t index = last;
   XPathNode* const start = place;
   for (XPathNode* at = start; at != nullptr; at = at->parent) {
@@ -154,7 +154,7 @@ SimplePattern::Climb SimplePattern::ClimbTo(std::size_t& last, XPathNode*& place
   return Climb::Fails;
 }
 
-bool SimplePattern::Matches(XPathNode* node) {
+bool SimplePattern::Matches(XPathNode* node) const {
   if (steps_.empty()) return node->kind == XPathNodeKind::Root;
   std::size_t first = steps_.size() - 1;
   XPathNode* place = node;

@@ -8,6 +8,7 @@
 #include "nodes/xpathpathnodes.h"
 #include "nodes/xpathprimarynodes.h"
 #include "syntax/xpathparser.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathfunction.h"
 
@@ -102,19 +103,21 @@ namespace {
 // that is defined by itself ends in an error.
 class NestingBudget {
  public:
-  explicit NestingBudget(int nesting) : cost_(nesting + kHostLevels) { used_ += cost_; }
-  ~NestingBudget() { used_ -= cost_; }
+  explicit NestingBudget(int nesting) : cost_(nesting + kHostLevels) { used_.levels += cost_; }
+  ~NestingBudget() { used_.levels -= cost_; }
   NestingBudget(const NestingBudget&) = delete;
   NestingBudget& operator=(const NestingBudget&) = delete;
-  bool IsExceeded() const { return used_ > kMaxTotal; }
+  bool IsExceeded() const { return used_.levels > kMaxTotal; }
 
  private:
   static constexpr int kHostLevels = 8;  // what the frames between two evaluations amount to
   static constexpr int kMaxTotal = 3 * XPathParser::kMaxNesting / 2;
-  static int used_;
+  struct Used {
+    int levels = 0;
+  };
+  Used& used_ = ProcessState::Of<Used>();
   int cost_;
 };
-int NestingBudget::used_ = 0;
 
 }  // namespace
 
@@ -251,6 +254,9 @@ bool XPathExpression::EvaluateToText(const XPathRequest& request, TQString& scra
 void XPathExpression::OnMissingVariable(std::u16string_view) {}
 XPathNode* XPathExpression::LoadDocument(const TQString&, XPathNode*) {
   return nullptr;
+}
+bool XPathExpression::HasElement(std::u16string_view) const {
+  return false;
 }
 void XPathExpression::OnLocationPath(const XPathValue&) {}
 

@@ -59,10 +59,10 @@ const XPathValue* XPathVariableNode::Find(const XPathContext& context) const {
   std::u16string_view key = name_.local;
   TQString made;
   if (name_.hasPrefix) {
-    InternedURI uri = evaluation.prefixMap->Lookup(name_.prefix);
-    made = uri != nullptr && !uri->IsEmpty() ? *uri : TQString(name_.prefix);
+    made = name_.prefix;
     made += u':';
     made += name_.local;
+    made = ExpandName(made, *evaluation.prefixMap);
     key = made;
   }
   const XPathValue* value = evaluation.variables ? evaluation.variables->Find(key) : nullptr;

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "tqcore/tqtext.h"
-#include "xpath/xpathexpression.h"
+#include "xpath/qualifiedname.h"
 
 namespace kelmora {
 namespace {
@@ -136,6 +136,24 @@ bool IsQName(std::u16string_view text) {
   if (colon == text.size() || text[colon] != u':') return false;
   std::size_t local = MatchSpacedName(text, colon + 1);
   return local != colon + 1 && local == text.size();
+}
+
+TQString ExpandName(std::u16string_view name, const PrefixMap& map, UnboundPrefix unbound) {
+  const std::u16string_view prefix = PrefixOf(name);
+  if (prefix.empty()) return name;
+  const PrefixMap::Entry* entry = map.Find(prefix);
+  if (entry == nullptr || entry->uri == nullptr || entry->uri->IsEmpty()) {
+    bool drops = unbound == UnboundPrefix::DropPrefix ||
+                 (unbound == UnboundPrefix::DropIfDeclared && entry != nullptr);
+    return drops ? LocalPartOf(name) : name;
+  }
+  const std::u16string_view local = LocalPartOf(name);
+  TQString expanded;
+  expanded.Reserve(entry->uri->Length() + 1 + static_cast<int>(local.size()));
+  expanded += *entry->uri;
+  expanded += u':';
+  expanded += local;
+  return expanded;
 }
 
 }  // namespace kelmora

@@ -10,6 +10,8 @@
 #include <limits>
 #include <unordered_set>
 
+#include "tqcore/texthash.h"
+
 namespace kelmora {
 namespace {
 

@@ -10,7 +10,8 @@
 #include "modules/builtinstylesheet.h"
 #include "modules/stylesheetmodules.h"
 #include "names/stylesheetindex.h"
-#include "numbers/numbercounter.h"
+#include "numbers/numbercounts.h"
+#include "numbers/numberformats.h"
 #include "result/resultscope.h"
 #include "result/starttags.h"
 #include "rules/templaterules.h"
@@ -40,6 +41,7 @@ struct XSLTProcessor::PartsOfRun {
   StartTags tags;
   Collations collators;
   NumberCounts counts;
+  NumberFormats numberFormats;
 };
 
 XSLTProcessor::XSLTProcessor(DocumentManager* manager)
@@ -97,6 +99,7 @@ void XSLTProcessor::Reset() {
   Tags = &run_->tags;
   Collators = &run_->collators;
   Counts = &run_->counts;
+  NumberFormatting = &run_->numberFormats;
   Modules->BeginRun();
   PrepareRun(Keys);
   Rules->RegisterBuiltInRules(process_->builtIn->Root());

@@ -1,5 +1,8 @@
 // ExpressionText: an expression of the stylesheet with the attribute that holds it. It remembers
 // its parsed form, so that running it again neither hashes nor compares the text.
+//
+// This room holds what all others rest on: errors, expression texts, maps by node and by name,
+// lists of names, the pool of small objects.
 #pragma once
 
 #include "tqcore/tqstring.h"

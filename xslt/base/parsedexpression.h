@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xpath/xpathexpression.h"
 

@@ -1,3 +1,12 @@
+// A list of cells that share their tails, like the environments of an interpreter: each scope is a
+// pointer into it. From kIndexedSize cells on every cell has an index of all below it, a trie that
+// shares all but one path with the one before: a persistent structure made by path copying
+// (Driscoll, Sarnak, Sleator, Tarjan, "Making Data Structures Persistent", 1989) over the bits of
+// hashes (Bagwell, "Ideal Hash Trees", 2001), with two branches a node.
+//
+// The trap is ownership. A link says by its lowest bit whether its holder frees the cell; a copy of
+// a map borrows, so the frame that made it must go first. Nodes of tries are shared and counted;
+// cells are not.
 #include "xslt/variablemap.h"
 
 #include <utility>
@@ -29,12 +38,8 @@ struct VariableMap::TrieNode {
 
 namespace {
 
-// Names are short, so a simple mixture will do. The last step spreads it into the low bits, which
-// the trie takes first.
 std::uint32_t HashOf(std::u16string_view name) {
-  std::uint64_t hash = name.size();
-  for (const char16_t unit : name) hash = (hash ^ unit) * 0x9E3779B97F4A7C15u;
-  return static_cast<std::uint32_t>(hash >> 32);
+  return static_cast<std::uint32_t>(HashText(name));
 }
 
 constexpr int Bit(std::uint32_t hash, int level) {

@@ -2,6 +2,7 @@
 
 #include "base/namelist.h"
 #include "engine/instruction.h"
+#include "output/outputmethod.h"
 #include "tqcore/tqtext.h"
 #include "xpath/xpathexpression.h"
 #include "xslt/tqxslterror.h"
@@ -69,7 +70,8 @@ void LevelValue(Element /*element*/, XPathNode* attribute, XsltCode error) {
 
 void MethodValue(Element /*element*/, XPathNode* attribute, XsltCode error) {
   const std::u16string_view value = ValueOf(attribute);
-  const bool isKnown = value == u"xml" || value == u"html" || value == u"text";
+  const OutputMethod* method = FindOutputMethod(value);
+  const bool isKnown = method != nullptr && value == method->name;  // here the case counts
   CheckValue(isKnown || (IsQName(value) && !PrefixOf(value).empty()), attribute, error);
 }
 

@@ -1,3 +1,10 @@
+// One walk without recursion, with the codes of the open elements on a stack, since what a node may
+// be depends on its parent's code alone. At each element the row of its code is applied column by
+// column; a literal result has no row and is checked for its children only.
+//
+// The trap is the order of messages: the first fault ends the run, so what is looked at first is
+// what a user reads. Attributes are therefore collected before any of them is judged, and a
+// repeated one is reported when the walk is at the first of the two.
 #include "checks/elementdispatcher.h"
 
 #include <array>

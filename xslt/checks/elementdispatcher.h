@@ -4,6 +4,8 @@
 // the processor. Expressions and attribute value templates stay text.
 //
 // Each check raises TQXSLTError at once, so the first fault in document order ends the run.
+//
+// This room holds what a stylesheet must be before it runs: the rules of its elements as tables.
 #pragma once
 
 #include <cstdint>

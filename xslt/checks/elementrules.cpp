@@ -1,3 +1,10 @@
+// The rules of XSLT 1.0 for its own elements, as rows: kRules has one an element, and the lists in
+// front of it are what its columns share. The walk that applies them is ElementDispatcher.
+//
+// The order inside a row is what a user sees when several things are wrong: place, attributes,
+// children, then the checks from the first to the last, each with its error. A check that reads a
+// value relies on those in front of it, so Required or NotEmpty stand before what takes a name
+// apart.
 #include "checks/elementrules.h"
 
 #include <algorithm>

@@ -1,9 +1,17 @@
+// What an instruction reads of its attributes, taken out of the tree once. An expression or an
+// attribute value template stays with its attribute node, since errors name that; names are
+// expanded and switches decided, as far as the stylesheet alone settles them.
+//
+// The trap: makers run behind all checks of their element and in front of its children. They take
+// a value for well-formed, and what they raise all the same, such as an unbound prefix in a list,
+// comes after every other fault of the element.
 #include "checks/recordmakers.h"
 
 #include "base/namelist.h"
 #include "engine/instruction.h"
 #include "keys/keytables.h"
 #include "tqcore/tqtext.h"
+#include "xpath/qualifiedname.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora::makers {
@@ -13,14 +21,7 @@ namespace {
 using A = XsltAttribute;
 
 TQString ExpandedName(Element element) {
-  return XSLTProcessorBase::ExpandName(element.Value(A::Name), element.node->ScopeMap());
-}
-
-// "uri:local", the local part for no prefix and for one that is bound to nothing.
-TQString NameOrLocalPart(std::u16string_view name, const PrefixMap& map) {
-  const InternedURI uri = PrefixOf(name).empty() ? nullptr : map.Lookup(PrefixOf(name));
-  if (uri == nullptr || uri->IsEmpty()) return LocalPartOf(name);
-  return XSLTProcessorBase::ExpandName(name, map);
+  return ExpandName(element.Value(A::Name), element.node->ScopeMap());
 }
 
 ExpressionText TextOf(Element element, XsltAttribute attribute) {
@@ -90,7 +91,8 @@ RecordPtr Copy(Element element) {
 RecordPtr DecimalFormatElement(Element element) {
   auto record = std::make_unique<DecimalFormatRecord>();
   record->NameNode = element.Attribute(A::Name);
-  record->Name = NameOrLocalPart(element.Value(A::Name), element.node->ScopeMap());
+  record->Name =
+      ExpandName(element.Value(A::Name), element.node->ScopeMap(), UnboundPrefix::DropPrefix);
   DecimalFormat& format = record->Format;
   SetUnit(format.decimalSeparator, element, A::DecimalSeparator);
   SetUnit(format.groupingSeparator, element, A::GroupingSeparator);
@@ -169,7 +171,7 @@ RecordPtr Output(Element element) {
   record->MediaType = element.Attribute(A::MediaType);
   ForEachName(element.Value(A::CdataSectionElements), [&](std::u16string_view name) {
     record->CdataElements += u' ';
-    record->CdataElements += NameOrLocalPart(name, element.node->ScopeMap());
+    record->CdataElements += ExpandName(name, element.node->ScopeMap(), UnboundPrefix::DropPrefix);
   });
   record->OmitDeclarationValue = element.IsYes(A::OmitXmlDeclaration);
   record->StandaloneValue = element.IsYes(A::Standalone);

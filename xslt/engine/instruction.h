@@ -2,6 +2,9 @@
 // calls another instruction: it pushes a frame and returns, and gets control again through Resume
 // when that frame has left the stack. All state between steps lies in its fields and its frame, so
 // every instruction is a small state machine; each class says its states in a comment.
+//
+// This room holds what runs: frames, steps, instructions, the evaluation of expressions for them,
+// and the making of result nodes.
 #pragma once
 
 #include <memory>

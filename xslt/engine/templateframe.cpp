@@ -85,7 +85,7 @@ namespace {
 
 // The attribute use-attribute-sets runs as an instruction, of a literal result element in the XSLT
 // namespace, of an element of XSLT in none.
-bool IsUseAttributeSets(const XPathNode* node) {
+bool RunsAttributeSets(const XPathNode* node) {
   return node->kind == XPathNodeKind::Attribute &&
          XsltAttributeNames::Code(node) == XsltAttribute::UseAttributeSets &&
          (node->namespaceURI != nullptr || IsXsltURI(node->parent->namespaceURI));
@@ -99,7 +99,7 @@ void TemplateFrame::MakeInstruction() {
   const StylesheetIndex::Entry entry = Processor->Index->Find(CurrentNode);
   if (entry.code != XsltElement::Literal) {
     Instruction = kelmora::MakeInstruction(entry.code, Processor);
-  } else if (IsUseAttributeSets(CurrentNode)) {
+  } else if (RunsAttributeSets(CurrentNode)) {
     Instruction = MakeUseAttributeSetsInstruction(Processor);
   } else if (CurrentNode->kind == XPathNodeKind::Element && IsXsltURI(CurrentNode->namespaceURI)) {
     if (Parent == nullptr || !Parent->AllowUnknown) {

@@ -1,5 +1,6 @@
 #include "engine/xpathevaluator.h"
 
+#include "names/xsltnames.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
@@ -14,6 +15,10 @@ void XPathEvaluator::OnMissingVariable(std::u16string_view key) {
 
 XPathNode* XPathEvaluator::LoadDocument(const TQString& uri, XPathNode* /*baseNode*/) {
   return processor_->LoadDocumentTree(uri);
+}
+
+bool XPathEvaluator::HasElement(std::u16string_view localName) const {
+  return XsltElementNames::Code(localName) != XsltElement::Literal;
 }
 
 const XPathValue* FrameVariables::Find(std::u16string_view key) const {

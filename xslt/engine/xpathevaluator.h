@@ -16,6 +16,7 @@ class XPathEvaluator final : public XPathExpression {
 
   void OnMissingVariable(std::u16string_view key) override;
   XPathNode* LoadDocument(const TQString& uri, XPathNode* baseNode) override;
+  bool HasElement(std::u16string_view localName) const override;
 
   // The expanded name of the variable that the last evaluation missed; empty when it missed none.
   const TQString& MissingVariable() const { return missingVariable_; }

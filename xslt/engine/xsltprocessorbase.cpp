@@ -121,17 +121,4 @@ TQString XSLTProcessorBase::TakeMessage() {
   return std::exchange(TerminateMessage, TQString());
 }
 
-TQString XSLTProcessorBase::ExpandName(std::u16string_view name, const PrefixMap& map) {
-  const std::u16string_view prefix = PrefixOf(name);
-  const InternedURI uri = prefix.empty() ? nullptr : map.Lookup(prefix);
-  if (uri == nullptr || uri->IsEmpty()) return name;
-  TQString expanded;
-  const std::u16string_view local = LocalPartOf(name);
-  expanded.Reserve(uri->Length() + 1 + static_cast<int>(local.size()));
-  expanded += *uri;
-  expanded += u':';
-  expanded += local;
-  return expanded;
-}
-
 }  // namespace kelmora

@@ -5,6 +5,8 @@
 //   selection,
 //              unless that was done
 //   applying   one rule after the other, NextIndex saying which is next
+//
+// This room holds the instructions that decide what runs next, and in which context.
 #pragma once
 
 #include <cstddef>

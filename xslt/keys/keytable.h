@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "base/expressiontext.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xpath/xpathvalue.h"

@@ -1,5 +1,7 @@
 // KeyTables: Keys of the processor, the keys of all stylesheets by their expanded names. Answers
 // key() and indexes a tree when the first key() asks for it.
+//
+// This room holds xsl:key: the tables and their element.
 #pragma once
 
 #include <map>

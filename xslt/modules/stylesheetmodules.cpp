@@ -1,3 +1,11 @@
+// The two ways in which one stylesheet names another differ in when they act. xsl:import runs as an
+// instruction and pushes the other's element; xsl:include changes the tree before anything runs:
+// copies of the other's children take its place, and imports among them go to the imports in front.
+//
+// The trap is that a loaded tree serves all that name it. So it is copied and never moved, a copy
+// takes the document number of where it goes, and keeps the base URI of where it came from, which
+// relative names in it and messages about it need. Index, checks and keys know trees and nodes by
+// address: what is replaced must be forgotten there before it is deleted.
 #include "modules/stylesheetmodules.h"
 
 #include <algorithm>

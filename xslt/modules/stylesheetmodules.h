@@ -4,12 +4,16 @@
 // surgery: its element gives way to copies of what the named stylesheet holds, before any child of
 // the including element runs. Copies keep the sources of the nodes that they were made of, so
 // errors in them name the file that they stood in.
+//
+// This room holds the stylesheet as a whole: its files, imports, includes and top-level elements,
+// and the built-in rules.
 #pragma once
 
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 

@@ -53,8 +53,11 @@ bool IsXsltURI(InternedURI uri) {
 }
 
 XsltElement XsltElementNames::Code(const XPathNode* node) {
-  if (!IsXsltURI(node->namespaceURI)) return XsltElement::Literal;
-  return CodeOf(kElements, node->GetLocalName(), XsltElement::Literal);
+  return IsXsltURI(node->namespaceURI) ? Code(node->GetLocalName()) : XsltElement::Literal;
+}
+
+XsltElement XsltElementNames::Code(std::u16string_view localName) {
+  return CodeOf(kElements, localName, XsltElement::Literal);
 }
 
 XsltAttribute XsltAttributeNames::Code(const XPathNode* attribute) {

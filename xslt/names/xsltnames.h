@@ -1,4 +1,7 @@
 // The names of XSLT: a code for each element and each attribute. Both tables lie in .def files.
+//
+// This room holds what the nodes of a stylesheet are and have: codes, records, and the index of
+// both.
 #pragma once
 
 #include <algorithm>
@@ -7,10 +10,9 @@
 #include <string_view>
 
 #include "xmltree/xpathnode.h"
+#include "xpath/qualifiedname.h"
 
 namespace kelmora {
-
-inline constexpr std::u16string_view kXsltNamespace = u"http://www.w3.org/1999/XSL/Transform";
 
 // The elements by their codes.
 enum class XsltElement : std::int32_t {
@@ -54,6 +56,7 @@ class XsltElementNames {
  public:
   // Literal outside of the XSLT namespace and for names that XSLT does not have.
   static XsltElement Code(const XPathNode* node);
+  static XsltElement Code(std::u16string_view localName);  // in the XSLT namespace
 };
 
 class XsltAttributeNames {

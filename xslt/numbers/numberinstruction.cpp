@@ -7,6 +7,8 @@
 #include "engine/resultconstruction.h"
 #include "names/elementrecord.h"
 #include "numbers/numbercounter.h"
+#include "numbers/numbercounts.h"
+#include "numbers/numberformats.h"
 #include "xslt/xsltprocessorbase.h"
 
 namespace kelmora {
@@ -33,9 +35,19 @@ TQString DefaultCount(const XPathNode& node) {
       return u"processing-instruction()";
     case XPathNodeKind::Comment:
       return u"comment()";
-    default:
-      return node.GetName();
+    case XPathNodeKind::Root:
+    case XPathNodeKind::Element:
+    case XPathNodeKind::Namespace:
+    case XPathNodeKind::XMLDeclaration:
+    case XPathNodeKind::DocType:
+    case XPathNodeKind::ExternalID:
+    case XPathNodeKind::DTDElement:
+    case XPathNodeKind::DTDAttlist:
+    case XPathNodeKind::DTDEntity:
+    case XPathNodeKind::DTDNotation:
+      break;
   }
+  return node.GetName();
 }
 
 }  // namespace
@@ -74,7 +86,7 @@ bool NumberInstruction::Execute() {
     numbers = CountNodes(node);
   }
   if (numbers.empty()) return true;
-  NumberFormat& formatter = Processor->Counts->FormatOf(format, Grouping);
+  NumberFormat& formatter = Processor->NumberFormatting->FormatOf(format, Grouping);
   AppendResult(*OutputNode, MakeText(formatter.FormatNumbers(numbers)));
   return true;
 }

@@ -10,18 +10,6 @@
 
 namespace kelmora {
 
-namespace {
-
-// "uri:local" for a bound prefix, the local part otherwise.
-TQString ExpandSetName(std::u16string_view name, const PrefixMap& scope) {
-  const std::u16string_view prefix = PrefixOf(name);
-  const InternedURI uri = prefix.empty() ? nullptr : scope.Lookup(prefix);
-  if (uri == nullptr) return LocalPartOf(name);
-  return *uri + u":" + LocalPartOf(name);
-}
-
-}  // namespace
-
 bool AttributeSetInstruction::Execute() {
   Begin();
   const TemplateFrame* user = Frame().Parent;
@@ -44,7 +32,8 @@ bool AttributeSetInstruction::Execute() {
 void AttributeSetInstruction::Register() {
   XPathNode* element = Frame().CallingNode;
   const auto& record = static_cast<const AttributeSetRecord&>(*Record);
-  const TQString name = ExpandSetName(record.Name->GetValue(), element->AttributeScopeMap());
+  const TQString name =
+      ExpandName(record.Name->GetValue(), element->AttributeScopeMap(), UnboundPrefix::DropPrefix);
   Processor->Declared->AddAttributeSet(name, element);
 }
 
@@ -67,7 +56,7 @@ bool AttributeSetInstruction::AttributeIsSet(XPathNode* child) const {
   if (name == nullptr) throw TQXSLTError(XsltCode::NameExpected, child);
   const TemplateFrame* use = Frame().Parent;
   const XPathNode* user = use->CallingNode->parent;
-  while (use->Parent != nullptr && IsUseAttributeSets(*use->CallingNode)) use = use->Parent;
+  while (use->Parent != nullptr && NamesAttributeSets(*use->CallingNode)) use = use->Parent;
   const std::u16string_view prefix = PrefixOf(name->GetValue());
   const InternedURI uri = use->CallingNode->AttributeScopeMap().Lookup(prefix);
   const std::u16string_view local = LocalPartOf(name->GetValue());
@@ -90,7 +79,7 @@ bool AttributeSetInstruction::Resume() {
   XPathNode* next = NextContent(cursor);
   if (InUsedSets) {
     while (next != nullptr && next->kind == XPathNodeKind::Attribute &&
-           !IsUseAttributeSets(*next)) {
+           !NamesAttributeSets(*next)) {
       next = NextContent(next);
     }
     InUsedSets = next != nullptr && next->kind == XPathNodeKind::Attribute;
@@ -119,7 +108,8 @@ bool UseAttributeSetsInstruction::Execute() {
 
 void UseAttributeSetsInstruction::OpenSet() {
   XPathNode* attribute = Frame().CallingNode;
-  const TQString name = ExpandSetName(Names[NameCursor], attribute->AttributeScopeMap());
+  const TQString name =
+      ExpandName(Names[NameCursor], attribute->AttributeScopeMap(), UnboundPrefix::DropPrefix);
   Definitions = Processor->Declared->FindAttributeSet(name);
   if (Definitions == nullptr) throw TQXSLTError(XsltCode::UndefinedAttributeSet, attribute);
   DefinitionCursor = 0;

@@ -12,7 +12,7 @@ namespace {
 XPathNode* SkipXsltAttributes(XPathNode* node) {
   while (node != nullptr && node->kind == XPathNodeKind::Attribute &&
          node->namespaceURI != nullptr && IsXsltURI(node->namespaceURI) &&
-         !IsUseAttributeSets(*node)) {
+         !NamesAttributeSets(*node)) {
     node = NextContent(node);
   }
   return node;

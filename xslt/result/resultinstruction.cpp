@@ -124,7 +124,7 @@ void ResultInstruction::AddResultAttribute(OwnedTree attribute) {
   OwnsOutput = true;
 }
 
-bool IsUseAttributeSets(const XPathNode& node) {
+bool NamesAttributeSets(const XPathNode& node) {
   return node.kind == XPathNodeKind::Attribute &&
          XsltAttributeNames::Code(&node) == XsltAttribute::UseAttributeSets;
 }
@@ -148,7 +148,7 @@ bool SetUsingInstruction::Resume() {
   }
   XPathNode* next = NextContent(cursor);
   while (next != nullptr && next->kind == XPathNodeKind::Attribute) {
-    if (InAttributeSets && IsUseAttributeSets(*next)) break;
+    if (InAttributeSets && NamesAttributeSets(*next)) break;
     next = NextContent(next);
   }
   if (next == nullptr) {

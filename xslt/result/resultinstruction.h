@@ -1,5 +1,8 @@
 // ResultInstruction: what the instructions share that hang an element, attribute or copy into the
 // result and may make it the output of their children.
+//
+// This room holds the instructions that make nodes of the result, and the namespaces of what they
+// make.
 #pragma once
 
 #include <string_view>
@@ -56,7 +59,7 @@ class SetUsingInstruction : public ResultInstruction {
   bool InAttributeSets = false;
 };
 
-// An attribute of code use-attribute-sets, which runs as an instruction of its own.
-bool IsUseAttributeSets(const XPathNode& node);
+// An attribute of code use-attribute-sets, in whatever namespace.
+bool NamesAttributeSets(const XPathNode& node);
 
 }  // namespace kelmora

@@ -1,3 +1,12 @@
+// What an element of the result has to declare is worked out by its definition: each entry of the
+// origin's scope against the scope at the output. That walk is left out where the same two scopes
+// came to nothing before (Settled, SettledPair, Reconciled). Scopes compare by identity
+// (PrefixMap::SharesWith) and never by content; a map that is held is never changed in place, so an
+// outcome stays true as long as it is remembered.
+//
+// The trap: an outcome depends on more than the two scopes. All that Declare looks at beside them
+// must stand in Settled and be compared in IsSettled. And a declaration changes the scope that the
+// next entry is held against, so the order of entries is part of the result.
 #include "result/resultscope.h"
 
 #include <algorithm>

@@ -126,9 +126,7 @@ bool StartTags::UpdateIndex(XPathNode& element) {
 }
 
 std::size_t StartTags::AttributeHash::operator()(const AttributeKey& key) const {
-  constexpr std::size_t kSpread = 0x9E3779B97F4A7C15u;
-  return std::hash<std::u16string_view>()(key.localName) ^
-         (std::hash<InternedURI>()(key.uri) * kSpread);
+  return HashName(key.localName, key.uri);
 }
 
 std::size_t StartTags::AttributeHash::operator()(const XPathNode* node) const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "engine/resultconstruction.h"
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 

@@ -10,13 +10,13 @@
 #include <vector>
 
 #include "rules/templaterule.h"
+#include "tqcore/texthash.h"
 #include "xmltree/xpathnode.h"
 
 namespace kelmora {
 
 class RuleIndex {
  public:
-  void Clear() { modes_.clear(); }
   // Rules are added with ascending Rank.
   void Add(TemplateRule* rule);
 
@@ -58,7 +58,7 @@ class RuleIndex {
 
   struct NodeLists {
     std::vector<TemplateRule*> any;
-    std::unordered_map<std::u16string_view, std::vector<TemplateRule*>> named;
+    std::unordered_map<std::u16string_view, std::vector<TemplateRule*>, TextHash> named;
   };
   struct ModeLists {
     std::array<NodeLists, ClassCount> classes;

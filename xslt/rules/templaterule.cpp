@@ -57,7 +57,7 @@ TemplateRule::TemplateRule(XPathNode* templateNode, XPathNode* matchNode, TQStri
   if (XPathNode* name = FindAttribute(templateNode, u"name")) {
     if (!IsQName(name->GetValue())) throw TQXSLTError(XsltCode::NotAQName, name);
     Name = name->GetValue();
-    ExpandedName = XSLTProcessorBase::ExpandName(Name, templateNode->ScopeMap());
+    ExpandedName = ExpandName(Name, templateNode->ScopeMap());
   }
   Pattern.Text = std::move(pattern);
   Pattern.Holder = matchNode;

@@ -1,3 +1,14 @@
+// The rule for a node is the first in the order of rules whose pattern has it (XSLT 1.0, 5.5). The
+// rules lie in one vector, the other way round: what is registered later has a higher precedence
+// and goes behind, so a rule's index, its Rank, never changes. A selection goes down the candidates
+// that RuleIndex has for the node's mode, kind and name, and takes the first that holds.
+//
+// Whether a rule holds is asked in one of two ways. What SimplePattern can take is tested at the
+// node. Any other pattern runs once per document as a query from all its nodes, and the rule keeps
+// which nodes came out (MatchSets).
+//
+// The trap is failure: a query raises when a selection reaches its rule and not earlier, so no rule
+// may be asked before its turn, nor left out as long as its pattern can fail.
 #include "rules/templaterules.h"
 
 #include <algorithm>
@@ -9,6 +20,8 @@
 #include "names/elementrecord.h"
 #include "names/stylesheetindex.h"
 #include "tqcore/tqtext.h"
+#include "xpath/alternatives.h"
+#include "xpath/qualifiedname.h"
 #include "xpath/simplepattern.h"
 #include "xslt/tqxslterror.h"
 #include "xslt/xsltprocessorbase.h"
@@ -27,37 +40,6 @@ XPathNode* FindAnyAttribute(const XPathNode* element, std::u16string_view localN
   return nullptr;
 }
 
-// The text of a mode by the map: "uri:local", the local part alone for a prefix bound to nothing.
-TQString ExpandMode(std::u16string_view mode, const PrefixMap& map) {
-  const std::u16string_view prefix = PrefixOf(mode);
-  const PrefixMap::Entry* entry = prefix.empty() ? nullptr : map.Find(prefix);
-  if (entry == nullptr) return mode;
-  if (entry->uri == nullptr || entry->uri->IsEmpty()) return LocalPartOf(mode);
-  return XSLTProcessorBase::ExpandName(mode, map);
-}
-
-// Cuts a match text at each "|" that stands in neither a string nor a predicate. `each` gets the
-// alternatives and whether it is the last; a text without "|" is its only one.
-template <class Each>
-void SplitAlternatives(std::u16string_view patterns, Each each) {
-  std::size_t start = 0;
-  char16_t closing = 0;  // ends the string or predicate that is open
-  for (std::size_t at = 0; at < patterns.size(); ++at) {
-    const char16_t unit = patterns[at];
-    if (closing != 0) {
-      if (unit == closing) closing = 0;
-    } else if (unit == u'[') {
-      closing = u']';
-    } else if (unit == u'\'' || unit == u'"') {
-      closing = unit;
-    } else if (unit == u'|') {
-      each(patterns.substr(start, at - start), false);
-      start = at + 1;
-    }
-  }
-  each(patterns.substr(start), true);
-}
-
 }  // namespace
 
 ModeId TemplateRules::InternMode(std::u16string_view expanded) {
@@ -71,7 +53,7 @@ ModeId TemplateRules::InternMode(std::u16string_view expanded) {
 ModeId TemplateRules::ResolveMode(std::u16string_view mode, const XPathNode* scopeNode) {
   if (mode.empty()) return kNoMode;
   if (PrefixOf(mode).empty()) return InternMode(mode);
-  return InternMode(ExpandMode(mode, scopeNode->ScopeMap()));
+  return InternMode(ExpandName(mode, scopeNode->ScopeMap(), UnboundPrefix::DropIfDeclared));
 }
 
 void TemplateRules::RegisterBuiltInRules(XPathNode* builtInRoot) {
@@ -106,7 +88,7 @@ void TemplateRules::RegisterTemplate(XPathNode* templateNode, std::int32_t prece
   patterns.Replace(u'\n', u' ');
   auto sequence = static_cast<std::int32_t>(rules_.size());
   bool isSplit = false;
-  SplitAlternatives(TrimView(patterns, kBlanks), [&](std::u16string_view pattern, bool isLast) {
+  ForEachAlternative(TrimView(patterns, kBlanks), [&](std::u16string_view pattern, bool isLast) {
     if (isSplit && isLast && pattern.empty()) {
       throw TQXSLTError(XsltCode::UnexpectedValue, matchNode);
     }
@@ -133,13 +115,7 @@ void TemplateRules::AddRule(std::unique_ptr<TemplateRule> rule) {
 
 void TemplateRules::SortNewRules() {
   const auto before = [](const auto& a, const auto& b) { return RuleBefore(*b, *a); };
-  const auto middle = rules_.begin() + static_cast<std::ptrdiff_t>(sorted_);
-  std::sort(middle, rules_.end(), before);
-  if (sorted_ > 0 && middle != rules_.end() && !before(*(middle - 1), *middle)) {
-    std::inplace_merge(rules_.begin(), middle, rules_.end(), before);
-    index_.Clear();
-    sorted_ = 0;
-  }
+  std::sort(rules_.begin() + static_cast<std::ptrdiff_t>(sorted_), rules_.end(), before);
   for (; sorted_ < rules_.size(); ++sorted_) {
     TemplateRule* rule = rules_[sorted_].get();
     rule->Rank = static_cast<std::int32_t>(sorted_);
@@ -152,7 +128,6 @@ void TemplateRules::SortNewRules() {
 
 // A pattern that does not parse stays a query, which raises when a selection reaches the rule.
 void TemplateRules::Classify(TemplateRule& rule) {
-  if (rule.Simple != nullptr) return;
   const ParsedExpression& parsed = processor_->TryParse(rule.Pattern, kTemplatePattern);
   if (parsed.tree == nullptr) return;
   auto simple = SimplePattern::Classify(parsed.tree, rule.NamespaceNode()->AttributeScopeMap(),

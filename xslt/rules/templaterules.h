@@ -3,6 +3,8 @@
 // Rules stay sorted, so that the right rule is the first one in order whose pattern has the node.
 // Every registration has a higher precedence than those before it, so sorting it means sorting the
 // new rules alone and putting them in front.
+//
+// This room holds template rules: their order, their index by node, and the choice of one.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +17,7 @@
 #include "base/documentkey.h"
 #include "rules/ruleindex.h"
 #include "rules/templaterule.h"
+#include "tqcore/texthash.h"
 
 namespace kelmora {
 
@@ -62,7 +65,7 @@ class TemplateRules {
   std::size_t sorted_ = 0;                            // rules_ up to here are in order and indexed
   RuleIndex index_;
   DocumentKeys documents_;
-  std::unordered_map<std::u16string_view, NamedRules> named_;  // by ExpandedName
+  std::unordered_map<std::u16string_view, NamedRules, TextHash> named_;  // by ExpandedName
   std::unordered_map<TQString, ModeId, TextHash, TextEqual> modes_{{u"", kNoMode},
                                                                    {u"?", kAnyMode}};
 };

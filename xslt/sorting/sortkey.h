@@ -1,6 +1,8 @@
 // SortKey: the values of one xsl:sort, one for each entry of the list that is to be sorted, added
 // in the order of the list. All values are computed before the first comparison, in a form that
 // compares fast: a text as the key of bytes of its collation, a number as 64 bits in order.
+//
+// This room holds the keys of sorts and the collations that they compare by.
 #pragma once
 
 #include <cstddef>

@@ -237,7 +237,7 @@ std::string RandomNamespaces(std::mt19937& random, int depth) {
   }
   const std::string name = prefix.empty() ? "e" : prefix + ":e";
   std::string text = "<" + name + declarations + ">";
-  for (unsigned child = 0, count = depth == 0 ? 0 : random() % 4; child < count; ++child) {
+  for (std::size_t child = 0, count = depth == 0 ? 0 : random() % 4; child < count; ++child) {
     text += RandomNamespaces(random, depth - 1);
   }
   return text + "</" + name + ">";

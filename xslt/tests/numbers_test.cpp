@@ -171,7 +171,7 @@ TEST(Numbers, AtRoot) {
 std::string RandomElement(std::mt19937& random, int depth) {
   const std::string name(1, static_cast<char>('a' + random() % 3));
   std::string text = "<" + name + (random() % 4 == 0 ? " k='1'" : "") + ">";
-  const unsigned children = depth == 0 ? 0 : random() % (random() % 8 == 0 ? 60 : 4);
+  const std::size_t children = depth == 0 ? 0 : random() % (random() % 8 == 0 ? 60 : 4);
   for (unsigned child = 0; child < children; ++child) {
     if (random() % 4 == 0) text += "<!--c-->t";
     text += RandomElement(random, children > 20 ? 0 : depth - 1);

@@ -32,7 +32,7 @@ std::string RandomTexts(std::mt19937& random, int depth) {
       "<xsl:for-each select='//t/text()'><xsl:copy/></xsl:for-each>",
       "<xsl:comment>c</xsl:comment>"};
   std::string text = "<e>";
-  for (unsigned piece = 0, count = random() % 9; piece < count; ++piece) {
+  for (std::size_t piece = 0, count = random() % 9; piece < count; ++piece) {
     text += depth > 0 && random() % 6 == 0 ? RandomTexts(random, depth - 1)
                                            : kPieces[random() % std::size(kPieces)];
   }
@@ -64,7 +64,7 @@ TEST(Shortcuts, JoinedTextsEqualSeparateOnes) {
 // Content of a variable with nodes that were made and copies of others, each text another one.
 std::string RandomFragment(std::mt19937& random, int depth, int& texts) {
   std::string body;
-  for (unsigned piece = 0, count = 1 + random() % 5; piece < count; ++piece) {
+  for (std::size_t piece = 0, count = 1 + random() % 5; piece < count; ++piece) {
     const std::string text = std::to_string(++texts) + ",";
     const std::string nested = depth > 0 ? RandomFragment(random, depth - 1, texts) : text;
     const std::string node = "//node()[not(self::r)][" + std::to_string(1 + random() % 9) + "]";
@@ -120,7 +120,7 @@ std::string RandomContent(std::mt19937& random, int depth) {
   static const char* const kPieces[] = {"t",        "<a>1</a>", "<b k='v'/>",
                                         "<!--c-->", "<?p i?>",  "<c>x</c>"};
   std::string text;
-  for (unsigned piece = 0, count = random() % 5; piece < count; ++piece) {
+  for (std::size_t piece = 0, count = random() % 5; piece < count; ++piece) {
     const bool nests = depth > 0 && random() % 2 == 0;
     text += nests ? "<d n='1'>" + RandomContent(random, depth - 1) + "</d>"
                   : kPieces[random() % std::size(kPieces)];

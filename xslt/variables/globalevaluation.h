@@ -6,6 +6,8 @@
 // definition began is taken back, a new try of it is pushed, and on top of that the definition that
 // was missing, if the same stylesheet element has it. A definition that comes again while it is in
 // evaluation refers to itself.
+//
+// This room holds xsl:variable, xsl:param and xsl:with-param.
 #pragma once
 
 #include <string_view>
@@ -13,6 +15,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/xpathnode.h"
 #include "xpath/xpathvalue.h"
@@ -38,7 +41,7 @@ class GlobalEvaluation {
   bool Retry(const TQXSLTError& error);
 
  private:
-  using ByName = std::unordered_map<std::u16string_view, XPathNode*>;
+  using ByName = std::unordered_map<std::u16string_view, XPathNode*, TextHash>;
 
   void MakeWay(const XPathNode* definingNode, Role role, const BindingRecord& binding);
   bool Remove(const XPathNode* definingNode, Role role, const TQString& name);

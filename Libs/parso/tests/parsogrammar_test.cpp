@@ -243,6 +243,11 @@ TEST(SystemGrammars, LoadThroughStreams) {
 }
 
 TEST(GrammarRuleTable, HoldsWhatTheGrammarHas) {
+  static constexpr std::u16string_view kNames[] = {
+#define GRAMMAR_RULE(name) u"" #name,
+#include "parso/grammarrule.def"
+#undef GRAMMAR_RULE
+  };
   const struct {
     GrammarKind kind;
     std::size_t present;
@@ -260,8 +265,8 @@ TEST(GrammarRuleTable, HoldsWhatTheGrammarHas) {
     std::vector<GrammarRule> absent;
     for (std::size_t i = 0; i < kGrammarRuleCount; ++i) {
       const auto rule = static_cast<GrammarRule>(i);
-      EXPECT_EQ(table[rule], grammar.FindRule(GrammarRuleName(rule)));
-      EXPECT_EQ(GrammarRuleFromName(GrammarRuleName(rule)), rule);
+      EXPECT_EQ(table[rule], grammar.FindRule(kNames[i]));
+      EXPECT_EQ(GrammarRuleFromName(kNames[i]), rule);
       if (table[rule] == nullptr) {
         absent.push_back(rule);
       } else {

@@ -109,7 +109,7 @@ void CompareOn(const char16_t* file, int rounds, double leastMatches) {
   EXPECT_LT(tally.matches, tally.texts * 0.9);
 }
 
-TEST(FastRun, EqualsPlainRunOnRandomGrammars) {
+TEST(ParsoMachine, EqualsPlainRunOnRandomGrammars) {
   constexpr int kGrammars = 1500;
   constexpr int kTexts = 12;
   std::mt19937 random(FreshSeed());
@@ -129,23 +129,23 @@ TEST(FastRun, EqualsPlainRunOnRandomGrammars) {
   EXPECT_GT(tally.matches, tally.texts / 4) << "of " << tally.texts << " texts";
 }
 
-TEST(FastRun, EqualsPlainRunXml) {
+TEST(ParsoMachine, EqualsPlainRunXml) {
   CompareOn(u"gra_xml.txt", 100, 0.4);
 }
-TEST(FastRun, EqualsPlainRunDtd) {
+TEST(ParsoMachine, EqualsPlainRunDtd) {
   CompareOn(u"gra_dtd.txt", 100, 0.4);
 }
-TEST(FastRun, EqualsPlainRunEntity) {
+TEST(ParsoMachine, EqualsPlainRunEntity) {
   CompareOn(u"gra_ent.txt", 300, 0.4);
 }
-TEST(FastRun, EqualsPlainRunLax) {
+TEST(ParsoMachine, EqualsPlainRunLax) {
   CompareOn(u"gra_3dml.txt", 300, 0.4);
 }
-TEST(FastRun, EqualsPlainRunRegExp) {
+TEST(ParsoMachine, EqualsPlainRunRegExp) {
   CompareOn(u"gra_re.txt", 300, 0.4);
 }
 
-TEST(FastRun, KnowsAllSystemGrammars) {
+TEST(ParsoMachine, KnowsAllSystemGrammars) {
   for (const char16_t* file :
        {u"gra_xml.txt", u"gra_dtd.txt", u"gra_ent.txt", u"gra_3dml.txt", u"gra_re.txt"}) {
     const ParsoGrammar& grammar = SystemGrammar(file);
@@ -157,7 +157,7 @@ TEST(FastRun, KnowsAllSystemGrammars) {
 }
 
 // Runs end where they must wherever the text lies and however long it is.
-TEST(FastRun, EndsRuns) {
+TEST(ParsoMachine, EndsRuns) {
   ParsoUnitSet set;
   set.table.fill(1);
   for (const char16_t refused : {u'\0', u'<', u'&'}) set.table[refused] = 0;
@@ -178,7 +178,7 @@ TEST(FastRun, EndsRuns) {
   }
 }
 
-TEST(FastRun, TakesNoUnitZero) {
+TEST(ParsoMachine, TakesNoUnitZero) {
   const std::u16string text(u"<a>b\0c</a>", 10);
   EXPECT_EQ(Parse(SystemGrammar(u"gra_xml.txt"), text, {}),
             Parse(SystemGrammar(u"gra_xml.txt"), text, {}, CompareExactlyToo));

@@ -20,8 +20,8 @@ class TextMaker {
       for (const auto& rule : grammar.rules) {
         if (rule == nullptr) continue;
         const int height = HeightOf(*rule);
-        changed |= height < heights_.try_emplace(rule.get(), kEndless).first->second;
-        heights_[rule.get()] = height;
+        changed |= height < heights_.try_emplace(rule, kEndless).first->second;
+        heights_[rule] = height;
       }
     }
   }

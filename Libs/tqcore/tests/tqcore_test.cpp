@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tqcore/arena.h"
+#include "tqcore/processstate.h"
 #include "tqcore/resourcestrings.h"
 #include "tqcore/tqexcept.h"
 #include "tqcore/tqfactory.h"
@@ -92,9 +93,9 @@ TEST(TQText, Views) {
 TEST(TQExcept, ErrorText) {
   const TQExcept error(kAllocationFailed, 12, u"..\\..\\libs\\a/b");
   const auto text = [&](std::int32_t language, bool withLocation) {
-    TQExcept::language = language;
+    ProcessState::Of<TQExcept::Language>().number = language;
     const std::string bytes = ToNative(error.GetErrorText(withLocation));
-    TQExcept::language = 0;
+    ProcessState::Reset();
     return bytes;
   };
   EXPECT_EQ(text(0, false), "An error has occurred. (-1001)");

@@ -106,7 +106,7 @@ bool DtdReader::ReadAttlist(const XTreeDTDAttlist& list, const Place& place) {
 bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& elementName,
                                   View text, const Place& place) {
   TQString expanded;
-  if (!ExpandEntityReferences(&list, text, expanded, {.withParameterEntities = true})) {
+  if (!expander_.ExpandEntityReferences(&list, text, expanded, {.withParameterEntities = true})) {
     return false;
   }
   expanded.TrimLeft(kXmlSpaces);
@@ -115,7 +115,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   const auto parsed =
       model_.ParseFragment(expanded, u"attlistText", XTreeKind::DTDAttlist, place.kind);
   if (parsed == nullptr) {
-    if (Postpone()) return true;
+    if (expander_.Postpone()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
   }
   // The root holds the items of the first definition, and a list for each further one.
@@ -123,7 +123,7 @@ bool DtdReader::ReadAttributeText(const XTreeDTDAttlist& list, const TQString& e
   for (const auto* definition = static_cast<const XTreeDTDAttlist*>(parsed->root);
        definition != nullptr; definition = NextList(definition, parsed->root)) {
     if (!IsComplete(*definition)) {
-      if (Postpone()) return true;
+      if (expander_.Postpone()) return true;
       return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &list, elementName);
     }
     if (!ReadDefinition(element, *definition, list)) return false;
@@ -179,10 +179,10 @@ bool DtdReader::ReadDefinition(ElementDecl& element, const XTreeDTDAttlist& defi
 bool DtdReader::ReadTypeReference(AttributeDecl& attribute, const XTreeDTDAttlist& item,
                                   const XTreeDTDAttlist& list) {
   TQString text;
-  if (!ExpandEntityReferences(&list, item.text, text, {.withParameterEntities = true})) {
+  if (!expander_.ExpandEntityReferences(&list, item.text, text, {.withParameterEntities = true})) {
     return false;
   }
-  if (Postpone()) return true;
+  if (expander_.Postpone()) return true;
   int at = 0;
   TQString word = text.Tokenize(u"()| \t\r\n", at);
   for (const TypeName& type : kTypes) {
@@ -202,7 +202,8 @@ bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item,
                           const XTreeDTDAttlist& list) {
   for (const auto* name = NextItem(item.first); name != nullptr; name = NextItem(name->next)) {
     TQString text;
-    if (!ExpandEntityReferences(&list, name->text, text, {.withParameterEntities = true})) {
+    if (!expander_.ExpandEntityReferences(&list, name->text, text,
+                                          {.withParameterEntities = true})) {
       return false;
     }
     int at = 0;
@@ -217,7 +218,7 @@ bool DtdReader::ReadNames(AttributeDecl& attribute, const XTreeDTDAttlist& item,
 bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
                                 const XTreeDTDAttlist& list) {
   attribute.JoinEnumeration();
-  if (attribute.isID && !Postpone()) {
+  if (attribute.isID && !expander_.Postpone()) {
     if (element.idAttribute != nullptr) {
       return model_.Error().RecordError(ModelCode::SecondID, &list, attribute.name.local);
     }
@@ -229,7 +230,7 @@ bool DtdReader::CheckDefinition(ElementDecl& element, AttributeDecl& attribute,
   if (!attribute.isEnumeration || attribute.defaultValue.IsEmpty()) return true;
   const auto& names = attribute.enumeration;
   if (std::find(names.begin(), names.end(), attribute.defaultValue) != names.end()) return true;
-  if (Postpone()) return true;
+  if (expander_.Postpone()) return true;
   return model_.Error().RecordError(ModelCode::DefaultNotInEnumeration, &list,
                                     attribute.defaultValue);
 }

@@ -53,10 +53,11 @@ bool IsGroup(std::int32_t item) {
 bool DtdReader::ResolveName(const XTreeNode& node, View text, TQString& name) {
   name = text;
   if (text.find(u'%') == View::npos) return true;
-  const bool wasProvisional = std::exchange(provisional_, false);
-  if (!ExpandEntityReferences(&node, text, name, {.withParameterEntities = true})) return false;
-  const bool waits = Postpone();
-  provisional_ |= wasProvisional;
+  const bool wasProvisional = std::exchange(expander_.provisional, false);
+  if (!expander_.ExpandEntityReferences(&node, text, name, {.withParameterEntities = true}))
+    return false;
+  const bool waits = expander_.Postpone();
+  expander_.provisional |= wasProvisional;
   int cursor = 0;
   const TQString expanded = std::exchange(name, TQString());
   if (waits) return true;
@@ -83,7 +84,7 @@ bool DtdReader::ReadElement(const XTreeDTDElement& node, const Place& place) {
 bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place) {
   if (node.item != Item::PERef) return ReadGroup(element, node, node);
   TQString text;
-  if (!ExpandEntityReferences(&node, node.text, text, {.withParameterEntities = true})) {
+  if (!expander_.ExpandEntityReferences(&node, node.text, text, {.withParameterEntities = true})) {
     return false;
   }
   for (const ContentRule& candidate : kContentRules) {
@@ -95,7 +96,7 @@ bool DtdReader::ReadContent(ElementDecl& element, const XTreeDTDElement& node, c
     if (content.item == Item::PERef) break;  // a reference again: there is no end to that
     return ReadGroup(element, content, node);
   }
-  if (Postpone()) return true;
+  if (expander_.Postpone()) return true;
   return model_.Error().RecordError(ModelCode::BadContentModel, &node, element.name.local);
 }
 

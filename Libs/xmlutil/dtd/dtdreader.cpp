@@ -15,8 +15,6 @@ using View = std::u16string_view;
 
 constexpr View kSectionStart = u"<![";
 constexpr View kSectionEnd = u"]]>";
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kDocumentKind = 1;
 
 // A text counts as read once, however deep the entities nest that lead to it.
 class NestingGuard {
@@ -61,11 +59,16 @@ void DtdReader::BeginPass() {
   }
 }
 
+bool DocumentModel::ReadDTD(const XTreeContainer& root, View url) {
+  return DtdReader(*this).ReadDTD(root, url);
+}
+
 bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   const bool prepared = model_.pass > 0;
   model_.pass = prepared ? 1 : 0;
   model_.passLimit = prepared ? 2 : 1;
-  const Place place{TQString(url), root.kind == XTreeKind::DTDDocument ? kDtdKind : kDocumentKind};
+  const Place place{TQString(url),
+                    root.kind == XTreeKind::DTDDocument ? GrammarKind::DTD : GrammarKind::XML};
   bool complete = false;
   do {
     BeginPass();
@@ -74,20 +77,13 @@ bool DtdReader::ReadDTD(const XTreeContainer& root, View url) {
   return complete;
 }
 
-bool DtdReader::Postpone() {
-  if (!provisional_ || model_.pass >= kDeclarationPasses) return false;
-  model_.needAnotherPass = true;
-  model_.passLimit = static_cast<std::int16_t>(model_.pass + 1);
-  return true;
-}
-
 bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& place) {
   const NestingGuard guard(nesting_);
   if (guard.IsTooDeep()) return model_.Error().RecordError(ModelCode::WrongEntityKind, &parent);
-  const bool wasProvisional = provisional_;
+  const bool wasProvisional = expander_.provisional;
   for (const XTreeNode* child = parent.first; child != nullptr; child = child->next) {
     bool goOn = true;
-    provisional_ = place.isProvisional;
+    expander_.provisional = place.isProvisional;
     switch (child->kind) {
       case XTreeKind::DocType:
         goOn = ReadDoctype(*child->AsContainer(), place);
@@ -112,9 +108,10 @@ bool DtdReader::ReadDeclarations(const XTreeContainer& parent, const Place& plac
     }
     if (!goOn) return false;
     // The value of an entity can stay provisional until something asks for it.
-    if (child->kind != XTreeKind::DTDEntity && child->kind != XTreeKind::DTDNotation) Postpone();
+    if (child->kind != XTreeKind::DTDEntity && child->kind != XTreeKind::DTDNotation)
+      expander_.Postpone();
   }
-  provisional_ = wasProvisional;
+  expander_.provisional = wasProvisional;
   return true;
 }
 
@@ -125,12 +122,13 @@ bool DtdReader::ReadDoctype(const XTreeContainer& doctype, const Place& place) {
   if (const XTreeNode* external = doctype.FirstChildOfKind(XTreeKind::ExternalID)) {
     const SchemaReference reference = DocumentModel::DetectSchemaKind(*doctype.parent, false);
     const TQString& location = reference.locations.front();
-    LoadRecord* record = model_.LoadReferencedDocument(location, place.url, kDtdKind);
+    LoadRecord* record = model_.LoadReferencedDocument(location, place.url, GrammarKind::DTD);
     if (record == nullptr) {
       return model_.Error().RecordError(ModelCode::LoadFailed, external, location);
     }
     model_.schemaLocations.push_back(record->path);
-    if (!ReadDeclarations(*record->Root()->AsContainer(), {record->path, kDtdKind})) return false;
+    if (!ReadDeclarations(*record->Root()->AsContainer(), {record->path, GrammarKind::DTD}))
+      return false;
   }
   return ReadDeclarations(doctype, place);
 }
@@ -146,12 +144,12 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
   if (IsParameterEntityReference(text)) return ReadEntityReference(node, place);
 
   TQString expanded;
-  if (!ExpandEntityReferences(&node, text, expanded, {.withParameterEntities = true})) {
+  if (!expander_.ExpandEntityReferences(&node, text, expanded, {.withParameterEntities = true})) {
     return false;
   }
   if (expanded.Find(u'<') == TQString::kNotFound) {
     // Nothing but references that are not known yet: the next pass knows them.
-    if (Postpone()) return true;
+    if (expander_.Postpone()) return true;
     return model_.Error().RecordError(ModelCode::BadSection, &node, text);
   }
   return ReadReplacement(node, expanded, place);
@@ -160,10 +158,11 @@ bool DtdReader::ReadText(const XTreeNode& node, const Place& place) {
 bool DtdReader::ReadReplacement(const XTreeNode& node, View text, const Place& place) {
   auto parsed = model_.ParseFragment(text, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
-    if (Postpone()) return true;
+    if (expander_.Postpone()) return true;
     return model_.Error().RecordError(ModelCode::ReplacementUnparsable, &node, node.GetText());
   }
-  return ReadDeclarations(model_.Keep(std::move(parsed)), {place.url, place.kind, provisional_});
+  return ReadDeclarations(model_.Keep(std::move(parsed)),
+                          {place.url, place.kind, expander_.provisional});
 }
 
 EntityDecl* DtdReader::FindParameterEntity(const XTreeNode& node, View reference, bool& goOn) {
@@ -172,8 +171,7 @@ EntityDecl* DtdReader::FindParameterEntity(const XTreeNode& node, View reference
   if (entry != model_.parameterEntities.end()) return entry->second.get();
   goOn = model_.pass == 1;
   if (goOn) {
-    model_.needAnotherPass = true;
-    model_.passLimit = 2;
+    model_.AskForPass();
   } else {
     model_.Error().RecordError(ModelCode::UnknownEntity, &node, name);
   }
@@ -188,13 +186,14 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
     return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, entity->name);
   }
   const ReadingGuard guard(*entity);
-  provisional_ |= entity->provisional;
+  expander_.provisional |= entity->provisional;
   if (!entity->external) {
     model_.CountEntityText(entity->value.Length());
     return IsBlank(entity->value) || ReadReplacement(node, entity->value, place);
   }
-  if (entity->provisional && Postpone()) return true;  // half a location is another file's
-  LoadEntityDocument(*entity, &node);
+  if (entity->provisional && expander_.Postpone())
+    return true;  // half a location is another file's
+  expander_.LoadEntityDocument(*entity, &node);
   if (entity->document == nullptr) return false;
   // The first reading is the size of the input; only further ones multiply it.
   if (entity->readInPass == model_.pass) {
@@ -202,7 +201,7 @@ bool DtdReader::ReadEntityReference(const XTreeNode& node, const Place& place) {
   }
   entity->readInPass = model_.pass;
   return ReadDeclarations(*entity->document->Root()->AsContainer(),
-                          {entity->document->path, kDtdKind});
+                          {entity->document->path, GrammarKind::DTD});
 }
 
 bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
@@ -214,8 +213,8 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
     bool goOn = false;
     EntityDecl* entity = FindParameterEntity(node, keyword, goOn);
     if (entity == nullptr) return goOn;
-    provisional_ |= entity->provisional;
-    if (entity->provisional && Postpone()) return true;
+    expander_.provisional |= entity->provisional;
+    if (entity->provisional && expander_.Postpone()) return true;
     if (entity->external || !entity->simple) {
       return model_.Error().RecordError(ModelCode::WrongEntityKind, &node, keyword);
     }
@@ -223,7 +222,7 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   }
   if (value == u"IGNORE") return true;
   if (value != u"INCLUDE") {
-    if (Postpone()) return true;
+    if (expander_.Postpone()) return true;
     return model_.Error().RecordError(
         value == keyword ? ModelCode::BadSection : ModelCode::WrongEntityKind, &node, keyword);
   }
@@ -236,7 +235,8 @@ bool DtdReader::ReadSection(const XTreeNode& node, const Place& place) {
   if (IsBlank(inside)) return true;
   auto parsed = model_.ParseFragment(inside, u"extSubsetDecl", XTreeKind::DocType, place.kind);
   if (parsed == nullptr) {
-    return Postpone() || model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
+    return expander_.Postpone() ||
+           model_.Error().RecordError(ModelCode::BadSection, &node, keyword);
   }
   return ReadDeclarations(model_.Keep(std::move(parsed)), place);
 }

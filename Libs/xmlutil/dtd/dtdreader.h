@@ -1,4 +1,5 @@
-// DtdReader reads the declarations of a DOCTYPE and its external subset into a DocumentModel.
+// This room reads DTDs: DtdReader reads the declarations of a DOCTYPE and its external subset into
+// a DocumentModel.
 //
 // The declarations are read in passes, because a parameter entity can be used in a declaration that
 // stands in front of its own: the first pass leaves an unknown reference out and asks for another
@@ -12,13 +13,10 @@
 #include <memory>
 #include <string_view>
 
+#include "model/entityexpander.h"
 #include "xmlutil/documentmodel.h"
 
 namespace kelmora {
-
-// Bound on the passes: a chain of values, each of them declared in front of the next, takes one
-// pass more with each link.
-inline constexpr std::int16_t kDeclarationPasses = 4;
 
 class DtdReader {
  public:
@@ -28,22 +26,12 @@ class DtdReader {
   // when a problem ended the reading; it stands in the model's record.
   bool ReadDTD(const XTreeContainer& root, std::u16string_view url);
 
-  struct Expansion {
-    bool withParameterEntities = false;
-    bool normalised = false;        // replacement texts without white space at their ends
-    bool requireExpansion = false;  // a failure still succeeds if a reference was expanded
-    bool inContent = false;         // of a document: nothing is left out
-  };
-  // Copies `text` to `out` with its references replaced; replacement text is not looked at again.
-  bool ExpandEntityReferences(const XTreeNode* node, std::u16string_view text, TQString& out,
-                              const Expansion& options);
-
  private:
   // Where declarations stand: the file that relative URLs start from and the grammar in which
   // pieces of it parse.
   struct Place {
     TQString url;
-    std::uint32_t kind;          // a GrammarKind
+    GrammarKind kind;
     bool isProvisional = false;  // the text of a provisional value
   };
 
@@ -54,9 +42,6 @@ class DtdReader {
   bool ReadSection(const XTreeNode& node, const Place& place);
   bool ReadEntityReference(const XTreeNode& node, const Place& place);
   bool ReadReplacement(const XTreeNode& node, std::u16string_view text, const Place& place);
-  // Whether what is being read hangs on a provisional value, so that a problem with it is none yet;
-  // asks for another pass then.
-  bool Postpone();
   // "%name;" exactly: the entity, or null with the failure recorded or, in the first pass, another
   // pass asked for; `goOn` then tells whether reading may continue without it.
   EntityDecl* FindParameterEntity(const XTreeNode& node, std::u16string_view reference, bool& goOn);
@@ -64,11 +49,6 @@ class DtdReader {
   bool ReadEntity(const XTreeNode& node, const Place& place);
   bool ReadNotation(const XTreeNode& node, const Place& place);
   bool StoreValue(EntityDecl& entity, const XTreeNode& node, const Place& place);
-  void LoadEntityDocument(EntityDecl& entity, const XTreeNode* node);
-  std::u16string_view ReplacementOf(EntityDecl& entity, bool normalised);
-  // One reference, "&name;" or "%name;": copied as it is or replaced. False when it failed.
-  bool ExpandReference(const XTreeNode* node, std::u16string_view reference, TQString& out,
-                       int& cursor, const Expansion& options, int& expanded);
 
   bool ReadElement(const XTreeDTDElement& node, const Place& place);
   bool ReadContent(ElementDecl& element, const XTreeDTDElement& node, const Place& place);
@@ -91,8 +71,8 @@ class DtdReader {
   bool CheckDefinition(ElementDecl& element, AttributeDecl& attribute, const XTreeDTDAttlist& list);
 
   DocumentModel& model_;
+  EntityExpander expander_{model_};  // provisional: the declaration that is being read
   int nesting_ = 0;
-  bool provisional_ = false;  // of the declaration that is being read
 };
 
 // True for "%name;" as a whole, by the name characters of the XML Schema regular expressions.

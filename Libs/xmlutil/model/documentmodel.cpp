@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "dtd/dtdreader.h"
+#include "model/entityexpander.h"
 #include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 #include "xmltree/fragmentparser.h"
@@ -14,8 +14,6 @@ namespace {
 
 using View = std::u16string_view;
 
-constexpr std::uint32_t kDtdKind = 0;
-constexpr std::uint32_t kDocumentKind = 1;
 constexpr View kSelf = u"schema:--self--";
 
 // The kind of a schema file decides over the kind that was expected of it.
@@ -62,7 +60,7 @@ bool DocumentModel::AttachSchema(XTreeNode& root, bool force, View url, XPathTre
   if (reference.kind != SchemaKind::DTD) return ReadReferenced(root, reference);
 
   schemaKind = SchemaKind::DTD;
-  if (!DtdReader(*this).ReadDTD(*root.AsContainer(), url)) return false;
+  if (!ReadDTD(*root.AsContainer(), url)) return false;
   if (!elements.empty() && !force) return true;
   reference = DetectSchemaKind(root, true);
   return reference.kind == SchemaKind::None || ReadReferenced(root, reference);
@@ -77,9 +75,10 @@ bool DocumentModel::ReadReferenced(XTreeNode& root, const SchemaReference& refer
     return ReadSchemaOfKind(reference.kind, source, reference);
   }
   const bool isDtd = location.Extension(true) == u"dtd";
-  LoadRecord* record = LoadReferencedDocument(location, url_, isDtd ? kDtdKind : kDocumentKind);
+  LoadRecord* record =
+      LoadReferencedDocument(location, url_, isDtd ? GrammarKind::DTD : GrammarKind::XML);
   if (record == nullptr) {
-    const std::int32_t code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
+    const ModelCode code = isDtd ? ModelCode::LoadFailed : ModelCode::SchemaLoadFailed;
     return error_.RecordError(code, reference.attributeNode, location);
   }
   schemaLocations.push_back(record->path);
@@ -128,17 +127,31 @@ bool DocumentModel::ReadReferencedDTD(const SchemaSource& source,
   const std::pair<View, TQString> pair[] = {{u"p", TQString(prefix) + colon},
                                             {u"s", colon + prefix}};
   for (const auto& [name, value] : pair) {
-    auto& entity = parameterEntities[TQString(name)];
-    entity = std::make_unique<EntityDecl>();
-    entity->name = name;
-    entity->value = value;
-    entity->parameter = true;
-    entity->simple = true;
-    entity->fromPreviousPass = true;
+    EntityDecl& entity = EnterEntity(parameterEntities, name);
+    entity.value = value;
+    entity.parameter = true;
+    entity.simple = true;
+    entity.fromPreviousPass = true;
   }
   schemaKind = SchemaKind::DTD;
   pass = 1;
-  return DtdReader(*this).ReadDTD(*source.root->AsContainer(), source.url);
+  return ReadDTD(*source.root->AsContainer(), source.url);
+}
+
+EntityDecl& DocumentModel::EnterEntity(EntityMap& table, View name) {
+  auto& entry = table[TQString(name)];
+  if (entry == nullptr) {
+    entry = std::make_unique<EntityDecl>();
+    entry->name = name;
+  }
+  return *entry;
+}
+
+bool DocumentModel::AskForPass() {
+  if (pass >= kDeclarationPasses) return false;
+  needAnotherPass = true;
+  passLimit = static_cast<std::int16_t>(pass + 1);
+  return true;
 }
 
 void DocumentModel::CountEntityText(std::int64_t units) {
@@ -150,17 +163,17 @@ void DocumentModel::CountEntityText(std::int64_t units) {
 }
 
 bool DocumentModel::ExpandEntityReferences(View text, TQString& out) {
-  return DtdReader(*this).ExpandEntityReferences(nullptr, text, out,
-                                                 {.requireExpansion = true, .inContent = true});
+  return EntityExpander(*this).ExpandEntityReferences(
+      nullptr, text, out, {.requireExpansion = true, .inContent = true});
 }
 
 std::unique_ptr<XTree> DocumentModel::ParseContent(View text) {
-  return kelmora::ParseFragment(*manager_->RowFor(kDocumentKind), text, u"content",
+  return kelmora::ParseFragment(*manager_->RowFor(GrammarKind::XML), text, u"content",
                                 XTreeKind::Element, true);
 }
 
 std::unique_ptr<XTree> DocumentModel::ParseFragment(View text, const char16_t* startRule,
-                                                    XTreeKind holder, std::uint32_t kind) const {
+                                                    XTreeKind holder, GrammarKind kind) const {
   const DocumentKindRow* row = manager_->RowFor(kind);
   if (row == nullptr) return nullptr;
   return kelmora::ParseFragment(*row, text, startRule, holder, false);
@@ -172,7 +185,7 @@ const XTreeContainer& DocumentModel::Keep(std::unique_ptr<XTree> fragment) {
 }
 
 LoadRecord* DocumentModel::LoadReferencedDocument(const TQString& url, View referrerUrl,
-                                                  std::uint32_t kind) {
+                                                  GrammarKind kind) {
   const TQString path =
       url.IsRelativePath(false) ? url.ResolveRelativePath(TQString(referrerUrl), TQString()) : url;
   if (path.IsEmpty()) return nullptr;

@@ -7,8 +7,18 @@
 namespace kelmora {
 namespace {
 
-// Codes above this one concern values; they never displace a problem of structure.
-constexpr std::int32_t kFirstValueCode = 7551;
+enum class Concern : std::uint8_t { Structure, Value };
+
+Concern ConcernOf(ModelCode code) {
+  switch (code) {
+#define MODEL_CODE(name, number, concerns) \
+  case ModelCode::name:                    \
+    return Concern::concerns;
+#include "xmlutil/modelcode.def"
+#undef MODEL_CODE
+  }
+  return Concern::Structure;
+}
 
 std::vector<const XTreeNode*> PathTo(const XTreeNode* node) {
   std::vector<const XTreeNode*> path;
@@ -26,10 +36,10 @@ bool StandsBefore(const XTreeNode* first, const XTreeNode* second) {
 
 }  // namespace
 
-bool ModelError::Stays(std::int32_t code, const XTreeNode* node) const {
+bool ModelError::Stays(ModelCode code, const XTreeNode* node) const {
   if (!IsSet()) return false;
   if (declaration_ != nullptr && node_ == nullptr) return true;
-  if (code_ < kFirstValueCode && code > kFirstValueCode) return true;
+  if (ConcernOf(code_) < ConcernOf(code)) return true;
   if (node == nullptr) return true;
   if (path_.empty()) return false;
   const auto path = PathTo(node);
@@ -40,7 +50,7 @@ bool ModelError::Stays(std::int32_t code, const XTreeNode* node) const {
   return depth == 0 || StandsBefore(path[depth], path_[depth]);
 }
 
-bool ModelError::RecordError(std::int32_t code, const XTreeNode* node, std::u16string_view text,
+bool ModelError::RecordError(ModelCode code, const XTreeNode* node, std::u16string_view text,
                              const ElementDecl* declaration) {
   if (code == ModelCode::Redefinition) return true;
   if (Stays(code, node)) return false;

@@ -190,7 +190,7 @@ bool HoldsAny(View text, const View (&words)[Count]) {
 // What one child or attribute of a schema's root tells: a kind, an error, or nothing.
 struct Verdict {
   SchemaKind kind = SchemaKind::None;
-  std::int32_t error = ModelCode::None;
+  ModelCode error = ModelCode::None;
   bool IsOpen() const { return kind == SchemaKind::None && error == ModelCode::None; }
 };
 

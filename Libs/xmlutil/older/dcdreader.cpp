@@ -197,39 +197,30 @@ bool DcdReader::ReadType(const XTreeNode& node, const TQString& name, ElementDec
 
 bool DcdReader::ReadElementProperty(Word word, const TQString& value, const XTreeNode& node,
                                     ElementDecl& holder, const Particle& bounds) {
-  switch (word) {
-    case Word::DcdModel:
-      holder.isEmpty |= value == u"Empty";
-      holder.hasSimpleContent |= value == u"Data";
-      holder.isSequence |= value == u"Elements" && !holder.isChoice;
-      holder.isAny |= value == u"Any";
-      holder.isMixed |= value == u"Mixed";
-      return true;
-    case Word::DcdDatatype:
-      holder.hasSimpleContent = true;
-      holder.typeRef = XdrType(value);
-      return holder.typeRef != nullptr || Fail(ModelCode::BadValue, node, value);
-    case Word::DcdContent:
-      holder.isOpen = value == u"Open";
-      return true;
-    case Word::DcdAttributeDef:
-      return ReadDCDAttribute(node, holder);
-    case Word::DcdAttribute:
-      Warn(node, u"DCD <Attribute> reference to global <AttributeDef>");
-      return true;
-    case Word::DcdDescription:
-      holder.description = value;
-      return true;
-    case Word::DcdElement: {
-      ElementDecl* element = model_.AddElement({TrimView(value), nullptr});
-      if (element->sourceNode == nullptr) element->sourceNode = &node;
-      holder.AddParticle(element, bounds.minOccurs, bounds.maxOccurs);
-      return true;
-    }
-    case Word::DcdGroup:
-      return ReadGroup(node, holder);
-    default:
-      break;
+  if (word == Word::DcdModel) {
+    holder.isEmpty |= value == u"Empty";
+    holder.hasSimpleContent |= value == u"Data";
+    holder.isSequence |= value == u"Elements" && !holder.isChoice;
+    holder.isAny |= value == u"Any";
+    holder.isMixed |= value == u"Mixed";
+  } else if (word == Word::DcdDatatype) {
+    holder.hasSimpleContent = true;
+    holder.typeRef = XdrType(value);
+    return holder.typeRef != nullptr || Fail(ModelCode::BadValue, node, value);
+  } else if (word == Word::DcdContent) {
+    holder.isOpen = value == u"Open";
+  } else if (word == Word::DcdAttributeDef) {
+    return ReadDCDAttribute(node, holder);
+  } else if (word == Word::DcdAttribute) {
+    Warn(node, u"DCD <Attribute> reference to global <AttributeDef>");
+  } else if (word == Word::DcdDescription) {
+    holder.description = value;
+  } else if (word == Word::DcdElement) {
+    ElementDecl* element = model_.AddElement({TrimView(value), nullptr});
+    if (element->sourceNode == nullptr) element->sourceNode = &node;
+    holder.AddParticle(element, bounds.minOccurs, bounds.maxOccurs);
+  } else if (word == Word::DcdGroup) {
+    return ReadGroup(node, holder);
   }
   for (const FacetName& entry : kFacetNames) {
     if (entry.word != word || holder.typeRef == nullptr) continue;
@@ -280,31 +271,22 @@ bool DcdReader::ReadDCDAttribute(const XTreeNode& node, ElementDecl& holder) {
 
 bool DcdReader::ReadAttributeProperty(Word word, const TQString& value, const XTreeNode& node,
                                       AttributeDecl& attribute) {
-  switch (word) {
-    case Word::DcdName:
-      attribute.name.local = TrimView(value);
-      return true;
-    case Word::DcdDefault:
-      attribute.defaultValue = value;
-      return true;
-    case Word::DcdDatatype:
-      return SetXdrType(value, attribute) || Fail(ModelCode::BadValue, node, value);
-    case Word::DcdValues:
-      for (TQString& each : SplitValues(value)) attribute.enumeration.push_back(std::move(each));
-      return true;
-    case Word::DcdIDRole:
-      for (const Role& role : kRoles) {
-        if (value == role.word) attribute.*role.flag = true;
-      }
-      return true;
-    case Word::DcdOccurs:
-      attribute.required = value == u"Required";
-      return true;
-    case Word::DcdFixed:
-      attribute.fixed = value == u"True";
-      return true;
-    default:
-      break;
+  if (word == Word::DcdName) {
+    attribute.name.local = TrimView(value);
+  } else if (word == Word::DcdDefault) {
+    attribute.defaultValue = value;
+  } else if (word == Word::DcdDatatype) {
+    return SetXdrType(value, attribute) || Fail(ModelCode::BadValue, node, value);
+  } else if (word == Word::DcdValues) {
+    for (TQString& each : SplitValues(value)) attribute.enumeration.push_back(std::move(each));
+  } else if (word == Word::DcdIDRole) {
+    for (const Role& role : kRoles) {
+      if (value == role.word) attribute.*role.flag = true;
+    }
+  } else if (word == Word::DcdOccurs) {
+    attribute.required = value == u"Required";
+  } else if (word == Word::DcdFixed) {
+    attribute.fixed = value == u"True";
   }
   for (const FacetName& entry : kFacetNames) {
     if (entry.word == word) AddFacet(entry.facet, value, TypeCode::String, attribute.type);

@@ -9,7 +9,7 @@ namespace {
 using View = std::u16string_view;
 
 struct TypeFlag {
-  std::int32_t code;
+  TypeCode code;
   bool AttributeDecl::*flag;
 };
 constexpr TypeFlag kTypeFlags[] = {
@@ -31,7 +31,7 @@ bool IsQuote(char16_t unit) {
 }  // namespace
 
 std::shared_ptr<SimpleType> XdrType(View name) {
-  const std::int32_t code = TypeCodeFromName(name, true);
+  const TypeCode code = TypeCodeFromName(name, true);
   return code != TypeCode::UserDefined ? std::make_shared<SimpleType>(code) : nullptr;
 }
 
@@ -44,7 +44,7 @@ bool SetXdrType(View name, AttributeDecl& attribute) {
   return true;
 }
 
-void AddFacet(View facet, const TQString& value, std::int32_t codeIfMissing,
+void AddFacet(View facet, const TQString& value, TypeCode codeIfMissing,
               std::shared_ptr<SimpleType>& type) {
   if (type == nullptr) type = std::make_shared<SimpleType>(codeIfMissing);
   type->facets.push_back(CreateFacet(facet, value));

@@ -1,4 +1,5 @@
-// What XDR and DCD have in common: types by their XDR names, and lists of values in quotes.
+// This room reads the schema languages that came before XML Schema, XDR and DCD. What they have in
+// common: types by their XDR names, and lists of values in quotes.
 #pragma once
 
 #include <memory>
@@ -15,7 +16,7 @@ std::shared_ptr<SimpleType> XdrType(std::u16string_view name);
 // Gives an attribute the type, and sets the flag that belongs to it. False for an unknown name.
 bool SetXdrType(std::u16string_view name, AttributeDecl& attribute);
 // Adds a facet; a type that is missing is made with this code.
-void AddFacet(std::u16string_view facet, const TQString& value, std::int32_t codeIfMissing,
+void AddFacet(std::u16string_view facet, const TQString& value, TypeCode codeIfMissing,
               std::shared_ptr<SimpleType>& type);
 // The words of a list; a part between ' or " is one word, without them.
 std::vector<TQString> SplitValues(std::u16string_view text);

@@ -194,39 +194,29 @@ bool XdrReader::ReadXDRElementType(const XTreeNode& node) {
 bool XdrReader::ReadElementAttributes(const XTreeNode& node, const SchemaValues& values,
                                       ElementDecl& element) {
   for (const auto& [word, value] : values) {
-    switch (word) {
-      case Word::Content:
-        element.isEmpty = value == u"empty";
-        element.hasSimpleContent |= value == u"textOnly";
-        element.isMixed = value == u"mixed";
-        if (value == u"eltOnly") element.isSequence = !element.isChoice;
-        if (element.isEmpty || value == u"textOnly") element.isSequence = false;
-        break;
-      case Word::Model:
-        element.isOpen = value == u"open";
-        break;
-      case Word::Order:
-        element.isChoice = value == u"one";
-        element.isAll = value == u"many";
-        element.isSequence = value == u"seq";
-        break;
-      case Word::DtType:
-        element.hasSimpleContent = true;
-        element.isSequence = false;
-        element.typeRef = XdrType(value);
-        if (element.typeRef == nullptr) return Fail(ModelCode::BadValue, node, value);
-        break;
-      case Word::DtValues:
-        for (const TQString& each : SplitValues(value)) {
-          AddFacet(TextOf(Word::Enumeration), each, TypeCode::Enumeration, element.typeRef);
-        }
-        break;
-      case Word::DtMinLength:
-      case Word::DtMaxLength:
-        AddFacet(LocalPartOf(TextOf(word)), value, TypeCode::String, element.typeRef);
-        break;
-      default:
-        break;
+    if (word == Word::Content) {
+      element.isEmpty = value == u"empty";
+      element.hasSimpleContent |= value == u"textOnly";
+      element.isMixed = value == u"mixed";
+      if (value == u"eltOnly") element.isSequence = !element.isChoice;
+      if (element.isEmpty || value == u"textOnly") element.isSequence = false;
+    } else if (word == Word::Model) {
+      element.isOpen = value == u"open";
+    } else if (word == Word::Order) {
+      element.isChoice = value == u"one";
+      element.isAll = value == u"many";
+      element.isSequence = value == u"seq";
+    } else if (word == Word::DtType) {
+      element.hasSimpleContent = true;
+      element.isSequence = false;
+      element.typeRef = XdrType(value);
+      if (element.typeRef == nullptr) return Fail(ModelCode::BadValue, node, value);
+    } else if (word == Word::DtValues) {
+      for (const TQString& each : SplitValues(value)) {
+        AddFacet(TextOf(Word::Enumeration), each, TypeCode::Enumeration, element.typeRef);
+      }
+    } else if (word == Word::DtMinLength || word == Word::DtMaxLength) {
+      AddFacet(LocalPartOf(TextOf(word)), value, TypeCode::String, element.typeRef);
     }
   }
   return true;
@@ -236,22 +226,16 @@ bool XdrReader::ReadElementAttributes(const XTreeNode& node, const SchemaValues&
 bool XdrReader::ReadContent(const XTreeNode& node, const SchemaRow& row, ElementDecl& element,
                             ElementDecl& group) {
   return ReadChildren(node, row, [&](Word word, const XTreeNode& child) {
-    switch (word) {
-      case Word::AttributeType:
-        return ReadXDRAttributeType(child, &element);
-      case Word::Attribute:
-        return ReadAttributeReference(child, element);
-      case Word::Element:
-        return ReadElementReference(child, group);
-      case Word::Group:
-        return ReadGroup(child, element, group);
-      case Word::Datatype:
-        Warn(child, kDatatypeWarning);
-        return true;
-      default:
-        element.description = TextOfElement(child);
-        return true;
+    if (word == Word::AttributeType) return ReadXDRAttributeType(child, &element);
+    if (word == Word::Attribute) return ReadAttributeReference(child, element);
+    if (word == Word::Element) return ReadElementReference(child, group);
+    if (word == Word::Group) return ReadGroup(child, element, group);
+    if (word == Word::Datatype) {
+      Warn(child, kDatatypeWarning);
+      return true;
     }
+    element.description = TextOfElement(child);
+    return true;
   });
 }
 

@@ -103,8 +103,8 @@ XMLRegExpGrammar& XMLRegExpGrammar::Instance() {
   return TQSingleton<XMLRegExpGrammar>::Instance();
 }
 
-XMLRegExpGrammar::XMLRegExpGrammar() : grammar_(kGrammarFile) {
-  if (!grammar_.valid) {
+XMLRegExpGrammar::XMLRegExpGrammar() {
+  if (!grammar_.InitCompiled(kGrammarFile)) {
     TQErrorLogger::ReportAndRaise(kUnexpected, u"See Manual", u"regexpgrammar.cpp", __LINE__);
   }
   rules_.assign(grammar_.rules.size(), RegExpRule::Other);

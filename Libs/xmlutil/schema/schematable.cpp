@@ -1,3 +1,11 @@
+// The rules of XML Schema (W3C, 2001) as rows: for each element its attributes, what their values
+// may be, its children, and the message for anything else. The readers of XDR and DCD keep rows of
+// the same form beside their code.
+//
+// A list serves the message, too: the children of a row are shown in its order, with the prefix
+// that the document gives them. Lists that go on from one another are spans of one array. The traps
+// are the rows without a message for attributes, which let every other one pass, and an element
+// inside a parent, whose bounds stand in front of what an element at the top may have.
 #include "schema/schematable.h"
 
 #include <algorithm>
@@ -19,8 +27,8 @@ constexpr View kTexts[] = {
 
 // --- values ----------------------------------------------------------------------------------
 
-constexpr std::int32_t kBadWord = ModelCode::NotAllowed;
-constexpr std::int32_t kBadValue = ModelCode::BadValue;
+constexpr ModelCode kBadWord = ModelCode::NotAllowed;
+constexpr ModelCode kBadValue = ModelCode::BadValue;
 
 constexpr ValueRule kName{Form::Name, ModelCode::NameWithColon, u""};
 

@@ -27,7 +27,7 @@ struct ValueRule {
     CountOrAny,  // digits or "unbounded"
   };
   Form form;
-  std::int32_t code;
+  ModelCode code;
   const char16_t* message;
   std::span<const std::u16string_view> words = {};
   std::u16string_view all = {};  // what "#all" stands for

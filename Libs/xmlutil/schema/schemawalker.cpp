@@ -1,8 +1,16 @@
+// A node is held against its row in the order of the document: each attribute by its expanded name,
+// then its value by the rule that the row has for it; each child by the name that the language
+// gives it. The first that does not fit is recorded, with the message of the row, and ends the
+// reading.
+//
+// Values are expanded before they are looked at, but for defaults: those go into the tree of the
+// instance, where their references are resolved. A reference that fails is a problem of the value,
+// so what the expansion itself recorded makes way for it.
 #include "schema/schemawalker.h"
 
 #include <algorithm>
 
-#include "dtd/dtdreader.h"
+#include "model/entityexpander.h"
 #include "model/schemadeclarations.h"
 #include "tqcore/tqtext.h"
 
@@ -81,7 +89,7 @@ bool SchemaWalker::Expand(const XTreeNode& node, View text, TQString& out) {
     out = text;
     return true;
   }
-  if (DtdReader(model_).ExpandEntityReferences(&node, text, out, {})) return true;
+  if (EntityExpander(model_).ExpandEntityReferences(&node, text, out, {})) return true;
   model_.Error().Clear();  // the reference's own problem: that of the schema is the one to keep
   return Fail(ModelCode::ReplacementUnparsable, node, node.GetName());
 }

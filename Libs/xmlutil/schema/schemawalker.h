@@ -1,3 +1,6 @@
+// This room reads XML Schema (xmlschemareader.h), and has what all schema languages share: the
+// table of what they allow (schematable.h), and this.
+//
 // SchemaWalker: what is the same at every element of every schema language. The attributes and
 // children of a node are held against its row of the table; a reader then acts on the values and is
 // called for each child. The first one that the row does not allow ends the reading.
@@ -94,7 +97,7 @@ class SchemaWalker {
   }
 
   // Records an error; false, so that a reader can return it.
-  bool Fail(std::int32_t code, const XTreeNode& node, std::u16string_view text = {}) {
+  bool Fail(ModelCode code, const XTreeNode& node, std::u16string_view text = {}) {
     return model_.Error().RecordError(code, &node, text);
   }
   void Warn(const XTreeNode& node, std::u16string_view text) {

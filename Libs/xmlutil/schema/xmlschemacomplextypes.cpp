@@ -232,21 +232,13 @@ bool XmlSchemaReader::CopyDefinition(const XTreeNode& node, const ElementDecl& f
 bool XmlSchemaReader::ReadContentPart(Word word, const XTreeNode& node, ElementDecl& definition,
                                       bool isRestriction) {
   const AttributeHolder attributes{&definition, isRestriction};
-  switch (word) {
-    case Word::Group:
-    case Word::All:
-    case Word::Choice:
-    case Word::Sequence:
-      return ReadGroup(node, word, {&definition, &definition});
-    case Word::Attribute:
-      return ReadAttribute(node, &attributes);
-    case Word::AttributeGroup:
-      return ReadAttributeGroup(node, definition);
-    case Word::AnyAttribute:
-      return ReadAnyAttribute(node, definition);
-    default:
-      return true;
+  if (word == Word::Group || word == Word::All || word == Word::Choice || word == Word::Sequence) {
+    return ReadGroup(node, word, {&definition, &definition});
   }
+  if (word == Word::Attribute) return ReadAttribute(node, &attributes);
+  if (word == Word::AttributeGroup) return ReadAttributeGroup(node, definition);
+  if (word == Word::AnyAttribute) return ReadAnyAttribute(node, definition);
+  return true;
 }
 
 }  // namespace kelmora

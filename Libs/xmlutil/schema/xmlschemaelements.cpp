@@ -168,17 +168,13 @@ bool XmlSchemaReader::ReadElementType(const XTreeNode& node, const TQString& tex
 bool XmlSchemaReader::ReadElementChildren(const XTreeNode& node, const SchemaValues& values,
                                           ElementDecl& element, bool isLocal, bool& hasType) {
   return ReadChildren(node, kTopElementRow, [&](Word word, const XTreeNode& child) {
-    switch (word) {
-      case Word::Annotation:
-        return true;
-      case Word::SimpleType:
-      case Word::ComplexType:
-        if (values.Has(Word::Type)) return Fail(ModelCode::NotAllowed, child, kOneType);
-        hasType = true;
-        return ReadInlineType(word, child, element, isLocal);
-      default:
-        return ReadConstraint(child, word, element);
+    if (word == Word::Annotation) return true;
+    if (word == Word::SimpleType || word == Word::ComplexType) {
+      if (values.Has(Word::Type)) return Fail(ModelCode::NotAllowed, child, kOneType);
+      hasType = true;
+      return ReadInlineType(word, child, element, isLocal);
     }
+    return ReadConstraint(child, word, element);
   });
 }
 

@@ -109,16 +109,10 @@ bool XmlSchemaReader::ReadGroup(const XTreeNode& node, Word word, const Holder& 
 
 bool XmlSchemaReader::ReadGroupContent(const XTreeNode& node, const Holder& holder) {
   return ReadChildren(node, kGroupRow, [&](Word word, const XTreeNode& child) {
-    switch (word) {
-      case Word::Annotation:
-        return true;
-      case Word::Element:
-        return ReadElement(child, &holder);
-      case Word::Any:
-        return ReadAny(child, holder);
-      default:
-        return ReadGroup(child, word, holder);
-    }
+    if (word == Word::Annotation) return true;
+    if (word == Word::Element) return ReadElement(child, &holder);
+    if (word == Word::Any) return ReadAny(child, holder);
+    return ReadGroup(child, word, holder);
   });
 }
 
@@ -200,16 +194,10 @@ bool XmlSchemaReader::ReadTopAttributeGroup(const XTreeNode& node) {
   const AttributeHolder holder{group};
   const bool complete =
       ReadChildren(node, kAttributeGroupRow, [&](Word word, const XTreeNode& child) {
-        switch (word) {
-          case Word::Attribute:
-            return ReadAttribute(child, &holder);
-          case Word::AttributeGroup:
-            return ReadAttributeGroup(child, *group);
-          case Word::AnyAttribute:
-            return ReadAnyAttribute(child, *group);
-          default:
-            return true;
-        }
+        if (word == Word::Attribute) return ReadAttribute(child, &holder);
+        if (word == Word::AttributeGroup) return ReadAttributeGroup(child, *group);
+        if (word == Word::AnyAttribute) return ReadAnyAttribute(child, *group);
+        return true;
       });
   if (complete) schema_.attributeGroups[group->name] = group;
   return complete;

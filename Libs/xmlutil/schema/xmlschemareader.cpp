@@ -14,7 +14,6 @@ using Word = SchemaWord;
 
 constexpr View kSchemaNamespace = u"http://www.w3.org/2001/XMLSchema";
 constexpr View kDeclaration = u"xmlns";
-constexpr std::uint32_t kDocumentKind = 1;
 constexpr int kMostFurtherPasses = 3;
 
 bool IsDeclaration(View name) {
@@ -65,7 +64,7 @@ bool XmlSchemaReader::ReadPass(const std::vector<SchemaSource>& rootDocuments) {
   return true;
 }
 
-bool XmlSchemaReader::LeaveOpen(const QName& name, std::int32_t code, const XTreeNode& node,
+bool XmlSchemaReader::LeaveOpen(const QName& name, ModelCode code, const XTreeNode& node,
                                 View text) {
   if (!IsFirstPass()) return Fail(code, node, text);
   model_.needAnotherPass = true;
@@ -193,33 +192,21 @@ bool XmlSchemaReader::ReadSweep(const XTreeNode& schema, int sweep) {
 }
 
 bool XmlSchemaReader::ReadTopLevel(Word word, const XTreeNode& node) {
-  switch (word) {
-    case Word::Include:
-      return ReadInclude(node, kIncludeRow);
-    case Word::Redefine:
-      return ReadRedefine(node);
-    case Word::Import:
-      return ReadImport(node);
-    case Word::Annotation:
-      ReadAnnotation(node, schema_.schemaDocumentation);
-      return true;
-    case Word::SimpleType:
-      return ReadTopSimpleType(node);
-    case Word::Notation:
-      return ReadNotation(node);
-    case Word::ComplexType:
-      return ReadTopComplexType(node);
-    case Word::Group:
-      return ReadTopGroup(node);
-    case Word::Attribute:
-      return ReadAttribute(node, nullptr);
-    case Word::AttributeGroup:
-      return ReadTopAttributeGroup(node);
-    case Word::Element:
-      return ReadElement(node, nullptr);
-    default:
-      return true;
+  if (word == Word::Include) return ReadInclude(node, kIncludeRow);
+  if (word == Word::Redefine) return ReadRedefine(node);
+  if (word == Word::Import) return ReadImport(node);
+  if (word == Word::Annotation) {
+    ReadAnnotation(node, schema_.schemaDocumentation);
+    return true;
   }
+  if (word == Word::SimpleType) return ReadTopSimpleType(node);
+  if (word == Word::Notation) return ReadNotation(node);
+  if (word == Word::ComplexType) return ReadTopComplexType(node);
+  if (word == Word::Group) return ReadTopGroup(node);
+  if (word == Word::Attribute) return ReadAttribute(node, nullptr);
+  if (word == Word::AttributeGroup) return ReadTopAttributeGroup(node);
+  if (word == Word::Element) return ReadElement(node, nullptr);
+  return true;
 }
 
 // A document that was read into this namespace already is not read again, so circles end.
@@ -246,7 +233,7 @@ bool XmlSchemaReader::ReadInclude(const XTreeNode& node, const SchemaRow& row) {
   if (!ReadAttributes(node, row, values)) return false;
   if (MissesAttribute(node, values, Word::SchemaLocation)) return false;
   const TQString& location = values[Word::SchemaLocation];
-  const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
+  const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, GrammarKind::XML);
   if (record == nullptr) return Fail(ModelCode::LoadFailed, node, location);
   // The same definitions may come in twice.
   return ReadNested({record->Root(), record->path, {}}, node, state_.targetNamespace) ||
@@ -279,7 +266,8 @@ bool XmlSchemaReader::ReadImport(const XTreeNode& node) {
   const TQString& wanted = values[Word::Namespace];
   SchemaSource source;
   if (!location.IsEmpty()) {
-    const LoadRecord* record = model_.LoadReferencedDocument(location, state_.url, kDocumentKind);
+    const LoadRecord* record =
+        model_.LoadReferencedDocument(location, state_.url, GrammarKind::XML);
     if (record == nullptr) return Fail(ModelCode::LoadFailed, node, location);
     source = {record->Root(), record->path, {}};
   } else if (!wanted.IsEmpty()) {

@@ -110,7 +110,7 @@ class XmlSchemaReader final : private SchemaWalker {
     return found;
   }
   // A name that is not known: in the first pass it asks for another one, later it is an error.
-  bool LeaveOpen(const QName& name, std::int32_t code, const XTreeNode& node, View text);
+  bool LeaveOpen(const QName& name, ModelCode code, const XTreeNode& node, View text);
   bool MissesAttribute(const XTreeNode& node, const SchemaValues& values, Word word);
   bool IsFirstPass() const { return model_.pass == 1; }
   bool IsPassPending() const { return model_.needAnotherPass || passBudget_ > 0; }

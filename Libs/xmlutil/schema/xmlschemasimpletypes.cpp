@@ -12,13 +12,10 @@ namespace {
 using View = std::u16string_view;
 using Word = SchemaWord;
 
-// The built-in types behind these are those of XDR alone.
-constexpr std::int32_t kLastSchemaCode = TypeCode::PositiveInteger;
-
 // The code of an error by the result of a check.
 struct CheckCode {
   TypeCheck result;
-  std::int32_t code;
+  ModelCode code;
 };
 constexpr CheckCode kCheckCodes[] = {
     {TypeCheck::Lexical, ModelCode::ValueInvalid},
@@ -33,9 +30,9 @@ bool XmlSchemaReader::FoundType::IsFinalFor(View derivation) const {
 }
 
 XmlSchemaReader::TypeRef XmlSchemaReader::BuiltinType(const QName& name) {
-  const std::int32_t code = TypeCodeFromName(name.local, false);
-  if (code > kLastSchemaCode) return nullptr;
-  if (builtinTypes_.empty()) builtinTypes_.resize(kLastSchemaCode + 1);
+  const TypeCode code = TypeCodeFromName(name.local, false);
+  if (BuiltinOf(code).dialect != BuiltinRow::Dialect::Schema) return nullptr;
+  if (builtinTypes_.empty()) builtinTypes_.resize(kBuiltinCount);
   TypeRef& type = builtinTypes_[static_cast<std::size_t>(code)];
   if (type == nullptr) type = std::make_shared<SimpleType>(code);
   return type;
@@ -85,16 +82,10 @@ bool XmlSchemaReader::ReadSimpleType(const XTreeNode& node, TypeRef& type, Schem
                                      QName& base) {
   if (!ReadAttributes(node, kSimpleTypeRow, values)) return false;
   return ReadChildren(node, kSimpleTypeRow, [&](Word word, const XTreeNode& child) {
-    switch (word) {
-      case Word::Restriction:
-        return ReadRestriction(child, type, base);
-      case Word::List:
-        return ReadList(child, type);
-      case Word::Union:
-        return ReadUnion(child, type);
-      default:
-        return true;
-    }
+    if (word == Word::Restriction) return ReadRestriction(child, type, base);
+    if (word == Word::List) return ReadList(child, type);
+    if (word == Word::Union) return ReadUnion(child, type);
+    return true;
   });
 }
 

@@ -64,7 +64,7 @@ class ModelTest : public testing::Test {
     const TQString path = FromNative((directory_ / "in.xml").string());
     auto record = std::make_unique<LoadRecord>();
     auto document = manager_->CreateDocument();
-    document->SetKind(manager_->RowFor(1));
+    document->SetKind(manager_->RowFor(GrammarKind::XML));
     LoadError error;
     document->Load(path, error, record.get());
     record->document = std::move(document);
@@ -80,7 +80,7 @@ class ModelTest : public testing::Test {
     return out;
   }
 
-  std::int32_t Error() const { return model_->Error().Code(); }
+  ModelCode Error() const { return model_->Error().Code(); }
   std::string ErrorText() const { return ToNative(model_->Error().Text()); }
 
   static void Dump(const XPathNode& node, std::string& out) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tqcore/tqtext.h"
-#include "types/simpletype.h"
 
 namespace kelmora {
 namespace {
@@ -102,7 +101,7 @@ bool ReadZone(Reader& reader, DateTimeValue& value) {
 
 }  // namespace
 
-std::optional<DateTimeValue> DateTimeValue::Parse(std::int32_t typeCode, View text) {
+std::optional<DateTimeValue> DateTimeValue::Parse(TypeCode typeCode, View text) {
   DateTimeValue value;
   Reader reader(TrimView(text));
   if (typeCode != TypeCode::Time && !ReadDate(reader, value)) return std::nullopt;

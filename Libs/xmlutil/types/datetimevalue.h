@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "types/builtintype.h"
+
 namespace kelmora {
 
 struct DateTimeValue {
@@ -13,7 +15,7 @@ struct DateTimeValue {
 
   // `typeCode` is that of dateTime, time or date. Nothing for a day or time of day that does not
   // exist; a date may lack its day and month. The text must match the type's pattern.
-  static std::optional<DateTimeValue> Parse(std::int32_t typeCode, std::u16string_view text);
+  static std::optional<DateTimeValue> Parse(TypeCode typeCode, std::u16string_view text);
 
   friend auto operator<=>(const DateTimeValue&, const DateTimeValue&) = default;
 };

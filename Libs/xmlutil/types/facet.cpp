@@ -1,3 +1,12 @@
+// What each facet asks of a value. There are six classes for the twelve facets: lengths, pattern,
+// enumeration, white space, bounds and digits, after XML Schema Part 2 (W3C, 2001). How a value is
+// counted and compared is not the facet's business: the measure and the comparison of its type
+// stand in the table of the built-in types, and a facet that means nothing for a type accepts every
+// value.
+//
+// Numbers of any length are compared as text, floating ones as doubles, dates as seconds. An
+// enumeration of numbers holds canonical forms, so that a search among many values takes constant
+// time. The trap is NaN: it equals nothing, so no enumeration and no bound accepts it.
 #include "types/facet.h"
 
 #include <algorithm>
@@ -7,6 +16,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqtext.h"
 #include "types/datetimevalue.h"
 #include "types/simpletype.h"
@@ -23,27 +33,8 @@ constexpr const char16_t* kFacetNames[] = {
     u"minInclusive", u"minExclusive", u"totalDigits",  u"fractionDigits",
 };
 
-// What a type's values are measured and compared as.
-enum class Measure { None, Characters, HalfCharacters, Items };
-Measure MeasureOf(std::int32_t code) {
-  const bool isText = code == TypeCode::String || (code >= 16 && code <= 21) || code == 24 ||
-                      (code >= 26 && code <= 30);
-  if (isText) return Measure::Characters;
-  if (code == TypeCode::HexBinary) return Measure::HalfCharacters;
-  const bool isList =
-      code == TypeCode::IDREFS || code == TypeCode::ENTITIES || code == TypeCode::NMTOKENS;
-  return isList ? Measure::Items : Measure::None;
-}
-
-enum class Comparison { None, Floating, Decimal, DateTime };
-Comparison ComparisonOf(std::int32_t code) {
-  if (code == TypeCode::Float || code == TypeCode::Double) return Comparison::Floating;
-  if (code >= TypeCode::DateTime && code <= TypeCode::Date) return Comparison::DateTime;
-  constexpr std::int32_t kYear = 10;
-  const bool isInteger = code >= TypeCode::Integer && code <= TypeCode::PositiveInteger;
-  return code == TypeCode::Decimal || code == kYear || isInteger ? Comparison::Decimal
-                                                                 : Comparison::None;
-}
+using Measure = BuiltinRow::Measure;
+using Comparison = BuiltinRow::Comparison;
 
 std::int64_t ReadUnsigned(View text) {
   text = TrimView(text);
@@ -79,8 +70,8 @@ double ReadFloating(View text) {
 }
 
 // Nothing when values of the type are not compared, or these two cannot be.
-std::optional<std::partial_ordering> Compare(std::int32_t typeCode, View a, View b) {
-  switch (ComparisonOf(typeCode)) {
+std::optional<std::partial_ordering> Compare(TypeCode typeCode, View a, View b) {
+  switch (BuiltinOf(typeCode).comparison) {
     case Comparison::Decimal:
       if (IsEqual(a, b)) return std::partial_ordering::equivalent;
       return IsLess(a, b) ? std::partial_ordering::less : std::partial_ordering::greater;
@@ -105,8 +96,8 @@ bool IsCount(const TQString& value) {
 class LengthFacet final : public Facet {
  public:
   using Facet::Facet;
-  bool Check(std::int32_t typeCode, const TQString& text) const override {
-    switch (MeasureOf(typeCode)) {
+  bool Check(TypeCode typeCode, const TQString& text) const override {
+    switch (BuiltinOf(typeCode).measure) {
       case Measure::Characters:
         return CheckCount(text.Length());
       case Measure::HalfCharacters:
@@ -137,7 +128,7 @@ class PatternFacet final : public Facet {
  public:
   using Facet::Facet;
   PatternFacet(const PatternFacet& other) : Facet(other) {}
-  bool Check(std::int32_t, const TQString& text) const override {
+  bool Check(TypeCode, const TQString& text) const override {
     if (expression_ == nullptr) expression_ = std::make_unique<XMLRegExp>(value, false);
     return expression_->Match(text) == XMLRegExp::kMatch;
   }
@@ -160,8 +151,8 @@ constexpr std::int64_t kStepsPerComparison = 8;
 class EnumerationFacet final : public Facet {
  public:
   using Facet::Facet;
-  bool Check(std::int32_t typeCode, const TQString& text) const override {
-    switch (ComparisonOf(typeCode)) {
+  bool Check(TypeCode typeCode, const TQString& text) const override {
+    switch (BuiltinOf(typeCode).comparison) {
       case Comparison::None:
       case Comparison::DateTime:
         return texts_.contains(text);
@@ -222,7 +213,7 @@ class EnumerationFacet final : public Facet {
 class WhiteSpaceFacet final : public Facet {
  public:
   using Facet::Facet;
-  bool Check(std::int32_t, const TQString&) const override { return true; }
+  bool Check(TypeCode, const TQString&) const override { return true; }
   void FixValue(TQString&) const override {}
   bool IsValidFor(const SimpleType&) const override { return true; }  // other words preserve
   std::unique_ptr<Facet> Clone() const override { return std::make_unique<WhiteSpaceFacet>(*this); }
@@ -231,19 +222,12 @@ class WhiteSpaceFacet final : public Facet {
 class BoundFacet final : public Facet {
  public:
   using Facet::Facet;
-  bool Check(std::int32_t typeCode, const TQString& text) const override {
+  bool Check(TypeCode typeCode, const TQString& text) const override {
     const std::optional<std::partial_ordering> order = Compare(typeCode, text, value);
     if (!order) return true;
-    switch (code) {
-      case FacetCode::MaxInclusive:
-        return *order <= 0;
-      case FacetCode::MaxExclusive:
-        return *order < 0;
-      case FacetCode::MinInclusive:
-        return *order >= 0;
-      default:
-        return *order > 0;
-    }
+    if (code == FacetCode::MaxInclusive) return *order <= 0;
+    if (code == FacetCode::MaxExclusive) return *order < 0;
+    return code == FacetCode::MinInclusive ? *order >= 0 : *order > 0;
   }
   void FixValue(TQString& text) const override { text = value; }
   bool IsValidFor(const SimpleType& type) const override {
@@ -256,7 +240,7 @@ class BoundFacet final : public Facet {
 class DigitsFacet final : public Facet {
  public:
   using Facet::Facet;
-  bool Check(std::int32_t, const TQString& text) const override {
+  bool Check(TypeCode, const TQString& text) const override {
     View counted = text;
     if (code == FacetCode::FractionDigits) {
       counted = counted.substr(std::min(counted.find(u'.'), counted.size()));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tqcore/tqstring.h"
+#include "types/builtintype.h"
 
 namespace kelmora {
 
@@ -31,7 +32,7 @@ class Facet {
   explicit Facet(FacetCode facetCode) : code(facetCode) {}
   virtual ~Facet() = default;
 
-  virtual bool Check(std::int32_t typeCode, const TQString& text) const = 0;
+  virtual bool Check(TypeCode typeCode, const TQString& text) const = 0;
   // Changes a value so that it passes, as far as this is possible.
   virtual void FixValue(TQString& text) const = 0;
   const char16_t* GetName() const;

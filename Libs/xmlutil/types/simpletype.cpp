@@ -1,3 +1,12 @@
+// The checks of a text against a type. A text is tested in three steps: by the type's lexical form,
+// which is a pattern, a set of characters or, for integers, signs and digits; by the range of its
+// values; by the facets. A list is taken apart at white space first, and a union asks its members
+// in turn. The lexical forms are those of XML Schema Part 2 (W3C, 2001), as far as the patterns of
+// the table go, with some more that XDR has.
+//
+// Numbers stay text: they are of any length, and are compared digit by digit. The trap is that a
+// value which one member of a union refuses may be one of the next, so what a check costs
+// multiplies with the members; XMLRegExp::steps counts it.
 #include "types/simpletype.h"
 
 #include <algorithm>
@@ -14,64 +23,69 @@ namespace {
 
 using View = std::u16string_view;
 
-struct BuiltinType {
-  const char16_t* xsdName;
-  const char16_t* xdrName;
-  const char16_t* pattern;
-  bool stopAtPartial;
-};
-constexpr BuiltinType kBuiltinTypes[] = {
-#define BUILTIN(code, xsdName, xdrName, pattern, stopAtPartial) \
-  {xsdName, xdrName, pattern, stopAtPartial},
-#include "types/builtintype.def"
-#undef BUILTIN
-};
-constexpr std::size_t kBuiltinCount = std::size(kBuiltinTypes);
-
 // Further names, and those that mean another type in the XDR dialect, which are looked at first.
 struct ExtraName {
   View name;
-  std::int32_t code;
+  TypeCode code;
 };
 constexpr ExtraName kXdrNames[] = {{u"boolean", TypeCode::XdrBoolean},
                                    {u"time", TypeCode::XdrTime}};
 constexpr ExtraName kExtraNames[] = {
-    {u"anySimpleType", 0}, {u"r4", 2},        {u"r8", 3},       {u"number", 3},
-    {u"dateTime.tz", 6},   {u"time.tz", 7},   {u"bin.hex", 14}, {u"bin.base64", 15},
-    {u"uri", 16},          {u"notation", 18}, {u"idrefs", 22},  {u"entities", 23},
-    {u"nmtoken", 24},      {u"nmtokens", 25}, {u"id", 28},      {u"idref", 29},
-    {u"entity", 30},       {u"i8", 34},       {u"i4", 35},      {u"i2", 36},
-    {u"i1", 37},           {u"ui8", 39},      {u"ui4", 40},     {u"ui2", 41},
-    {u"ui1", 42},
+    {u"anySimpleType", TypeCode::String},
+    {u"r4", TypeCode::Float},
+    {u"r8", TypeCode::Double},
+    {u"number", TypeCode::Double},
+    {u"dateTime.tz", TypeCode::DateTime},
+    {u"time.tz", TypeCode::Time},
+    {u"bin.hex", TypeCode::HexBinary},
+    {u"bin.base64", TypeCode::Base64Binary},
+    {u"uri", TypeCode::AnyURI},
+    {u"notation", TypeCode::NOTATION},
+    {u"idrefs", TypeCode::IDREFS},
+    {u"entities", TypeCode::ENTITIES},
+    {u"nmtoken", TypeCode::NMTOKEN},
+    {u"nmtokens", TypeCode::NMTOKENS},
+    {u"id", TypeCode::ID},
+    {u"idref", TypeCode::IDREF},
+    {u"entity", TypeCode::ENTITY},
+    {u"i8", TypeCode::Long},
+    {u"i4", TypeCode::Int},
+    {u"i2", TypeCode::Short},
+    {u"i1", TypeCode::Byte},
+    {u"ui8", TypeCode::UnsignedLong},
+    {u"ui4", TypeCode::UnsignedInt},
+    {u"ui2", TypeCode::UnsignedShort},
+    {u"ui1", TypeCode::UnsignedByte},
 };
 
-// Integers from `Integer` to `PositiveInteger`: the signs that may stand in front, and bounds.
+// Integers: the signs that may stand in front, and bounds.
 struct IntegerRange {
+  TypeCode code;
   View signs;
   View least;  // empty: none
   View most;
 };
 constexpr IntegerRange kIntegerRanges[] = {
-    {u"+-", u"", u""},
-    {u"-", u"", u"0"},
-    {u"-", u"", u"-1"},
-    {u"+-", u"-9223372036854775808", u"9223372036854775807"},
-    {u"+-", u"-2147483648", u"2147483647"},
-    {u"+-", u"-32768", u"32767"},
-    {u"+-", u"-128", u"127"},
-    {u"+", u"0", u""},
-    {u"+", u"0", u"18446744073709551615"},
-    {u"+", u"0", u"4294967295"},
-    {u"+", u"0", u"65535"},
-    {u"+", u"0", u"255"},
-    {u"+", u"1", u""},
+    {TypeCode::Integer, u"+-", u"", u""},
+    {TypeCode::NonPositiveInteger, u"-", u"", u"0"},
+    {TypeCode::NegativeInteger, u"-", u"", u"-1"},
+    {TypeCode::Long, u"+-", u"-9223372036854775808", u"9223372036854775807"},
+    {TypeCode::Int, u"+-", u"-2147483648", u"2147483647"},
+    {TypeCode::Short, u"+-", u"-32768", u"32767"},
+    {TypeCode::Byte, u"+-", u"-128", u"127"},
+    {TypeCode::NonNegativeInteger, u"+", u"0", u""},
+    {TypeCode::UnsignedLong, u"+", u"0", u"18446744073709551615"},
+    {TypeCode::UnsignedInt, u"+", u"0", u"4294967295"},
+    {TypeCode::UnsignedShort, u"+", u"0", u"65535"},
+    {TypeCode::UnsignedByte, u"+", u"0", u"255"},
+    {TypeCode::PositiveInteger, u"+", u"1", u""},
 };
 
-const XMLRegExp& PatternOf(std::int32_t code) {
+const XMLRegExp& PatternOf(TypeCode code) {
   static std::array<std::unique_ptr<XMLRegExp>, kBuiltinCount> compiled;
   auto& entry = compiled[static_cast<std::size_t>(code)];
   if (entry == nullptr) {
-    const BuiltinType& type = kBuiltinTypes[code];
+    const BuiltinRow& type = BuiltinOf(code);
     entry = std::make_unique<XMLRegExp>(type.pattern, type.stopAtPartial);
   }
   return *entry;
@@ -81,14 +95,13 @@ bool ConsistsOf(View text, View set) {
   return text.find_first_not_of(set) == View::npos;
 }
 
-TypeCheck CheckInteger(std::int32_t code, View text) {
-  const IntegerRange& range = kIntegerRanges[code - TypeCode::Integer];
+TypeCheck CheckInteger(const IntegerRange& range, View text) {
   View digits = text;
   const bool hasSign = !digits.empty() && range.signs.find(digits[0]) != View::npos;
   if (hasSign) digits.remove_prefix(1);
   if (digits.empty() || !ConsistsOf(digits, u"0123456789")) return TypeCheck::Lexical;
-  if (code == TypeCode::NegativeInteger && !hasSign) return TypeCheck::Lexical;
-  if (code == TypeCode::NonPositiveInteger && !hasSign && !ConsistsOf(digits, u"0")) {
+  if (range.code == TypeCode::NegativeInteger && !hasSign) return TypeCheck::Lexical;
+  if (range.code == TypeCode::NonPositiveInteger && !hasSign && !ConsistsOf(digits, u"0")) {
     return TypeCheck::Lexical;
   }
   const bool below = !range.least.empty() && IsLess(text, range.least);
@@ -96,15 +109,11 @@ TypeCheck CheckInteger(std::int32_t code, View text) {
   return below || above ? TypeCheck::Range : TypeCheck::Valid;
 }
 
-TypeCheck CheckSmallNumber(View text, int most) {
+bool IsSmallNumber(View text, int most) {
   const View digits = TrimView(text, u" \t\r\n-");
   int value = 0;
   for (char16_t digit : digits) value = std::min(value * 10 + (digit - u'0'), most + 1);
-  return value >= 1 && value <= most ? TypeCheck::Valid : TypeCheck::Range;
-}
-
-TypeCheck OneOf(bool fits) {
-  return fits ? TypeCheck::Valid : TypeCheck::Lexical;
+  return value >= 1 && value <= most;
 }
 
 constexpr View kHexDigits = u"0123456789abcdefABCDEF";
@@ -113,43 +122,47 @@ constexpr View kBase64Units =
 constexpr int kDaysAtMost = 31;
 constexpr int kMonthsAtMost = 12;
 
-TypeCheck CheckLexical(std::int32_t code, const TQString& text) {
-  const View view = text;
-  if (code >= TypeCode::Integer && code <= TypeCode::PositiveInteger) {
-    return CheckInteger(code, view);
+struct TextCheck {
+  TypeCode code;
+  bool (*fits)(View text);
+};
+// Types that are tested by their characters, in place of a pattern.
+constexpr TextCheck kCharacterChecks[] = {
+    {TypeCode::Boolean,
+     [](View text) { return text == u"0" || text == u"1" || text == u"true" || text == u"false"; }},
+    {TypeCode::XdrBoolean, [](View text) { return text == u"0" || text == u"1"; }},
+    {TypeCode::Char, [](View text) { return text.size() == 1; }},
+    {TypeCode::HexBinary, [](View text) { return ConsistsOf(text, kHexDigits); }},
+    {TypeCode::Base64Binary, [](View text) { return ConsistsOf(text, kBase64Units); }},
+    {TypeCode::UserDefined, [](View) { return true; }},
+};
+// Types of which a text that fits the pattern can still be out of range.
+constexpr TextCheck kRangeChecks[] = {
+    {TypeCode::Time,
+     [](View text) { return DateTimeValue::Parse(TypeCode::Time, text).has_value(); }},
+    {TypeCode::Date,
+     [](View text) { return DateTimeValue::Parse(TypeCode::Date, text).has_value(); }},
+    {TypeCode::Day, [](View text) { return IsSmallNumber(text, kDaysAtMost); }},
+    {TypeCode::Month, [](View text) { return IsSmallNumber(text, kMonthsAtMost); }},
+};
+
+TypeCheck CheckLexical(TypeCode code, const TQString& text) {
+  for (const IntegerRange& range : kIntegerRanges) {
+    if (range.code == code) return CheckInteger(range, text);
   }
-  switch (code) {
-    case TypeCode::Boolean:
-      return OneOf(view == u"0" || view == u"1" || view == u"true" || view == u"false");
-    case TypeCode::XdrBoolean:
-      return OneOf(view == u"0" || view == u"1");
-    case TypeCode::Char:
-      return OneOf(view.size() == 1);
-    case TypeCode::HexBinary:
-      return OneOf(ConsistsOf(view, kHexDigits));
-    case TypeCode::Base64Binary:
-      return OneOf(ConsistsOf(view, kBase64Units));
-    case TypeCode::UserDefined:
-      return TypeCheck::Valid;
-    default:
-      break;
+  for (const TextCheck& check : kCharacterChecks) {
+    if (check.code == code) return check.fits(text) ? TypeCheck::Valid : TypeCheck::Lexical;
   }
   if (PatternOf(code).Match(text) != XMLRegExp::kMatch) return TypeCheck::Lexical;
-  switch (code) {
-    case TypeCode::Time:
-    case TypeCode::Date:
-      return DateTimeValue::Parse(code, view) ? TypeCheck::Valid : TypeCheck::Range;
-    case TypeCode::Day:
-      return CheckSmallNumber(view, kDaysAtMost);
-    case TypeCode::Month:
-      return CheckSmallNumber(view, kMonthsAtMost);
-    default:
-      return TypeCheck::Valid;
+  for (const TextCheck& check : kRangeChecks) {
+    if (check.code == code) return check.fits(text) ? TypeCheck::Valid : TypeCheck::Range;
   }
+  return TypeCheck::Valid;
 }
 
 bool IsLengthFacet(const Facet& facet) {
-  return facet.code <= FacetCode::MaxLength;
+  return facet.code == FacetCode::Length || facet.code == FacetCode::MinLength ||
+         facet.code == FacetCode::MaxLength;
 }
 
 TQString Describe(const Facet& facet) {
@@ -171,14 +184,14 @@ void ApplyWhiteSpace(TQString& text, View mode) {
 
 }  // namespace
 
-std::int32_t TypeCodeFromName(View name, bool xdrDialect) {
+TypeCode TypeCodeFromName(View name, bool xdrDialect) {
   if (xdrDialect) {
     for (const ExtraName& entry : kXdrNames) {
       if (entry.name == name) return entry.code;
     }
   }
-  for (std::size_t code = 0; code < kBuiltinCount; ++code) {
-    if (kBuiltinTypes[code].xsdName == name) return static_cast<std::int32_t>(code);
+  for (const BuiltinRow& type : kBuiltinTypes) {
+    if (type.xsdName == name) return type.code;
   }
   for (const ExtraName& entry : kExtraNames) {
     if (entry.name == name) return entry.code;
@@ -186,7 +199,7 @@ std::int32_t TypeCodeFromName(View name, bool xdrDialect) {
   return TypeCode::UserDefined;
 }
 
-SimpleType::SimpleType(std::int32_t code) : typeCode(code) {}
+SimpleType::SimpleType(TypeCode code) : typeCode(code) {}
 
 SimpleType::SimpleType(const SimpleType& other) = default;
 
@@ -200,8 +213,7 @@ SimpleType::~SimpleType() {
 template <class NameOf>
 TQString SimpleType::DisplayName(NameOf nameOf) const {
   const auto named = [&](const SimpleType& type) {
-    const auto code = static_cast<std::size_t>(type.typeCode);
-    const TQString name = code < kBuiltinCount ? nameOf(kBuiltinTypes[code]) : u"";
+    const TQString name = nameOf(BuiltinOf(type.typeCode));
     return type.isList ? TQString(u"list of ") + name : name;
   };
   if (next == nullptr) return named(*this);
@@ -214,11 +226,11 @@ TQString SimpleType::DisplayName(NameOf nameOf) const {
 }
 
 TQString SimpleType::GetXSDName() const {
-  return DisplayName([](const BuiltinType& type) { return type.xsdName; });
+  return DisplayName([](const BuiltinRow& type) { return type.xsdName; });
 }
 
 TQString SimpleType::GetXDRName() const {
-  return DisplayName([](const BuiltinType& type) { return type.xdrName; });
+  return DisplayName([](const BuiltinRow& type) { return type.xdrName; });
 }
 
 // The last one is that of the most derived type.

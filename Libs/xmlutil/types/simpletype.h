@@ -9,58 +9,22 @@
 #include <vector>
 
 #include "tqcore/tqstring.h"
+#include "types/builtintype.h"
 
 namespace kelmora {
 
 class Facet;
-
-// Numbers of the built-in types; those that code asks for by name. The others stand in
-// builtintype.def.
-namespace TypeCode {
-enum : std::int32_t {
-  String = 0,
-  Boolean = 1,
-  Float = 2,
-  Double = 3,
-  Decimal = 4,
-  DateTime = 6,
-  Time = 7,
-  Date = 8,
-  Day = 12,
-  Month = 13,
-  HexBinary = 14,
-  Base64Binary = 15,
-  NOTATION = 18,
-  IDREFS = 22,
-  ENTITIES = 23,
-  NMTOKEN = 24,
-  NMTOKENS = 25,
-  ID = 28,
-  IDREF = 29,
-  ENTITY = 30,
-  Integer = 31,
-  NonPositiveInteger = 32,
-  NegativeInteger = 33,
-  NonNegativeInteger = 38,
-  PositiveInteger = 43,
-  Enumeration = 45,
-  Char = 46,
-  XdrTime = 48,
-  XdrBoolean = 50,
-  UserDefined = 53,
-};
-}  // namespace TypeCode
 
 // Results of the checks.
 enum class TypeCheck : std::int32_t { Valid = 0, Lexical = 1, Range = 2, FacetRefused = 4 };
 
 // Exact comparison; UserDefined for a name that no built-in type has. The XDR dialect has a
 // `boolean` and a `time` of its own.
-std::int32_t TypeCodeFromName(std::u16string_view name, bool xdrDialect);
+TypeCode TypeCodeFromName(std::u16string_view name, bool xdrDialect);
 
 class SimpleType {
  public:
-  explicit SimpleType(std::int32_t code = TypeCode::String);
+  explicit SimpleType(TypeCode code = TypeCode::String);
   SimpleType(const SimpleType& other);  // shares the facets
   SimpleType& operator=(const SimpleType&) = delete;
   ~SimpleType();
@@ -76,7 +40,7 @@ class SimpleType {
   // The value of the whiteSpace facet, empty without one.
   std::u16string_view WhiteSpace() const;
 
-  std::int32_t typeCode = TypeCode::String;
+  TypeCode typeCode = TypeCode::String;
   bool isList = false;  // a list, separated by white space, of values of the type
   std::vector<std::shared_ptr<Facet>> facets;
   std::shared_ptr<SimpleType> next;  // the next member of a union

@@ -67,6 +67,7 @@ RAW_ANSWERS = {  # by path: what a misbehaving http server says before it closes
     b"/badchunk": b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nab\r\n0\r\n\r\n",
     b"/longer": b"HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n<a/>and more",
     b"/negative": b"HTTP/1.1 200 OK\r\nContent-Length: -4\r\n\r\n<a/>",
+    b"/longline": b"HTTP/1.1 200 OK\r\nX-Long: " + b"x" * 1000000 + b"\r\n\r\n<a/>",
     b"/huge": b"HTTP/1.1 200 OK\r\nContent-Length: 99999999999\r\n\r\n<a/>",
 }
 
@@ -268,6 +269,7 @@ class Servers(unittest.TestCase):
             (["fetch", "http://{raw}/longer"], True, b"<a/>"),  # the rest is no part of the answer
             (["fetch", "http://{raw}/negative"], False, None),
             (["fetch", "http://{raw}/huge"], False, None),
+            (["fetch", "http://{raw}/longline"], False, None),
             (["limit", "stall", "1", "fetch", "http://{raw}/drip"], False, None),
             (["limit", "total", "1", "fetch", "http://{raw}/drip"], False, None),
             (["fetch", "https://{raw}/a.xml"], False, None),

@@ -13,7 +13,7 @@
 namespace kelmora {
 
 struct DocumentKindRow {
-  std::uint32_t kind;  // a GrammarKind
+  GrammarKind kind;
   std::unique_ptr<ParsoGrammar> grammar;
   GrammarRuleTable rules;
   bool cached = true;
@@ -26,7 +26,7 @@ class DocumentKindTable {
   // ends the fill with false and its file name in `errorText`.
   bool Fill(bool stopOnFailure, TQString& errorText);
   // Null for a kind without a row. The row lives as long as the table.
-  const DocumentKindRow* Find(std::uint32_t kind) const;
+  const DocumentKindRow* Find(GrammarKind kind) const;
 
  private:
   mutable std::array<std::unique_ptr<DocumentKindRow>, kGrammarKindCount> rows_;

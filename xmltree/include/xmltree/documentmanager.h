@@ -4,23 +4,23 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/loadeddocument.h"
 
 namespace kelmora {
 
 struct LoadRecord {
-  static constexpr std::uint32_t kNoKind = 7;
-
   std::unique_ptr<XTree> tree;
   std::unique_ptr<LoadedDocument> document;
   TQString path;
   const char16_t* lineEnd = u"\r\n";
-  std::uint32_t kind = kNoKind;  // GrammarKind, kNoKind until a load sets it
-  bool cached = false;           // the name is one of the program's own files
+  std::optional<GrammarKind> kind;  // none until a load sets it
+  bool cached = false;              // the name is one of the program's own files
 
   XTreeNode* Root() const { return tree ? tree->root : nullptr; }
 };
@@ -35,9 +35,9 @@ class DocumentManager {
   // Takes over a record with its document, also after a failed load. The record's path and tree
   // must not change from then on.
   LoadRecord* AdoptRecord(std::unique_ptr<LoadRecord> record);
-  const DocumentKindRow* RowFor(std::uint32_t kind) const { return kinds_.Find(kind); }
+  const DocumentKindRow* RowFor(GrammarKind kind) const { return kinds_.Find(kind); }
   // The first record whose load of exactly this path with that kind gave a tree; null without one.
-  LoadRecord* FindByPath(std::u16string_view path, std::uint32_t kind) const;
+  LoadRecord* FindByPath(std::u16string_view path, GrammarKind kind) const;
   LoadRecord* FindByRoot(const XTreeNode* root) const;
   void RemoveRecord(LoadRecord* record);
   void ClearAll();
@@ -46,7 +46,7 @@ class DocumentManager {
   const DocumentKindTable& kinds_;
   std::unordered_map<const LoadRecord*, std::unique_ptr<LoadRecord>> records_;
   std::unordered_map<const XTreeNode*, LoadRecord*> byRoot_;
-  std::unordered_map<std::u16string_view, std::vector<LoadRecord*>> byPath_;
+  std::unordered_map<std::u16string_view, std::vector<LoadRecord*>, TextHash> byPath_;
 };
 
 }  // namespace kelmora

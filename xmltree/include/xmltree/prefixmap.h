@@ -36,7 +36,6 @@ class PrefixMap {
   // The bound URI, null for an absent prefix and for an entry with a null URI alike.
   InternedURI Lookup(std::u16string_view prefix) const;
   void Set(std::u16string_view prefix, InternedURI uri);  // inserts or overwrites
-  PrefixMap WithoutDefault() const;                       // the same without the empty prefix
   bool IsEmpty() const { return root_ == nullptr; }
   int Size() const;
   // True when both maps are the very same object or copies of one another.

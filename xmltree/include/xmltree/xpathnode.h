@@ -68,9 +68,8 @@ struct XPathNode {
   void SetOwnName(TQString name);
   void SetOwnValue(TQString value);
   // The text of all descendant text and CDATA nodes for roots and elements, else GetValue.
-  // The first form returns a view when no text has to be joined, else fills `scratch`.
+  // A view when no text has to be joined, else `scratch`, filled.
   std::u16string_view StringValue(TQString& scratch) const;
-  void AppendStringValue(TQString& out, int& cursor) const;
 
   // --- scope ---------------------------------------------------------------------------------
   // The maps in force: the node's own or those of the nearest ancestor that has some. The map of
@@ -103,6 +102,10 @@ struct XPathNode {
   // Nodes of the namespace axis of an element, made at the first request and owned by the node.
   const std::vector<XPathNode*>& NamespaceNodes();
 
+  // From 1 on in the order of asking, so that a run that is repeated gives the same ones. It stays
+  // with the node, and none gets it after that. For nodes without a stamp.
+  std::int64_t NumberOfItsOwn() const;
+
   static XPathNode* Make(XPathNodeKind kind);
   // A copy with `parent` set but not linked into it; with `deep` the children are copied too.
   // Stamps are 0. An element shares `parent`'s scope when `other` shares the same one and `deep`
@@ -123,7 +126,7 @@ struct XPathNode {
   bool hasOwnName_ = false;
   bool hasOwnValue_ = false;
   bool ownsScope_ = false;
-  bool hasRareFields_ = false;  // base URI and namespace nodes, kept by the pool
+  mutable bool hasRareFields_ = false;  // base URI and others, kept by the pool
   NamespaceScope* scope_ = nullptr;
   TQString ownName_;
   TQString ownValue_;

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/treemodel.h"
 #include "xmltree/xpathnode.h"
 
@@ -57,7 +58,8 @@ class XPathTreeBuilder {
 
   InternedURI xmlURI_ = nullptr;
   std::int32_t stamp_ = 0;  // runs on over all builds
-  std::unordered_map<std::u16string_view, std::unique_ptr<const TQString>> uris_;  // by own text
+  std::unordered_map<std::u16string_view, std::unique_ptr<const TQString>, TextHash>
+      uris_;                                                   // by own text
   std::vector<std::unique_ptr<XTree>> entityTrees_;            // parsed out of entity values
   std::unordered_map<const XTreeNode*, PrefixMap> collected_;  // by CollectDeclarations
   std::unordered_map<const XTreeNode*, PrefixMap> scopes_;     // by ScopeAt

@@ -48,7 +48,7 @@ class SimplePattern {
   SimplePattern& operator=(SimplePattern&&) noexcept;
   ~SimplePattern();
 
-  bool Matches(XPathNode* node);
+  bool Matches(XPathNode* node) const;
 
   // What can match at all, for an index of rules: the root alone ("/"), or nodes that pass the
   // test of the last step.
@@ -66,11 +66,11 @@ class SimplePattern {
                Predicates predicates);
   // Steps that no "//" parts, from the one at `last` up: false when they do not lead to `place`.
   // Else `place` becomes the node that they start from, and `last` their first step.
-  bool TakeSteps(std::size_t& last, XPathNode*& place);
+  bool TakeSteps(std::size_t& last, XPathNode*& place) const;
   // A verdict of PatternMemory on `place` or on the nearest node above at which the steps up to
   // `last` are taken, for all nodes between; then goes on as TakeSteps.
   enum class Climb : std::uint8_t { Matches, Fails, Open };
-  Climb ClimbTo(std::size_t& last, XPathNode*& place);
+  Climb ClimbTo(std::size_t& last, XPathNode*& place) const;
 
   XPathParseNodeRef tree_;
   std::vector<SimpleStep> steps_;

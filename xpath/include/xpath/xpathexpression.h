@@ -12,6 +12,7 @@
 #include "tqcore/tqstring.h"
 #include "xmltree/prefixmap.h"
 #include "xpath/decimalformat.h"
+#include "xpath/qualifiedname.h"
 #include "xpath/sharedhandle.h"
 #include "xpath/xpathvalue.h"
 
@@ -129,6 +130,8 @@ class XPathExpression {
   virtual void OnMissingVariable(std::u16string_view key);
   // Called by document(): the root of the tree, or null.
   virtual XPathNode* LoadDocument(const TQString& uri, XPathNode* baseNode);
+  // Called by element-available(): whether XSLT has the element of this local name.
+  virtual bool HasElement(std::u16string_view localName) const;
   // Called after each location path that is evaluated to a value.
   virtual void OnLocationPath(const XPathValue& value);
 
@@ -154,10 +157,5 @@ class XPathExpression {
   XPathPatternKind patternKind_ = kNoPattern;
   std::vector<XPathNodeList> spareLists_;  // their memory serves the next evaluation
 };
-
-// Names, as the scanner sees them.
-bool IsQName(
-    std::u16string_view text);  // no white space at the ends, the QName rule takes it whole
-bool IsNCName(std::u16string_view text);
 
 }  // namespace kelmora

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xpath/xpathvalue.h"
 
@@ -71,7 +72,7 @@ class GlobalMap {
   void Clear() { values_.clear(); }
 
  private:
-  std::unordered_map<std::u16string_view, XPathValue> values_;
+  std::unordered_map<std::u16string_view, XPathValue, TextHash> values_;
 };
 
 }  // namespace kelmora

@@ -7,6 +7,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/documentmanager.h"
 #include "xslt/xsltprocessorbase.h"

@@ -38,6 +38,7 @@ class GlobalEvaluation;
 class KeptTrees;
 class KeyTables;
 class NumberCounts;
+class NumberFormats;
 class ResultScopes;
 class StartTags;
 class StylesheetIndex;
@@ -107,10 +108,6 @@ class XSLTProcessorBase {
   // long as the run.
   const ParsedExpression& TryParse(const ExpressionText& expression, XPathPatternKind patternKind);
 
-  // "uri:local" of a qualified name by the map, the name as written when its prefix is not bound to
-  // a URI; an unprefixed name is never expanded.
-  static TQString ExpandName(std::u16string_view name, const PrefixMap& map);
-
   // --- result and messages -------------------------------------------------------------------
   const struct OutputSettings& OutputSettings() const { return Serializer_.OutputSettings(); }
   // The text of the result, of the result so far during a run. Lives until the next step or run.
@@ -156,6 +153,7 @@ class XSLTProcessorBase {
   StartTags* Tags = nullptr;
   Collations* Collators = nullptr;
   NumberCounts* Counts = nullptr;
+  NumberFormats* NumberFormatting = nullptr;
   StylesheetModules* Modules = nullptr;
 
  protected:

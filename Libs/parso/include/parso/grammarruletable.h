@@ -34,10 +34,7 @@ enum class GrammarRule : std::uint8_t {
   None,  // any other rule
 };
 inline constexpr std::size_t kGrammarRuleCount = static_cast<std::size_t>(GrammarRule::None);
-static_assert(kGrammarRuleCount == 82);
 
-// The rule's name; empty for None.
-std::u16string_view GrammarRuleName(GrammarRule rule);
 // None for a name that is not in the list.
 GrammarRule GrammarRuleFromName(std::u16string_view name);
 

@@ -16,6 +16,7 @@ namespace kelmora {
 
 class ParsoProgram;
 class YStream;
+struct ParsoGrammarTable;
 
 class ParsoGrammar {
  public:
@@ -34,6 +35,9 @@ class ParsoGrammar {
   bool Init(const char16_t* fileName);
   // Loads from a stream that the caller has opened and keeps.
   bool Init(YStream& stream);
+  // Takes the grammar that was compiled out of the named file while the program was built: what
+  // Init would make, without reading the text. False when there is none.
+  bool InitCompiled(std::u16string_view fileName);
   // Loads from 8-bit text as from a stream of these bytes.
   bool LoadText(std::string_view text);
 
@@ -49,19 +53,22 @@ class ParsoGrammar {
   ParsoProgram& Program() const;
 
   // Every object in order of creation; null where the optimiser deleted one.
-  std::vector<std::unique_ptr<ParsoRule>> rules;
+  std::vector<ParsoRule*> rules;
   ParsoRule* root = nullptr;  // the rule of the first line
   bool valid = false;         // there was a text to load
 
  private:
   friend class ParsoGrammarLoader;
   friend class ParsoOptimiser;
+  friend class ParsoProgram;
 
-  void IndexRule(ParsoRule* rule);
-  void IndexAllRules();
+  void IndexRule(ParsoRule* rule) const;
+  void IndexAllRules() const;
 
-  Arena arena_;                    // names, descriptions, class tables
-  std::vector<ParsoRule*> index_;  // hash table over kind and name, open addressing
+  Arena arena_;  // rules, names, descriptions, class tables
+  // Hash table over kind and name, open addressing; made when first asked for.
+  mutable std::vector<ParsoRule*> index_;
+  const ParsoGrammarTable* table_ = nullptr;  // that this grammar was made of
   mutable std::unique_ptr<ParsoProgram> program_;
 };
 

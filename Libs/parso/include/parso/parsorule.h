@@ -3,11 +3,13 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
-#include <vector>
 
 #include "parso/grammarruletable.h"
+#include "tqcore/arena.h"
 
 namespace kelmora {
 
@@ -41,6 +43,40 @@ constexpr bool CanBeNone(ParsoQuantifier quantifier) {
   return quantifier == ParsoQuantifier::Any || quantifier == ParsoQuantifier::Optional;
 }
 
+// A list in the memory of its grammar.
+template <class T>
+class ParsoList {
+ public:
+  ParsoList() = default;
+  ParsoList(T* items, std::size_t count)
+      : items_(items), count_(static_cast<std::uint16_t>(count)), room_(count_) {}
+
+  void Append(Arena& arena, const T& item) {
+    if (count_ == room_) {
+      room_ = static_cast<std::uint16_t>(count_ == 0 ? 2 : count_ * 2);
+      auto* larger = static_cast<T*>(arena.Allocate(room_ * sizeof(T), alignof(T)));
+      if (count_ > 0) std::memcpy(larger, items_, count_ * sizeof(T));
+      items_ = larger;
+    }
+    items_[count_++] = item;
+  }
+  void clear() { count_ = 0; }
+
+  std::size_t size() const { return count_; }
+  bool empty() const { return count_ == 0; }
+  T* begin() { return items_; }
+  T* end() { return items_ + count_; }
+  const T* begin() const { return items_; }
+  const T* end() const { return items_ + count_; }
+  const T& operator[](std::size_t i) const { return items_[i]; }
+  T& back() { return items_[count_ - 1]; }
+
+ private:
+  T* items_ = nullptr;
+  std::uint16_t count_ = 0;
+  std::uint16_t room_ = 0;
+};
+
 // An operand of a rule. The quantifier lives here, in the parent, so that operands can be shared.
 struct ParsoChild {
   ParsoRule* rule;
@@ -55,8 +91,8 @@ struct ParsoRule {
   // grammar's memory. A compiled class keeps the text that it came from.
   std::u16string_view name;
   std::u16string_view description;         // the text behind ">"; empty without one
-  std::vector<ParsoChild> children;        // at most 40
-  std::vector<ParsoRule*> constraint;      // { A = B }: A, B; at most 20
+  ParsoList<ParsoChild> children;          // at most 40
+  ParsoList<ParsoRule*> constraint;        // { A = B }: A, B; at most 20
   const ParsoClassTable* table = nullptr;  // of a class
   const ParsoGrammar* grammar = nullptr;
   std::int32_t index = -1;  // in ParsoGrammar::rules

@@ -21,8 +21,10 @@ class TQExcept {
 
   std::int32_t Code() const { return code_; }
 
-  // Wording of GetErrorText: 0 English, 1 German, 2 French, 3 Italian. Process-wide.
-  static std::int32_t language;
+  // Wording of GetErrorText: 0 English, 1 German, 2 French, 3 Italian. A part of ProcessState.
+  struct Language {
+    std::int32_t number = 0;
+  };
 
  private:
   std::int32_t code_;

@@ -12,7 +12,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -65,7 +64,6 @@ class TQString {
   void Reserve(int capacity);       // grows only; rounded up to a multiple of 10; keeps the text
   void ReserveEmpty(int capacity);  // as Reserve, but the text becomes empty
   void ReserveRaw(int capacity);    // as Reserve, but the text is undefined until written
-  void SetAt(int index, char16_t unit);  // a unit of value 0 cuts the text there
   // For a producer that knows how much it will write at most: a block for `capacity` units, all
   // undefined, which must not be read before FinishWriting has said how many were written. None
   // of them may be 0. The capacity becomes the length.
@@ -206,16 +204,11 @@ TQString operator+(const TQString& left, const char16_t* right);
 TQString operator+(const char16_t* left, const TQString& right);
 TQString operator+(char16_t left, const TQString& right);
 
-// For ordered and hashed containers keyed by TQString that are searched with a view.
+// For ordered and hashed containers keyed by TQString that are searched with a view. TextHash is in
+// tqcore/texthash.h.
 struct TextLess {
   using is_transparent = void;
   bool operator()(std::u16string_view a, std::u16string_view b) const { return a < b; }
-};
-struct TextHash {
-  using is_transparent = void;
-  std::size_t operator()(std::u16string_view text) const {
-    return std::hash<std::u16string_view>()(text);
-  }
 };
 struct TextEqual {
   using is_transparent = void;

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "tqcore/tqstring.h"
 #include "xmltree/treemodel.h"
 #include "xmltree/xtreenode.h"
@@ -40,9 +41,7 @@ struct QName {
 
 struct NameHash {
   using is_transparent = void;
-  std::size_t operator()(const NameKey& name) const {
-    return TextHash()(name.local) ^ (reinterpret_cast<std::uintptr_t>(name.uri) >> 4);
-  }
+  std::size_t operator()(const NameKey& name) const { return HashName(name.local, name.uri); }
 };
 struct NameEqual {
   using is_transparent = void;

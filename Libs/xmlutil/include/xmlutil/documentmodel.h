@@ -1,4 +1,5 @@
-// DocumentModel reads a document's DTD or schema and answers the tree builder: what does an entity
+// The room of the model holds declarations, entities, the record of problems, and DocumentModel
+// above them. It reads a document's DTD or schema and answers the tree builder: what does an entity
 // reference expand to, what is the declaration of an element, what does it add by default.
 // Documents are never validated.
 //
@@ -17,6 +18,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tqcore/texthash.h"
 #include "xmltree/documentmanager.h"
 #include "xmltree/treemodel.h"
 #include "xmltree/xpathtreebuilder.h"
@@ -44,6 +46,9 @@ inline constexpr std::int64_t kEntityTextLimit = 10'000'000;
 // Bound on the particles that a document's elements are searched for their children by, those of a
 // group counted for each content model that it stands in.
 inline constexpr std::int64_t kIndexedParticles = 1'000'000;
+// Bound on the passes over the declarations of a DTD: a chain of values, each of them declared in
+// front of the next, takes one pass more with each link.
+inline constexpr std::int16_t kDeclarationPasses = 4;
 // Bound on parameter entities and external subsets that are read inside one another.
 inline constexpr int kDeclarationNesting = 64;
 
@@ -87,21 +92,23 @@ class DocumentModel final : public TreeModel {
   // What a loaded file is; records an error for a file that mixes languages.
   SchemaKind DetectFileKind(const XTreeNode& root);
 
-  // --- the readers of schemas ----------------------------------------------------------------
+  // --- the readers ---------------------------------------------------------------------------
   // False when a problem ended the reading; it stands in the record. Linear in the documents that
   // are read; declarations are copied no more than kSchemaCopyLimit times.
+  // `url` is that of the document that holds the DOCTYPE, or of the DTD itself.
+  bool ReadDTD(const XTreeContainer& root, std::u16string_view url);
   bool ReadXMLSchema(const std::vector<SchemaSource>& rootDocuments);
   bool ReadXDR(const SchemaSource& document);
   bool ReadDCD(const SchemaSource& document);
 
   // --- services of the readers ---------------------------------------------------------------
-  // Loads a DTD (kind 0), entity (2), or schema (1) that `referrerUrl`'s document names; one that
-  // is loaded already is not read again. Null when it cannot be read, which is silent.
+  // Loads a DTD, an entity or a schema (GrammarKind::XML) that `referrerUrl`'s document names; one
+  // that is loaded already is not read again. Null when it cannot be read, which is silent.
   LoadRecord* LoadReferencedDocument(const TQString& url, std::u16string_view referrerUrl,
-                                     std::uint32_t kind);
+                                     GrammarKind kind);
   // Parses a piece of a document of that kind from a rule; null when it does not parse.
   std::unique_ptr<XTree> ParseFragment(std::u16string_view text, const char16_t* startRule,
-                                       XTreeKind holder, std::uint32_t kind) const;
+                                       XTreeKind holder, GrammarKind kind) const;
   // Keeps such a tree, so that declarations can point into it.
   const XTreeContainer& Keep(std::unique_ptr<XTree> fragment);
   ElementDecl* FindElement(const NameKey& name) const;
@@ -117,6 +124,10 @@ class DocumentModel final : public TreeModel {
   void CountEntityText(std::int64_t units);
   void ResetEntityText() { entityText_ = 0; }
   void EnterPredefinedEntities();
+  // The entity of that name, made if there is none.
+  static EntityDecl& EnterEntity(EntityMap& table, std::u16string_view name);
+  // Wants one more pass over the declarations; false beyond kDeclarationPasses.
+  bool AskForPass();
   // False beyond kIndexedParticles.
   bool CountIndexedParticle() { return ++indexedParticles_ <= kIndexedParticles; }
 

@@ -1,4 +1,5 @@
-// XMLRegExp: the regular expressions of XML Schema. An expression must take the whole text; "^" and
+// XMLRegExp, and with it the room of regular expressions: those of XML Schema. An expression must
+// take the whole text; "^" and
 // "$" are ordinary characters. All text is 16-bit units: a surrogate pair counts as two characters.
 //
 // An expression that does not parse accepts every text. The search is bounded by kMaxChoices,

@@ -1,6 +1,6 @@
 // Patience: how long one run may yet wait, in all, for inputs that bring nothing. Each input has
-// limits of its own; this one is for a document that names a thousand of them. The run has one, by
-// TQSingleton.
+// limits of its own; this one is for a document that names a thousand of them. The one of the run
+// is part of ProcessState.
 #pragma once
 
 #include <algorithm>

@@ -65,6 +65,9 @@ class TQUrlLoader {
   [[nodiscard]] bool Send(std::u16string_view url, std::string_view data, std::string_view verb,
                           std::string_view mediaType);
 
+  // The system's number, where the last Send failed at a file of this machine; else 0.
+  int SystemError() const { return systemError_; }
+
   // What the last transfer brought. A response 500 has its body here though it is a failure.
   bool HasBuffer() const { return hasBuffer_; }
   std::int32_t Size() const { return static_cast<std::int32_t>(buffer_.size()); }
@@ -93,6 +96,7 @@ class TQUrlLoader {
 
   std::string buffer_;
   bool hasBuffer_ = false;
+  int systemError_ = 0;
   std::vector<TQString> extraHeaders_;
   UrlLimits limits_;
   bool useCache_ = true;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "curlapi.h"
-#include "tqcore/tqsingleton.h"
+#include "tqcore/processstate.h"
 #include "tqcore/tqtext.h"
 #include "urlparts.h"
 #include "urltransport.h"
@@ -160,7 +160,7 @@ TEST(UrlLoader, Credentials) {
 TEST(UrlLoader, WaitsNoLongerThanTheRunMay) {
   RecordingTransport transport;
   TQUrlLoader loader;
-  Patience& patience = TQSingleton<Patience>::Instance();
+  Patience& patience = ProcessState::Of<Patience>();
   const Patience before = patience;
   patience.Spend(Patience::kSeconds - 40);
   EXPECT_TRUE(loader.Fetch(u"http://h/a"));
