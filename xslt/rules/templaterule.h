@@ -39,8 +39,8 @@ class TemplateRule {
   double Priority;
   std::int32_t Precedence;
   std::int32_t Sequence;
-  std::int32_t Rank = 0;                        // the greater, the nearer to the front of Rules
-  MatchSets Matches;                            // of documents that a selection has reached
+  std::int32_t Rank = 0;                  // the greater, the nearer to the front of Rules
+  MatchSets Matches;                      // of documents that a selection has reached
   std::unique_ptr<SimplePattern> Simple;  // tests a node directly; null: runs as a query
 
   // What the template comes to when it is no more than this; it can do so without its frames.
