@@ -7,7 +7,6 @@
 namespace kelmora {
 namespace {
 
-
 struct SystemPropertyRow {
   std::u16string_view name;
   const char16_t* value;
