@@ -41,7 +41,7 @@ Verdict NodeVerdicts::Find(const XPathNode& node) {
     lastPage_ = &found->second;
   }
   const BitPlace place = PlaceOf(node.orderNumber, kNodesPerPage, kNodesPerByte);
-  return static_cast<Verdict>((*lastPage_)[place.byte] >> place.shift & 3U);
+  return static_cast<Verdict>(static_cast<unsigned>((*lastPage_)[place.byte]) >> place.shift & 3U);
 }
 
 void NodeVerdicts::Set(const XPathNode& node, bool passes) {
