@@ -17,7 +17,7 @@ namespace kelmora {
 const ParsedExpression& ExpressionCache::Parse(const TQString& text, XPathPatternKind kind) {
   auto found = entries_.find(text.View());
   if (found == entries_.end()) found = entries_.try_emplace(text).first;
-  auto& place = found->second[kind];
+  auto& place = found->second[static_cast<std::size_t>(kind)];
   if (place != nullptr) return *place;
   auto parsed = std::make_unique<ParsedExpression>();
   parsed->kind = kind;
