@@ -72,7 +72,7 @@ inline const HashState kHashKey = DrawHashKey();
   constexpr std::size_t kUnits = 4;  // of a word
   constexpr std::size_t kBits = 16;  // of a unit
   const auto unit = [text](std::size_t at) { return std::uint64_t{text[at]}; };
-  const auto word = [text](std::size_t at) {
+  const auto word = [&](std::size_t at) {
     if constexpr (std::endian::native == std::endian::little) {
       std::uint64_t units;
       std::memcpy(&units, text.data() + at, sizeof units);
